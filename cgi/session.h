@@ -1,0 +1,86 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zandorin {
+
+class Cgi;
+
+/// One web login. Passwords are never checked here: a helper process (/bin/pam-client) holds the
+/// authentication conversation and is talked to over a local socket, the session file keeps what
+/// must outlive this request. See docs/auth-protocol.md.
+class Session {
+  public:
+    /// States of the authentication conversation.
+    enum State : std::int32_t {
+        state_new = 0,
+        state_id_received = 1,
+        state_challenge = 2,
+        state_reply_sent = 3,
+        state_helper_failed = 6,
+        state_authenticated = 7,
+        state_rejected = 8,
+    };
+
+    /// The session that the request's cookies name, if any; clears expired sessions and refreshes
+    /// this one when it refreshes itself.
+    Session();
+    /// The session of that id ("" for none); clears expired sessions when clearOld.
+    Session(const std::string &id, bool clearOld);
+    /// A new login: starts the helper and sends it both texts. Not valid when that failed.
+    Session(const std::string &username, const std::string &password, int lifetimeMinutes,
+            bool autorefresh, bool legacyIds);
+
+    /// Exists, was loaded or created, and has not expired.
+    bool isValid() const { return valid_; }
+    const std::string &sessionId() const { return sessionId_; }
+    /// "" when there is none.
+    const std::string &username() const { return username_; }
+    /// The helper's last challenge, as it sent it; to be escaped where it is shown.
+    std::string getPrompt() const;
+    std::int32_t authStatus() const { return authState_; }
+    /// The conversation is over, whatever its result.
+    bool authFinalised() const;
+    /// The user is logged in.
+    bool authSuccess() const { return authState_ == state_authenticated && valid_; }
+    std::string authStatusString() const;
+
+    /// Answers a pending challenge; true when none was pending.
+    bool setReply(const std::string &text);
+    /// One more round with the helper; false when it failed.
+    bool continueSession();
+    /// Puts the cookie line on the response.
+    void setSessionCookie(Cgi &cgi) const;
+    /// Removes the session's file, ends its helper, and makes it invalid.
+    void deleteSession();
+
+    /// Session ids in the request's cookies, in the order they were sent.
+    static std::vector<std::string> getSessionCookies();
+    /// Loads every stored session once: expired ones are deleted, those that refresh themselves
+    /// get a new expiry, whoever they belong to.
+    static void clearOldSessions();
+
+  private:
+    bool loadSession(const std::vector<std::string> &ids);
+    bool saveSession() const;
+    void refresh();
+    bool initNewSession(const std::string &password);
+    bool processMessages(int socket);
+
+    bool valid_ = false;
+    std::string sessionId_;
+    std::string username_;
+    std::int32_t authPid_ = -1;
+    std::int32_t expiryTime_ = 0;    ///< seconds since the epoch
+    std::int32_t sessionLength_ = 0; ///< minutes
+    bool autorefresh_ = false;
+    bool legacyIds_ = false;
+    std::int32_t authState_ = state_new;
+    std::string prompt_;
+    std::string reply_;
+};
+
+} // namespace zandorin

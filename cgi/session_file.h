@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zandorin {
+
+/// What a session file /var/run/.sessions/session-<id> holds, one "key = value" line each. A value
+/// read is its first word: no blank and no "=" stands in it.
+struct SessionRecord {
+    std::string username;
+    std::int32_t expiryTime = 0; ///< seconds since the epoch
+    std::int32_t authPid = 0;
+    std::int32_t authState = 0;
+    std::int32_t sessionLength = 0; ///< minutes
+    bool autorefresh = false;
+    std::string sourceIp;          ///< of the request that wrote the file
+    std::string sourcePort;        ///< of the request that wrote the file
+    std::int64_t sessionStart = 0; ///< seconds since the epoch
+};
+
+/// True when `id` may name a session: not empty, only letters, digits, "-" and "_".
+bool isSessionId(std::string_view id);
+
+/// The file of that session on this machine; "" for what is no id.
+std::string sessionPath(std::string_view id);
+
+/// Ids of all stored sessions, sorted; empty when the folder cannot be read.
+std::vector<std::string> listSessionIds();
+
+/// Reads a session file as it stands, without judging or refreshing it; none when there is none.
+/// Lines of fewer than two words and unknown keys are skipped, what is missing keeps its default.
+std::optional<SessionRecord> readSessionRecord(std::string_view id);
+
+/// Replaces the session's file; the folder is made when it is missing (0700, the file 0600). False
+/// when it could not be written, for what is no id, or when a text of the record holds a control
+/// character: nothing may smuggle in a line.
+bool writeSessionRecord(std::string_view id, const SessionRecord &record);
+
+} // namespace zandorin

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+#include <sys/types.h>
+
+namespace zandorin {
+
+class Cgi;
+
+/// Stores the uploaded file of a field at `destination` (of this machine) with permissions `mode`,
+/// all its bytes. True on success. False when the field is missing or empty, the file system has
+/// less than the file and 50 blocks free, the client's file name holds anything but letters,
+/// digits, "-_.@", or the file cannot be written; what the user can mend is added to the
+/// request's errors, the rest is logged.
+bool uploadFile(Cgi &form, const std::string &fieldName, const std::string &destination,
+                mode_t mode);
+
+} // namespace zandorin

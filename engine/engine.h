@@ -1,0 +1,116 @@
+#pragma once
+
+#include "cgi/session.h"
+#include "engine/nav_tree.h"
+#include "framework/form_elem.h"
+#include "platform/libzandorin/config_manager.h"
+#include "platform/libzdsupport/roles.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace zandorin {
+
+class Cgi;
+struct Formlet;
+
+/// Drives one request from start to finished page and owns everything it needs. One a process, on
+/// the stack of main: construct, displayPage() once, destroy. Forms, validators and template
+/// functions receive it; whatever they take from it lives as long as the request.
+class Engine : public ConfigManagerListener {
+  public:
+    /// Decodes the request, loads the configuration and finds the form asked for. Faults of the
+    /// configuration become messages of the page.
+    Engine();
+    ~Engine() override;
+    Engine(const Engine &) = delete;
+    Engine &operator=(const Engine &) = delete;
+
+    /// Serves the request: authorization, page, commit; then runs scheduled configurators.
+    void displayPage();
+
+    /// The request; null when it could not be made. Forms reach it through requireCgi.
+    Cgi *cgi() { return cgi_.get(); }
+    /// The request, or null with "CGI is not initialized" logged: whoever asked skips its action.
+    Cgi *requireCgi();
+    ConfigManager &config() { return configManager_; }
+    Session &session() { return session_; }
+    /// Makes `session` the session of this request.
+    void setSession(Session session) { session_ = std::move(session); }
+    const NavTree &navTree() const { return navTree_; }
+    const std::string &title() const { return title_; }
+    const std::string &formId() const { return formId_; }
+    const std::string &formArgs() const { return formArgs_; }
+    FormElements &elements() { return elements_; }
+    bool debugMode() const { return debugMode_; }
+
+    /// Declares an element of the form; a name that is declared already is reported as an error of
+    /// the request and stays as it was.
+    void addElement(const std::string &name, const FormElem &element);
+
+    /// Has one more configurator scheduled when the form is committed.
+    void addConfigurator(const std::string &name) { extraConfigurators_.push_back(name); }
+
+    /// Makes the request count as a submission even without "apply".
+    void setForceSubmit(bool force) { forceSubmit_ = force; }
+    bool formWasSubmitted() const;
+
+    /// True when the appliance's file `path` is there and is a regular file (or a socket: the mask
+    /// of the test leaves one bit of the type out).
+    static bool isFile(const std::string &path);
+
+    /// The session's user, or "unknown".
+    std::string getCurrentUsername() const;
+    /// Roles of the session's user, empty when nobody is logged in. Belongs to the engine.
+    roles_t getUserRoles();
+    /// True when the session's user may open the form; "" means this request's form. Reasons for a
+    /// refusal are logged.
+    bool isAuthorized(const std::string &formId);
+
+    /// Checks every declared element and, when the form was submitted without any error, puts the
+    /// values into the store.
+    void validateForm();
+    /// Saves what a submitted form changed and schedules the configurators. Throws
+    /// utilities::Exception when the store cannot be written.
+    void configure();
+
+    void configuratorStarted(const std::string &name) override;
+    void configuratorEnded(const std::string &name, std::time_t started,
+                           std::time_t ended) override;
+
+  private:
+    void loadConfiguration();
+    void setLogLevel();
+    std::string defaultForm() const;
+    void waitForConfigurators() const;
+    void establishUser();
+    void labelPage();
+    void refuse();
+    void defineForm(const Formlet *formlet);
+    void writeMessages();
+    void writeErrors(std::size_t first);
+    void renderBody(const Formlet *formlet);
+    void writeTemplate(const std::string &path);
+    void runConfigurators();
+
+    std::string title_;
+    std::unique_ptr<Cgi> cgi_;
+    ConfigManager configManager_;
+    Session session_;
+    utilities::Roles roles_; ///< of rolesUser_
+    std::string rolesUser_;
+    std::string formId_ = "index";
+    std::string formFile_;
+    std::string formArgs_;
+    FormElements elements_;
+    std::vector<std::string> extraConfigurators_;
+    NavTree navTree_;
+    std::string favicon_;
+    std::string stylesheet_;
+    bool authorized_ = false;
+    bool forceSubmit_ = false;
+    bool debugMode_ = false;
+};
+
+} // namespace zandorin

@@ -1,0 +1,6 @@
+#pragma once
+
+/// Pushes one text to the system information service: the datagram "<key>\0<kind>\0<text>" (kind in
+/// decimal) to the local socket /var/run/infod.sock. Dropped quietly when nobody listens or the
+/// service is behind; never waits. 0 when the service took it, -1 otherwise.
+int infod_push_text(const char *key, int kind, const char *text);

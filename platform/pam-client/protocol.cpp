@@ -1,0 +1,1 @@
+#include "platform/pam-client/protocol.h"

@@ -1,0 +1,83 @@
+#include "tests/support/appliance_test.h"
+#include "tests/support/log_capture.h"
+#include "util/files.h"
+#include "util/log.h"
+#include "util/paths.h"
+#include "util/strings.h"
+
+#include <cerrno>
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace zandorin {
+namespace {
+
+using test::ApplianceTest;
+
+TEST(Log, KeepsARecordOnOneLine) {
+    const test::LogCapture log;
+    logRecord(Priority::error, "user %s", "a\r\nb\x1b[2J\n");
+    logRecord(Priority::trace, "not shown");
+    EXPECT_EQ(log.records(), std::vector<std::string>{"300 user a??b?[2J\n"});
+}
+
+TEST(Strings, ParseWholeTakesNothingButANumber) {
+    const struct {
+        const char *text;
+        std::optional<std::int64_t> number;
+    } rows[] = {
+        {"0", 0},
+        {"-5", -5},
+        {"007", 7},
+        {"", std::nullopt},
+        {"-", std::nullopt},
+        {"+5", std::nullopt},
+        {" 5", std::nullopt},
+        {"5 ", std::nullopt},
+        {"5m", std::nullopt},
+        {"9223372036854775807", INT64_MAX},
+        {"9223372036854775808", std::nullopt},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(parseWhole(row.text), row.number) << "'" << row.text << "'";
+}
+
+TEST(Strings, TrimAndCase) {
+    EXPECT_EQ(trim(" \t a b\r\n"), "a b");
+    EXPECT_EQ(trim(" \n"), "");
+    EXPECT_TRUE(equalsIgnoreCase("Allow", "aLLOW"));
+    EXPECT_FALSE(equalsIgnoreCase("allow", "allows"));
+    EXPECT_FALSE(startsWithIgnoreCase("mult", "multipart"));
+}
+
+using Files = ApplianceTest;
+
+TEST_F(Files, ReplaceKeepsTheOldFileWhenItFails) {
+    put("/etc/kept", "old");
+    EXPECT_FALSE(replaceFile(appliancePath("/none/kept"), "new", 0600));
+    EXPECT_EQ(errno, ENOENT);
+    // A folder in the way makes the rename fail; no temporary file may stay behind.
+    makeFolder("/etc/taken/inner");
+    EXPECT_FALSE(replaceFile(appliancePath("/etc/taken"), "new", 0600));
+    EXPECT_EQ(get("/etc/kept"), "old");
+    EXPECT_EQ(std::system(("ls -A " + appliancePath("/etc") + " | grep -q new-").c_str()) == 0,
+              false);
+}
+
+TEST_F(Files, ReplaceSetsTheModeWhateverTheUmask) {
+    const mode_t before = ::umask(077);
+    EXPECT_TRUE(replaceFile(appliancePath("/file"), "x", 0644));
+    ::umask(before);
+    EXPECT_EQ(modeOf("/file"), 0644U);
+}
+
+TEST_F(Files, ReadRefusesWhatIsTooLong) {
+    put("/file", std::string(100, 'x'));
+    EXPECT_EQ(readFile(appliancePath("/file"), 100).value_or("").size(), 100U);
+    EXPECT_EQ(readFile(appliancePath("/file"), 99), std::nullopt);
+    EXPECT_FALSE(readFile("/proc/self/status").value_or("").empty());
+}
+
+} // namespace
+} // namespace zandorin

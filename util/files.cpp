@@ -1,0 +1,93 @@
+#include "util/files.h"
+
+#include "util/fd.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace zandorin {
+
+namespace {
+
+std::string folderOf(const std::string &path) {
+    const auto slash = path.rfind('/');
+    if (slash == std::string::npos)
+        return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+bool writeAll(int fd, std::string_view data) {
+    while (!data.empty()) {
+        const ssize_t written = ::write(fd, data.data(), data.size());
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return false;
+        data.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+bool syncFolder(const std::string &folder) {
+    const UniqueFd fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return fd && ::fsync(fd.get()) == 0;
+}
+
+} // namespace
+
+std::optional<std::string> readFile(const std::string &path, std::size_t limit) {
+    const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    struct stat status = {};
+    if (!fd || ::fstat(fd.get(), &status) != 0)
+        return std::nullopt;
+    const std::size_t announced =
+        status.st_size > 0 ? static_cast<std::size_t>(status.st_size) : 4095;
+    // One byte more than announced, so that the end is seen without growing.
+    std::string contents(std::min(announced, limit) + 1, '\0');
+    std::size_t filled = 0;
+    for (;;) {
+        const ssize_t got = ::read(fd.get(), contents.data() + filled, contents.size() - filled);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            return std::nullopt;
+        if (got == 0)
+            break;
+        filled += static_cast<std::size_t>(got);
+        if (filled > limit) {
+            errno = EFBIG;
+            return std::nullopt;
+        }
+        if (filled == contents.size())
+            contents.resize(2 * filled);
+    }
+    contents.resize(filled);
+    return contents;
+}
+
+bool replaceFile(const std::string &path, std::string_view contents, mode_t mode, Durable durable) {
+    const std::string folder = folderOf(path);
+    std::string temporary = folder + "/.new-XXXXXX";
+    UniqueFd fd(::mkostemp(temporary.data(), O_CLOEXEC));
+    if (!fd)
+        return false;
+    const bool complete = writeAll(fd.get(), contents) && ::fchmod(fd.get(), mode) == 0 &&
+                          (durable == Durable::no || ::fsync(fd.get()) == 0) &&
+                          ::close(fd.release()) == 0 &&
+                          ::rename(temporary.c_str(), path.c_str()) == 0;
+    if (!complete) {
+        const int reason = errno;
+        ::unlink(temporary.c_str());
+        errno = reason;
+        return false;
+    }
+    return durable == Durable::no || syncFolder(folder);
+}
+
+} // namespace zandorin

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <sys/types.h>
+
+namespace zandorin {
+
+/// The whole file, bytes as they are; none when it cannot be opened or read, or holds more than
+/// `limit` bytes. `path` is a path of this machine (see appliancePath). errno tells why.
+std::optional<std::string> readFile(const std::string &path,
+                                    std::size_t limit = std::size_t{64} * 1024 * 1024);
+
+/// Whether a new file must survive a power cut: no for what is gone with a reboot anyway.
+enum class Durable { no, yes };
+
+/// Replaces `path` by a file with these contents and permissions, whatever the umask.
+/// The contents are written to a temporary file in the same folder (its name begins with
+/// ".new-"), synced, renamed over `path`, and the folder is synced: a reader, a crash or a full
+/// disk leaves the old file or the new one, whole. Durable::no leaves out the syncing. False when
+/// anything failed; the old file then stands as it was, unless only the folder's sync failed. errno
+/// tells why.
+bool replaceFile(const std::string &path, std::string_view contents, mode_t mode,
+                 Durable durable = Durable::yes);
+
+} // namespace zandorin

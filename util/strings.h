@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zandorin {
+
+/// Without leading and trailing white space (isspace in the C locale).
+std::string_view trim(std::string_view text);
+
+/// Equal when ASCII letter case is ignored.
+bool equalsIgnoreCase(std::string_view a, std::string_view b);
+
+/// True when `text` begins with `prefix`, ASCII letter case ignored.
+bool startsWithIgnoreCase(std::string_view text, std::string_view prefix);
+
+/// True when `text` holds a byte below 0x20 or 0x7f.
+bool hasControlCharacter(std::string_view text);
+
+/// The whole of `text` as a decimal number, an optional "-" first; nothing else may stand in it
+/// (no blanks, no "+"). None when it is no such number or outside 64 bits.
+std::optional<std::int64_t> parseWhole(std::string_view text);
+
+} // namespace zandorin

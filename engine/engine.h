@@ -86,6 +86,7 @@ class Engine : public ConfigManagerListener {
     void waitForConfigurators() const;
     void establishUser();
     void labelPage();
+    bool isUserKnown(const std::string &user);
     void refuse();
     void defineForm(const Formlet *formlet);
     void writeMessages();
@@ -100,6 +101,7 @@ class Engine : public ConfigManagerListener {
     Session session_;
     utilities::Roles roles_; ///< of rolesUser_
     std::string rolesUser_;
+    std::string knownUser_; ///< last user that was found to have an account
     std::string formId_ = "index";
     std::string formFile_;
     std::string formArgs_;

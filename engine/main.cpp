@@ -1,1 +1,34 @@
-int main() { return 0; }
+#include "engine/engine.h"
+#include "util/log.h"
+#include "util/paths.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+/// A maintenance task holds every request while it keeps this file.
+void waitForMaintenance() {
+    constexpr unsigned step_seconds = 5;
+    struct stat status = {};
+    const std::string path = zandorin::appliancePath("/tmp/wait");
+    while (::stat(path.c_str(), &status) == 0)
+        ::sleep(step_seconds);
+}
+
+} // namespace
+
+int main(int /*argc*/, char **argv) {
+    using namespace zandorin;
+    waitForMaintenance();
+    openLog(argv[0]);
+    logRecord(Priority::debug, "cgi starting");
+    ::umask(077);
+    try {
+        Engine engine;
+        engine.displayPage();
+    } catch (...) {
+        logRecord(Priority::fatal, "An exception occurred");
+    }
+    return 0;
+}

@@ -4,7 +4,7 @@
 #include <vector>
 
 // Markup of inputs. Names, values and labels are raw text and are escaped here; scripts are the
-// page author's and are escaped for the attribute. An empty script means none.
+// page author's own and hold no double quote. An empty script means none.
 
 namespace zandorin::ui {
 

@@ -3,10 +3,10 @@
 #include <string>
 #include <string_view>
 
-// Markup of a page but its forms and tables. Every function answers the markup. Titles, names,
-// targets, paths and scripts are escaped by the function; a parameter called `markup` or `message`
-// stands as it is given, so whoever gives it escapes what came from outside.
-// An empty text means "not given".
+// Markup of a page but its forms and tables. Every function answers the markup. Names, targets,
+// paths and link texts are escaped here. What is called a title of a page, `message` or `markup`
+// stands as it is given, so whoever gives it escapes what came from outside; scripts are the page
+// author's own and hold no double quote. An empty text means "not given".
 
 namespace zandorin::ui {
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/inputs.h"
+#include "ui/unsafe_inputs.h"
 
 #include <iosfwd>
 #include <string>
@@ -46,15 +47,13 @@ class Table {
                   const std::string &description = "");
     void textInputRow(const std::string &label, const TextInput &input,
                       const std::string &description = "");
-    /// An input whose value may hold markup.
-    void unsafeTextInputRow(const std::string &label, TextInput input,
+    void unsafeTextInputRow(const std::string &label, const UnsafeInput &input,
                             const std::string &description = "");
     void textAreaInputRow(const std::string &label, const std::string &name,
                           const std::string &value, int rows = 0, int cols = 0,
                           const std::string &description = "");
-    void unsafeTextAreaInputRow(const std::string &label, const std::string &name,
-                                const std::string &value, int rows = 0, int cols = 0,
-                                const std::string &description = "");
+    void unsafeTextAreaInputRow(const std::string &label, const UnsafeInput &input, int rows = 0,
+                                int cols = 0, const std::string &description = "");
     void radioInputRow(const std::string &label, const std::string &name,
                        const std::vector<Option> &options, const std::string &selected,
                        const std::string &description = "");
@@ -79,6 +78,8 @@ class Table {
 
     bool top(Level level) const { return !levels_.empty() && levels_.back() == level; }
     void misuse(std::string_view message);
+    void row(const std::string &label, const std::string &cssClass, const std::string &markup);
+    void spanningRow(const std::string &cssClass, const std::string &markup);
 
     std::ostream &out_;
     std::vector<Level> levels_;

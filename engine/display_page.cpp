@@ -1,0 +1,232 @@
+#include "engine/engine.h"
+
+#include "cgi/cgi.h"
+#include "engine/login.h"
+#include "framework/formlet.h"
+#include "platform/libzdsupport/pidfile.h"
+#include "ui/escape.h"
+#include "ui/page.h"
+#include "util/exception.h"
+#include "util/log.h"
+#include "util/paths.h"
+
+#include <csignal>
+#include <cstring>
+#include <fstream>
+
+#include <unistd.h>
+
+namespace zandorin {
+
+namespace {
+
+constexpr const char *nav_tree_path = "/home/httpd/nav.xml";
+constexpr const char *forms_folder = "/home/httpd/forms/";
+
+/// Once a change is about to be saved, a client that hangs up or a web server that ends must not
+/// stop what follows from it half-way.
+void ignoreHangUps() {
+    for (const int signal : {SIGHUP, SIGINT, SIGPIPE, SIGTERM})
+        std::signal(signal, SIG_IGN);
+}
+
+/// Names no file outside of the forms folder, nor a hidden one in it.
+bool isFormFileName(const std::string &name) {
+    return !name.empty() && name.front() != '.' && name.find('/') == std::string::npos;
+}
+
+/// Runs a piece of the page; answers what went wrong as text for the page, "" when nothing did.
+template <typename Work> std::string faultOf(Work work) {
+    try {
+        work();
+        return "";
+    } catch (const utilities::Exception &fault) {
+        logRecord(Priority::fatal, "%s", fault.toString().c_str());
+        return fault.toString();
+    } catch (...) {
+        constexpr const char *unexpected = "An unexpected error occured";
+        logRecord(Priority::fatal, "%s", unexpected);
+        return unexpected;
+    }
+}
+
+} // namespace
+
+void Engine::displayPage() {
+    ZANDORIN_TRACE();
+    if (!cgi_)
+        return;
+    waitForConfigurators();
+    if (navTree_.load(nav_tree_path) != 0)
+        cgi_->addError(std::string("Invalid navigation tree config: ") + nav_tree_path);
+    establishUser();
+    labelPage();
+    cgi_->sendHttpHeader(200, "text/html");
+
+    if (formId_ != "login") {
+        authorized_ = isAuthorized("");
+        if (!authorized_) {
+            refuse();
+            return;
+        }
+    }
+
+    *cgi_ << ui::openPage(title_, "text/html", stylesheet_, favicon_);
+    writeTemplate(std::string(forms_folder) + "head.html");
+    const Formlet *formlet = FormletRegistry::find(formFile_);
+    defineForm(formlet);
+    writeMessages();
+    const std::size_t shown = cgi_->getErrors().size();
+    renderBody(formlet);
+    writeErrors(shown);
+    writeTemplate(std::string(forms_folder) + "tail.html");
+    *cgi_ << ui::closePage() << std::flush;
+    runConfigurators();
+}
+
+void Engine::waitForConfigurators() const {
+    constexpr unsigned step_seconds = 2;
+    while (pidfile_valid("configurators") == 0)
+        ::sleep(step_seconds);
+}
+
+void Engine::establishUser() {
+    if (session_.isValid())
+        session_.setSessionCookie(*cgi_);
+    else
+        loginHandlePost(*this);
+    if (!session_.authSuccess()) {
+        formId_ = formFile_ = "login";
+        return;
+    }
+    if (formId_ == "index" && session_.username() != "root")
+        formId_ = "dashboardsummary";
+    authorized_ = isAuthorized("");
+    if (!authorized_ && formId_ == "dashboardsummary")
+        formId_ = "manage";
+}
+
+void Engine::labelPage() {
+    std::string branch;
+    std::string label;
+    const NavLeaf *leaf = nullptr;
+    if (formId_ == "index") {
+        branch = title_;
+        label = "Welcome";
+    } else if (formId_ == "reboot") {
+        branch = "Administration";
+        label = "Rebooting the System";
+    } else if (navTree_.getNavLeaf(formId_, leaf)) {
+        branch = encodeSafe(leaf->branchLabel);
+        label = encodeSafe(leaf->label);
+        formFile_ = leaf->file;
+        formArgs_ = leaf->args;
+    } else {
+        branch = "Error";
+        label = "Page Not Found";
+        cgi_->setPageError("No such form ID: " + encodeSafe(formId_));
+    }
+    cgi_->addReplaceable("#ui.tree.branch.label", branch);
+    cgi_->addReplaceable("#ui.tree.branch.leaf.label", label);
+}
+
+void Engine::refuse() {
+    const std::string user = getCurrentUsername();
+    logRecord(Priority::info, "Unauthorized access by '%s' to form '%s'", user.c_str(),
+              formId_.c_str());
+    session_.deleteSession();
+    roles_ = utilities::Roles();
+    rolesUser_.clear();
+    *cgi_ << ui::getFatal("User '" + encodeSafe(user) + "' is not authorized to access this area.")
+          << std::flush;
+}
+
+void Engine::defineForm(const Formlet *formlet) {
+    if (formWasSubmitted())
+        ignoreHangUps();
+    const std::string fault = faultOf([&] {
+        if (formlet != nullptr && formlet->define != nullptr) {
+            formlet->define(*this);
+        } else {
+            const std::string path = forms_folder + formFile_ + ".def";
+            if (!isFormFileName(formFile_) || !isFile(path))
+                return;
+            std::ifstream definition(appliancePath(path));
+            if (definition)
+                cgi_->write(definition, true);
+            else
+                logRecord(Priority::fatal, "Failed opening: %s", path.c_str());
+        }
+        validateForm();
+        configure();
+    });
+    if (!fault.empty())
+        cgi_->setPageError(fault);
+}
+
+void Engine::writeMessages() {
+    if (cgi_->hasPageError())
+        *cgi_ << ui::getFatal(cgi_->getPageError());
+    if (debugMode_)
+        for (const std::string &message : cgi_->getDebugMessages())
+            *cgi_ << ui::getDebug(message);
+    for (const std::string &message : cgi_->getMessages())
+        *cgi_ << "<div style=\"word-break:break-all\">" << ui::getInfo(message) << "</div>";
+    writeErrors(0);
+    if (cgi_->hasMessages() || cgi_->hasErrors())
+        *cgi_ << "<br/>\n";
+}
+
+void Engine::writeErrors(std::size_t first) {
+    const auto &errors = cgi_->getErrors();
+    for (std::size_t i = first; i < errors.size(); ++i)
+        *cgi_ << "<div style=\"word-break:break-all\">" << ui::getError(errors[i]) << "</div>";
+}
+
+void Engine::renderBody(const Formlet *formlet) {
+    const std::string path = forms_folder + formFile_ + ".frm";
+    const std::string shownPath = encodeSafe(path);
+    const std::string fault = faultOf([&] {
+        if (formlet != nullptr) {
+            if (formlet->render != nullptr)
+                formlet->render(*this);
+            else
+                *cgi_ << ui::getFatal("No such formlet: " + encodeSafe(formFile_));
+            return;
+        }
+        if (!isFormFileName(formFile_) || !isFile(path)) {
+            *cgi_ << ui::getError("No such file: " + shownPath);
+            return;
+        }
+        std::ifstream body(appliancePath(path));
+        if (body)
+            cgi_->write(body, true);
+        else
+            *cgi_ << ui::getError("Error opening file: " + shownPath);
+    });
+    if (!fault.empty())
+        *cgi_ << ui::getFatal(fault);
+}
+
+void Engine::writeTemplate(const std::string &path) {
+    std::ifstream input(appliancePath(path));
+    if (input)
+        cgi_->write(input, true);
+    else
+        logRecord(Priority::fatal, "No such file: %s", path.c_str());
+}
+
+void Engine::runConfigurators() {
+    if (!configManager_.hasConfiguratorsScheduled())
+        return;
+    ignoreHangUps();
+    logRecord(Priority::debug, "'%s' running configurator(s)", formId_.c_str());
+    // Held before the response ends: the browser's next request already has to wait.
+    pidfile_create("configurators");
+    cgi_->finishResponse();
+    if (!configManager_.run())
+        cgi_->addError("Failed to synchronize running system with configuration.");
+    pidfile_clear("configurators");
+}
+
+} // namespace zandorin

@@ -1,0 +1,79 @@
+#include "cgi/cgi.h"
+#include "cgi/session_file.h"
+#include "engine/engine.h"
+#include "framework/formlet.h"
+#include "ui/page.h"
+#include "ui/table.h"
+
+#include <algorithm>
+#include <array>
+#include <ctime>
+
+// The table of active web sessions. A session's id unlocks it and is never shown.
+
+namespace zandorin {
+namespace {
+
+std::string localTime(std::int64_t seconds) {
+    const auto time = static_cast<std::time_t>(seconds);
+    std::tm parts = {};
+    std::array<char, 64> text = {};
+    if (::localtime_r(&time, &parts) == nullptr)
+        return "";
+    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts)};
+}
+
+std::string address(const SessionRecord &session) {
+    if (session.sourceIp.empty())
+        return "unknown";
+    const bool v6 = session.sourceIp.find(':') != std::string::npos;
+    const std::string host = v6 ? "[" + session.sourceIp + "]" : session.sourceIp;
+    return session.sourcePort.empty() ? host : host + ":" + session.sourcePort;
+}
+
+struct Column {
+    const char *title;
+    std::string (*text)(const SessionRecord &);
+};
+
+const std::array columns = {
+    Column{"User", [](const SessionRecord &session) { return session.username; }},
+    Column{"Address", address},
+    Column{"Logged in",
+           [](const SessionRecord &session) { return localTime(session.sessionStart); }},
+    Column{"Ends", [](const SessionRecord &session) { return localTime(session.expiryTime); }},
+    Column{"Extended by use",
+           [](const SessionRecord &session) -> std::string {
+               return session.autorefresh ? "yes" : "no";
+           }},
+};
+
+void renderSessions(Engine &engine) {
+    Cgi *cgi = engine.requireCgi();
+    if (cgi == nullptr)
+        return;
+    ui::Table table(*cgi);
+    table.open();
+    table.openRow();
+    for (const Column &column : columns)
+        table.cell("field-label", column.title);
+    table.closeRow();
+    const std::string own = engine.session().sessionId();
+    for (const std::string &id : listSessionIds()) {
+        const auto session = readSessionRecord(id);
+        if (!session || session->authState != Session::state_authenticated)
+            continue;
+        table.openRow();
+        for (const Column &column : columns) {
+            const bool mark = id == own && &column == &columns.front();
+            table.cell("field-input", column.text(*session) + (mark ? " (this session)" : ""));
+        }
+        table.closeRow();
+    }
+    table.close();
+}
+
+const AutoRegisterFormlet registration("sessions", nullptr, renderSessions);
+
+} // namespace
+} // namespace zandorin

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace zandorin::test {
+
+using Environment = std::map<std::string, std::string>;
+using Fields = std::vector<std::pair<std::string, std::string>>;
+
+/// What the program answered.
+struct Response {
+    std::string header; ///< up to and without the empty line, lines ended by CR LF
+    std::string body;
+    int status = -1; ///< exit status, or 128 + the signal that ended it
+
+    bool has(std::string_view text) const { return body.find(text) != std::string::npos; }
+    /// The one header line of that name without it; "" when missing.
+    std::string headerLine(std::string_view name) const;
+    /// The text of the body from `start` to the `end` that follows it, both included.
+    std::string part(std::string_view start, std::string_view end) const;
+};
+
+/// Runs the real zandorin.cgi, one process a request, on an appliance root of its own: a copy of
+/// rootfs/ in its factory state. Paths are the appliance's. A record in the log of priority error
+/// or graver that no expectLog announced fails the test, and so does a program that was killed.
+class RequestTest : public ::testing::Test {
+  protected:
+    RequestTest();
+    ~RequestTest() override;
+    void TearDown() override;
+
+    /// A logged-in session of that user; answers the cookie header.
+    std::string login(const std::string &user = "root", const std::string &id = "");
+
+    /// `query` is what stands behind the "?".
+    Response get(const std::string &query, const std::string &cookie = "");
+    /// Posts the fields URL-encoded.
+    Response post(const Fields &fields, const std::string &cookie = "");
+    /// Any request: the variables in addition to REMOTE_ADDR and the like, and the body.
+    Response request(const Environment &variables, const std::string &body = "");
+
+    void put(std::string_view path, std::string_view contents) const;
+    std::string read(std::string_view path) const;
+    bool exists(std::string_view path) const;
+    std::string onHost(std::string_view path) const { return root_ + std::string(path); }
+
+    /// Adds to or replaces the value of a dotted key in the stored configuration.
+    void configure(const std::string &key, const std::string &value) const;
+    /// Adds a user with these groups to the configuration and the account file.
+    void addUser(const std::string &name, const std::vector<std::string> &groups) const;
+
+    /// A grave log record that holds this text is no failure.
+    void expectLog(const std::string &text) { expectedLog_.push_back(text); }
+    /// All log records so far, one "<syslog priority> <text>" a line.
+    std::string log() const;
+
+    static std::string encode(const Fields &fields);
+
+  private:
+    std::string root_;
+    std::vector<std::string> expectedLog_;
+};
+
+} // namespace zandorin::test

@@ -1,0 +1,135 @@
+#include "ui/template_functions.h"
+
+#include "cgi/cgi.h"
+#include "engine/engine.h"
+#include "ui/escape.h"
+#include "ui/form_values.h"
+#include "ui/inputs.h"
+#include "ui/markup.h"
+#include "util/log.h"
+#include "util/paths.h"
+#include "util/process_pipe.h"
+#include "util/strings.h"
+
+#include <fstream>
+#include <optional>
+
+#include <regex.h>
+#include <sys/stat.h>
+
+namespace zandorin::ui {
+
+namespace {
+
+constexpr const char *pattern_key = "config.ui.syslog.filepattern";
+
+/// A compiled POSIX extended regular expression.
+class LinePattern {
+  public:
+    explicit LinePattern(const std::string &text)
+        : valid_(::regcomp(&expression_, text.c_str(), REG_EXTENDED | REG_NOSUB) == 0) {}
+    ~LinePattern() {
+        if (valid_)
+            ::regfree(&expression_);
+    }
+    LinePattern(const LinePattern &) = delete;
+    LinePattern &operator=(const LinePattern &) = delete;
+
+    bool valid() const { return valid_; }
+    bool matches(const std::string &line) const {
+        return ::regexec(&expression_, line.c_str(), 0, nullptr, 0) == 0;
+    }
+
+  private:
+    regex_t expression_ = {};
+    bool valid_;
+};
+
+/// The pattern of the page's own filter field, which it also keeps in the configuration.
+std::string pagePattern(Engine &engine, Cgi &cgi) {
+    if (!cgi.getVarString(std::string(pattern_key) + ".delete").raw.empty()) {
+        engine.config().delElement(pattern_key);
+        if (!engine.config().write())
+            cgi.addError("Failed to save configuration changes.");
+        return "";
+    }
+    const std::string submitted = cgi.getVarString(pattern_key).raw;
+    return submitted.empty() ? engine.config().getElement(pattern_key) : submitted;
+}
+
+/// The rest of the first line that starts with `prefix`.
+std::string lineAfter(const std::string &path, std::string_view prefix) {
+    std::ifstream file(appliancePath(path));
+    if (!file)
+        logRecord(Priority::debug, "Could not open file: %s", path.c_str());
+    for (std::string line; std::getline(file, line);)
+        if (line.starts_with(prefix))
+            return line.substr(prefix.size());
+    return "";
+}
+
+std::string managerEngineId() {
+    constexpr const char *path = "/var/run/snmpd/snmpapp.conf";
+    struct stat status = {};
+    if (::stat(appliancePath(path).c_str(), &status) != 0) {
+        ipipestream generate("/bin/bash " + appliancePath("/etc/scripts/initsnmpappconf"), 5000);
+        if (!generate.success(5000))
+            logRecord(Priority::error, "Failed to generate snmpapp.conf");
+    }
+    return lineAfter(path, "oldEngineID ");
+}
+
+std::string foundEngineId(const std::string &key) {
+    if (key == "config.services.snmp.engineid")
+        return lineAfter("/var/run/snmpd/snmpd.conf", "oldEngineID ");
+    return key.starts_with("config.system.snmp.engineid") ? managerEngineId() : "";
+}
+
+} // namespace
+
+std::string getFile(Engine &engine, const Arguments &arguments) {
+    Cgi *cgi = engine.requireCgi();
+    if (cgi == nullptr)
+        return "";
+    const std::string path(trim(arguments[0]));
+    const std::string pattern = arguments.size() == 2 ? arguments[1] : pagePattern(engine, *cgi);
+    const LinePattern expression(pattern);
+    if (!expression.valid() && !pattern.empty()) {
+        cgi->addError("Invalid regular expression: " + encodeSafe(pattern));
+        return "";
+    }
+    std::ifstream file(appliancePath(path));
+    if (!file) {
+        cgi->addError("Failed to open file: " + encodeSafe(path));
+        return "";
+    }
+    std::string html = "<pre>\n";
+    for (std::string line; std::getline(file, line);)
+        if (pattern.empty() || expression.matches(line))
+            html += escapeHtmlString(line) + "\n";
+    return html + "</pre>\n";
+}
+
+std::string getPmshellPamElements(Engine &engine, const Arguments &) {
+    constexpr const char *name = "config.auth.pmshell.enabled";
+    if (!engine.config().getBoolean("config.auth.pmshell.available"))
+        return "";
+    const auto element = engine.elements().find(name);
+    const std::string label = element == engine.elements().end() ? "" : element->second.label;
+    return "<tr><td colspan=\"2\" class=\"spacer\">&nbsp;</td><tr><tr><td colspan=\"2\" "
+           "class =\"sub-title\"valign=\"top\">Additional Port Authentication</td></tr><tr>"
+           "<td width=\"22%\" valign=\"top\" class=\"field-label\">" +
+           label + "</td><td width=\"78%\" class=\"field-input\">" +
+           checkInput(name, shownChecked(engine, name)) +
+           "<br>Enables extra login prompt for users connecting to serial consoles.</td></tr>";
+}
+
+std::string getSnmpEngineIdLabel(Engine &engine, const Arguments &arguments) {
+    const std::string key(trim(arguments[0]));
+    if (!engine.config().getElement(key).empty())
+        return "";
+    const std::string engineId = foundEngineId(key);
+    return engineId.empty() ? "" : "<b>" + encodeSafe(engineId) + "</b><br/>";
+}
+
+} // namespace zandorin::ui

@@ -1,0 +1,113 @@
+#include "ui/template_functions.h"
+
+#include "cgi/cgi.h"
+#include "engine/engine.h"
+#include "ui/escape.h"
+#include "ui/markup.h"
+#include "ui/page.h"
+#include "util/paths.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include <unistd.h>
+
+namespace zandorin::ui {
+
+namespace {
+
+bool isOffered(Engine &engine, const NavLeaf &leaf) {
+    return checkLeaf(leaf, engine.config()) && engine.isAuthorized(leaf.id);
+}
+
+std::string formLink(const NavLeaf &leaf) {
+    return "?form=" + leaf.id;
+}
+
+/// A leaf's icon is named after it, where somebody has drawn one.
+std::string iconOf(const NavLeaf &leaf) {
+    const std::string name = "icon-nav-" + leaf.id;
+    const std::string path = appliancePath("/home/httpd/pixmaps/" + name + ".png");
+    const bool drawn = leaf.id.find('/') == std::string::npos && ::access(path.c_str(), F_OK) == 0;
+    return drawn ? name : "icon-nav-default";
+}
+
+std::string panelEntry(const NavLeaf &leaf) {
+    return "      <div id=\"related\"><img src=\"" + pixmapPath(iconOf(leaf)) + "\" alt=\"\">" +
+           link(formLink(leaf), leaf.label) + "</div>\n";
+}
+
+std::string panelBranch(const NavBranch &branch, const std::string &number,
+                        const std::string &entries) {
+    return "    <h4 class=\"sub-title\" onclick=\"navToggle(" + number +
+           ")\"><img class=\"sub-title\" id=\"icon" + number + "\" src=\"" +
+           pixmapPath("icon-collapse") + "\" alt=\"\">" + escapeText(branch.label) + "</h4>\n" +
+           "    <div class=\"branch\" id=\"branch" + number + "\">\n" + entries + "    </div>\n";
+}
+
+} // namespace
+
+std::string getNavPanel(Engine &engine, const Arguments &) {
+    if (!engine.session().authSuccess())
+        return "";
+    std::string html = "  <script type=\"text/javascript\" src=\"" +
+                       resourcePath("/scripts/nav.js") +
+                       "\"></script>\n  <div id=\"related-links\">\n";
+    const auto &branches = engine.navTree().branches();
+    if (branches.empty())
+        html += "    <strong>No Items Found</strong>\n";
+    for (std::size_t i = 0; i < branches.size(); ++i) {
+        std::string entries;
+        for (const NavLeaf &leaf : branches[i].leaves)
+            if (!leaf.hidden && isOffered(engine, leaf))
+                entries += panelEntry(leaf);
+        // A branch with nothing in it for this user would only be a heading.
+        if (!entries.empty())
+            html += panelBranch(branches[i], std::to_string(i), entries);
+    }
+    const std::size_t hidden = engine.config().getSubElements("config.ui.nav.hidden").size();
+    return html + "  <script type=\"text/javascript\">navInit(" + std::to_string(hidden) + ", " +
+           std::to_string(branches.size()) + ");</script>\n  </div>\n";
+}
+
+std::string getShortcuts(Engine &engine, const Arguments &) {
+    if (!engine.session().authSuccess())
+        return "";
+    std::vector<const NavLeaf *> leaves;
+    for (const NavBranch &branch : engine.navTree().branches())
+        for (const NavLeaf &leaf : branch.leaves)
+            if (!leaf.shortcut.empty() && isOffered(engine, leaf))
+                leaves.push_back(&leaf);
+    std::stable_sort(leaves.begin(), leaves.end(), [](const NavLeaf *a, const NavLeaf *b) {
+        return a->shortcutPrecedence < b->shortcutPrecedence;
+    });
+    std::string html;
+    for (const NavLeaf *leaf : leaves)
+        html += "<td class=\"top-button\"><a href=\"" + escapeAttribute(formLink(*leaf)) +
+                "\"><img src=\"" + pixmapPath("icon-" + leaf->id) + "\"><br/>" +
+                escapeText(leaf->shortcut) + "</a></td>";
+    return html;
+}
+
+std::string getProxyInfo(Engine &engine, const Arguments &) {
+    Cgi *cgi = engine.requireCgi();
+    if (cgi == nullptr || std::getenv("HTTP_X_BASE_URI") == nullptr)
+        return "";
+    const CgiValue back = cgi->getVarString("back", 32);
+    const std::string target = !back.raw.empty() ? "?form=" + back.safe
+                               : std::getenv("HTTP_X_WEBPROXY_VERSION") != nullptr
+                                   ? "webProxyReturn"
+                                   : "?form=cmsdash";
+    return "<div id=\"overlay\">This system is being accessed via Tallmark - <a href=\"/" + target +
+           "\">click here to return to Tallmark</a></div>";
+}
+
+std::string getHref(Engine &, const Arguments &arguments) {
+    return link(arguments[0], arguments[1]);
+}
+
+std::string getPicture(Engine &, const Arguments &arguments) {
+    return imageLink({.name = arguments[1], .title = arguments[2]}, arguments[0]);
+}
+
+} // namespace zandorin::ui

@@ -57,7 +57,7 @@ TEST_F(Page, DefaultFormFollowsTheStateOfTheAppliance) {
     configure("config.interfaces.wan.mode", "dhcp");
     configure("config.ports.port1.speed", "9600");
     EXPECT_TRUE(get("", login()).has("Zandorin Management Console: Welcome"));
-    put("/etc/config/passwd", "root:$1$abcdefgh$irWbblnpmw.5z7wgBnprh0:0:0:root:/:/bin/bash\n");
+    put("/etc/config/passwd", "root:$1$abcdefgh$EARFjJK9mlHVaSkldiETN0:0:0:root:/:/bin/bash\n");
     EXPECT_TRUE(get("", login()).has("Status: Summary"));
 }
 

@@ -65,7 +65,7 @@ class Cgi : public cgi::FileOutputStream {
     /// Writes the header, once per process.
     void sendHttpHeader(int status, const std::string &contentType);
     /// One more header line, without its line end.
-    void setExtraHeader(const std::string &line) { extraHeader_ = line; }
+    void setExtraHeader(const std::string &line);
 
     /// Ends the response: what is buffered is written out and standard output, its duplicate
     /// included, is let go of, so that the web server sees the page's end while this process still
@@ -73,17 +73,17 @@ class Cgi : public cgi::FileOutputStream {
     void finishResponse();
 
     // Messages hold markup: what came from outside must be escaped before it is put into one.
-    void setPageError(const std::string &text) { pageError_ = text; }
-    void addError(const std::string &text) { errors_.push_back(text); }
-    void addMessage(const std::string &text) { messages_.push_back(text); }
-    void addDebug(const std::string &text) { debugMessages_.push_back(text); }
-    const std::string &getPageError() const { return pageError_; }
-    const std::vector<std::string> &getErrors() const { return errors_; }
-    const std::vector<std::string> &getMessages() const { return messages_; }
-    const std::vector<std::string> &getDebugMessages() const { return debugMessages_; }
-    bool hasErrors() const { return !errors_.empty() || hasPageError(); }
-    bool hasPageError() const { return !pageError_.empty(); }
-    bool hasMessages() const { return !messages_.empty(); }
+    void setPageError(const std::string &text);
+    void addError(const std::string &text);
+    void addMessage(const std::string &text);
+    void addDebug(const std::string &text);
+    const std::string &getPageError() const;
+    const std::vector<std::string> &getErrors() const;
+    const std::vector<std::string> &getMessages() const;
+    const std::vector<std::string> &getDebugMessages() const;
+    bool hasErrors() const;
+    bool hasPageError() const;
+    bool hasMessages() const;
 
     /// The text in the URI encoding of encode_uri.
     std::string getSafeUri(const std::string &text) const;

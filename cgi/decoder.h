@@ -7,6 +7,10 @@
 // an "application/x-www-form-urlencoded" body or a "multipart/form-data" body (RFC 7578). One
 // request a process: the state is the process's, and everything but `cgi/` reaches it through
 // zandorin::Cgi.
+//
+// Nothing is allocated by announcement: a body takes memory as it arrives. A multipart body takes
+// as much as its fields, each cut at the field limit; a URL-encoded one is held as a whole, with no
+// limit of its own but the body limit. How large a request may be is for the web server to say.
 
 /// Answers of the fetch operations.
 enum gcgi_status {
@@ -73,7 +77,8 @@ extern FILE *gcgiOut;
 int gcgiApplyLimits(unsigned fieldLimit, unsigned bodyLimit);
 
 /// Reads the environment, opens gcgiOut and decodes the fields. 0, or -1 without a usable request
-/// method, or for a negative content length. Faults in a body only leave its fields out.
+/// method, or for a negative content length. Faults in a body only leave its fields out: a body
+/// shorter than announced ends where it ends, and what memory cannot hold leaves out all of them.
 int gcgiDecodeRequest();
 
 /// Releases the fields and the environment table and closes gcgiOut.

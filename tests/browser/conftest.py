@@ -1,0 +1,113 @@
+"""The console as a person meets it: script/server on a free port and an appliance root of its own, and Chromium."""
+import os
+import signal
+import socket
+import subprocess
+import time
+from pathlib import Path
+
+import pytest
+from selenium import webdriver
+from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.common.by import By
+from selenium.webdriver.support.ui import WebDriverWait
+
+PROJECT = Path(__file__).resolve().parents[2]
+START_SECONDS = 20
+PAGE_SECONDS = 20
+
+
+class Appliance:
+    def __init__(self, root, port):
+        self.root = root
+        self.url = f"http://127.0.0.1:{port}/"
+
+
+def free_port():
+    with socket.socket() as probe:
+        probe.bind(("127.0.0.1", 0))
+        return probe.getsockname()[1]
+
+
+@pytest.fixture(scope="session")
+def appliance(tmp_path_factory):
+    folder = tmp_path_factory.mktemp("appliance")
+    log, port = folder / "log", free_port()
+    preset = os.environ.get("ZANDORIN_PRESET", "release")
+    with open(log, "wb") as output:
+        server = subprocess.Popen(
+            [PROJECT / "script/server", "--no-build", "--preset", preset, "--port", str(port),
+             "--root", folder / "root"], stdout=output, stderr=subprocess.STDOUT)
+    try:
+        end = time.monotonic() + START_SECONDS
+        while b"http://" not in log.read_bytes():
+            assert server.poll() is None and time.monotonic() < end, log.read_text()
+            time.sleep(0.05)
+        yield Appliance(folder / "root", port)
+    finally:
+        server.send_signal(signal.SIGTERM)
+        server.wait(START_SECONDS)
+    said = log.read_text(errors="replace")
+    assert "Sanitizer" not in said and "runtime error" not in said, said
+
+
+class Browser:
+    """Chromium with the steps that every test takes."""
+
+    def __init__(self, driver, appliance):
+        self.driver = driver
+        self.appliance = appliance
+
+    def open(self, query=""):
+        self.driver.get(self.appliance.url + query)
+
+    def one(self, selector):
+        return WebDriverWait(self.driver, PAGE_SECONDS).until(
+            lambda driver: driver.find_element(By.CSS_SELECTOR, selector))
+
+    def all(self, selector):
+        return self.driver.find_elements(By.CSS_SELECTOR, selector)
+
+    def link(self, text):
+        return self.driver.find_element(By.LINK_TEXT, text)
+
+    def text(self):
+        return self.one("main").text
+
+    def log_in(self, name="root", password="kestrel"):
+        self.open()
+        self.one("input[name=username]").send_keys(name)
+        self.one("input[name=password]").send_keys(password)
+        button = self.one("main input[type=submit]")
+        button.click()
+        # The answer is a page of its own.
+        WebDriverWait(self.driver, PAGE_SECONDS).until(lambda _: is_gone(button))
+
+    def complaints(self):
+        """What the browser refused or missed on the pages so far: files, policies, scripts."""
+        return [entry["message"] for entry in self.driver.get_log("browser")]
+
+
+def is_gone(element):
+    try:
+        element.is_enabled()
+    except Exception:  # the driver has several names for it
+        return True
+    return False
+
+
+@pytest.fixture
+def browser(appliance, tmp_path):
+    options = webdriver.ChromeOptions()
+    options.binary_location = "/usr/bin/chromium"
+    options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
+    for flag in ("headless=new", "no-sandbox", "disable-gpu", "disable-quic", "no-first-run",
+                 "disable-background-networking", "disable-component-update", "disable-sync",
+                 "disable-dev-shm-usage", "window-size=1280,900", f"user-data-dir={tmp_path / 'profile'}"):
+        options.add_argument("--" + flag)
+    driver = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
+    driver.set_page_load_timeout(PAGE_SECONDS)
+    try:
+        yield Browser(driver, appliance)
+    finally:
+        driver.quit()

@@ -1,0 +1,72 @@
+"""Logging in, finding one's way, logging out."""
+from selenium.webdriver.common.keys import Keys
+
+
+def logged_out(browser):
+    return browser.all("input[name=username]") and not browser.all("#related-links")
+
+
+def test_wrong_password(browser):
+    browser.log_in(password="merlin")
+    assert "Invalid login credentials. Please try again" in browser.one(".error-message").text
+    assert logged_out(browser)
+
+
+def test_a_visit(browser):
+    browser.open("?form=sessions")
+    assert logged_out(browser)
+
+    browser.log_in()
+    browser.one("#mark").click()
+    assert browser.one("h1").text.endswith("Welcome")
+    assert "factory state" in browser.text()
+
+    browser.link("Web Sessions").click()
+    assert browser.one("h1").text == "Status: Web Sessions"
+    assert "root" in browser.text()
+    assert browser.one("nav [aria-current=page]").text == "Web Sessions"
+
+    cookie = browser.driver.get_cookie("ZdSessionId")
+    assert cookie["httpOnly"]
+    # A session id is as good as a password; a page does not show one.
+    assert cookie["value"] not in browser.driver.page_source
+
+    browser.link("Log Out").click()
+    assert "You are now logged out" in browser.text()
+    browser.driver.delete_all_cookies()
+    browser.driver.add_cookie({"name": "ZdSessionId", "value": cookie["value"]})
+    for query in ("", "?form=sessions", "?form=dashboardsummary"):
+        browser.open(query)
+        assert logged_out(browser), query
+    assert browser.complaints() == []
+
+
+def test_navigation_folds(browser):
+    browser.log_in()
+    leaf, heading = browser.link("Web Sessions"), browser.one("#related-links h4")
+    assert leaf.is_displayed() and heading.get_attribute("aria-expanded") == "true"
+    heading.click()
+    assert not leaf.is_displayed() and heading.get_attribute("aria-expanded") == "false"
+    assert browser.one("#icon0").get_attribute("src").endswith("icon-expand.png")
+
+    # Remembered from page to page.
+    browser.open()
+    assert not browser.one("#branch0 a").is_displayed()
+    browser.one("#related-links h4").send_keys(Keys.ENTER)
+    assert browser.link("Web Sessions").is_displayed()
+    # The branch that holds only hidden pages has no heading.
+    assert [h.text for h in browser.all("#related-links h4") if h.is_displayed()] == ["Status"]
+
+
+def test_narrow_screen(browser):
+    browser.driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {
+        "width": 320, "height": 640, "deviceScaleFactor": 2, "mobile": True})
+    browser.log_in()
+    for query in ("", "?form=sessions"):
+        browser.open(query)
+        widths = browser.driver.execute_script(
+            "return [window.innerWidth, document.documentElement.scrollWidth]")
+        assert widths == [320, 320], query
+    assert not browser.one("#branch0 a").is_displayed()
+    browser.one("#menu-button").click()
+    assert browser.link("Web Sessions").is_displayed()

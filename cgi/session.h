@@ -28,7 +28,9 @@ class Session {
     /// The session that the request's cookies name, if any; clears expired sessions and refreshes
     /// this one when it refreshes itself.
     Session();
-    /// The session of that id ("" for none); clears expired sessions when clearOld.
+    /// The session of that id ("" for none). With clearOld it is this request's own, as above;
+    /// without, it is somebody's that is only kept in order: it keeps its address lines, and when
+    /// its login is not finished its helper is only looked for.
     Session(const std::string &id, bool clearOld);
     /// A new login: starts the helper and sends it both texts. Not valid when that failed.
     Session(const std::string &username, const std::string &password, int lifetimeMinutes,
@@ -52,7 +54,9 @@ class Session {
     bool setReply(const std::string &text);
     /// One more round with the helper; false when it failed.
     bool continueSession();
-    /// Puts the cookie line on the response.
+    /// The response's header line that hands the id to the browser.
+    std::string cookieLine() const;
+    /// Puts the cookie line on the response, when there is an id.
     void setSessionCookie(Cgi &cgi) const;
     /// Removes the session's file, ends its helper, and makes it invalid.
     void deleteSession();
@@ -60,12 +64,13 @@ class Session {
     /// Session ids in the request's cookies, in the order they were sent.
     static std::vector<std::string> getSessionCookies();
     /// Loads every stored session once: expired ones are deleted, those that refresh themselves
-    /// get a new expiry, whoever they belong to.
-    static void clearOldSessions();
+    /// get a new expiry, whoever they belong to. The one called `except` is left alone.
+    static void clearOldSessions(const std::string &except = "");
 
   private:
     bool loadSession(const std::vector<std::string> &ids);
-    bool saveSession() const;
+    bool saveSession();
+    /// Extends and saves a valid session that refreshes itself; a failed login is not kept alive.
     void refresh();
     bool initNewSession(const std::string &password);
     bool processMessages(int socket);
@@ -81,6 +86,10 @@ class Session {
     std::int32_t authState_ = state_new;
     std::string prompt_;
     std::string reply_;
+    bool own_ = true;               ///< this request's: its address is written with the session
+    std::string sourceIp_;          ///< as stored
+    std::string sourcePort_;        ///< as stored
+    std::int64_t sessionStart_ = 0; ///< seconds since the epoch, 0 until stored
 };
 
 } // namespace zandorin

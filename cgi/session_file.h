@@ -31,13 +31,27 @@ std::string sessionPath(std::string_view id);
 /// Ids of all stored sessions, sorted; empty when the folder cannot be read.
 std::vector<std::string> listSessionIds();
 
-/// Reads a session file as it stands, without judging or refreshing it; none when there is none.
-/// Lines of fewer than two words and unknown keys are skipped, what is missing keeps its default.
+/// True when a user of this name can hold a session: stored, the name reads back as itself (it is
+/// not empty, and holds no blank, "=" or control character), and it does not begin with "(", as
+/// what stands in the place of an unusable name does.
+bool isSessionUsername(std::string_view name);
+
+/// Reads a session file as it stands, without judging or refreshing it. Lines of fewer than two
+/// words and unknown keys are skipped, what is missing keeps its default; a number out of range is
+/// the nearest one in range. None when there is no such file, and when it is torn: without a user
+/// name, an expiry or a state it is no session.
 std::optional<SessionRecord> readSessionRecord(std::string_view id);
 
 /// Replaces the session's file; the folder is made when it is missing (0700, the file 0600). False
 /// when it could not be written, for what is no id, or when a text of the record holds a control
 /// character: nothing may smuggle in a line.
 bool writeSessionRecord(std::string_view id, const SessionRecord &record);
+
+/// The same for a session that is stored already: false, with nothing written, when its file has
+/// gone. A session that another request ends meanwhile stays ended.
+bool updateSessionRecord(std::string_view id, const SessionRecord &record);
+
+/// Removes the session's file, if there is one.
+void removeSessionRecord(std::string_view id);
 
 } // namespace zandorin

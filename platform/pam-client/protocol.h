@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include <sys/un.h>
+
 namespace zandorin::auth {
 
 /// Messages between a web session and its authentication helper, over a local stream socket: one
@@ -28,6 +30,12 @@ constexpr std::size_t max_text = 64 * 1024;
 
 /// Where the helper with this process id listens, on this machine: /var/run/auth-<pid>.
 std::string socketPath(int pid);
+/// The same as a socket address; false when the path is too long for one.
+bool fillAddress(int pid, sockaddr_un &address);
+
+/// The file of a session, on this machine: /var/run/.sessions/session-<id>. The helper ends when
+/// it has gone. `id` is not judged here.
+std::string sessionFilePath(std::string_view id);
 
 /// Writes the type alone. False when it was not taken whole before the socket's time-out.
 bool sendMessage(int socket, Message type);

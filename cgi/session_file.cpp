@@ -1,0 +1,181 @@
+#include "cgi/session_file.h"
+
+#include "platform/pam-client/protocol.h"
+#include "util/fd.h"
+#include "util/files.h"
+#include "util/strings.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <limits>
+#include <memory>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace zandorin {
+
+namespace {
+
+constexpr std::string_view file_prefix = "session-";
+constexpr std::size_t file_limit = std::size_t{64} * 1024;
+
+std::string sessionFolder() {
+    const std::string path = auth::sessionFilePath("");
+    return path.substr(0, path.rfind('/'));
+}
+
+/// Takes the next run of characters that are none of the delimiters off `text`, as strtok does.
+std::string_view takeWord(std::string_view &text) {
+    constexpr std::string_view delimiters = "= ";
+    text.remove_prefix(std::min(text.find_first_not_of(delimiters), text.size()));
+    const std::string_view word = text.substr(0, text.find_first_of(delimiters));
+    text.remove_prefix(word.size());
+    return word;
+}
+
+/// atoi, but a number out of range is the nearest one in range.
+template <typename Number> Number toNumber(std::string_view word) {
+    const long long number = std::strtoll(std::string(word).c_str(), nullptr, 10);
+    return static_cast<Number>(std::clamp<long long>(number, std::numeric_limits<Number>::min(),
+                                                     std::numeric_limits<Number>::max()));
+}
+
+std::string format(const SessionRecord &record) {
+    std::string text;
+    const auto line = [&text](const char *key, const std::string &value) {
+        ((text += key) += " = ") += value;
+        text += '\n';
+    };
+    line("username", record.username);
+    line("expiry_time", std::to_string(record.expiryTime));
+    line("auth_pid", std::to_string(record.authPid));
+    line("auth_state", std::to_string(record.authState));
+    line("session_len", std::to_string(record.sessionLength));
+    line("autorefresh", record.autorefresh ? "true" : "false");
+    line("src_ip", record.sourceIp);
+    line("src_port", record.sourcePort);
+    line("session_start", std::to_string(record.sessionStart));
+    return text;
+}
+
+/// Held while a session is removed or written over, so that neither happens in the middle of the
+/// other; let go of with the descriptor.
+UniqueFd lockFolder() {
+    UniqueFd folder(::open(sessionFolder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder)
+        ::flock(folder.get(), LOCK_EX);
+    return folder;
+}
+
+} // namespace
+
+bool isSessionId(std::string_view id) {
+    return !id.empty() && std::all_of(id.begin(), id.end(), [](char c) {
+        return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+               c == '-' || c == '_';
+    });
+}
+
+std::string sessionPath(std::string_view id) {
+    return isSessionId(id) ? auth::sessionFilePath(id) : std::string();
+}
+
+std::vector<std::string> listSessionIds() {
+    std::vector<std::string> ids;
+    const std::unique_ptr<DIR, int (*)(DIR *)> folder(::opendir(sessionFolder().c_str()),
+                                                      ::closedir);
+    if (!folder)
+        return ids;
+    while (const dirent *entry = ::readdir(folder.get())) {
+        std::string_view name = entry->d_name;
+        if (name.substr(0, file_prefix.size()) != file_prefix)
+            continue;
+        name.remove_prefix(file_prefix.size());
+        if (isSessionId(name))
+            ids.emplace_back(name);
+    }
+    std::sort(ids.begin(), ids.end());
+    return ids;
+}
+
+bool isSessionUsername(std::string_view name) {
+    return !name.empty() && name.front() != '(' &&
+           name.find_first_of("= ") == std::string_view::npos && !hasControlCharacter(name);
+}
+
+std::optional<SessionRecord> readSessionRecord(std::string_view id) {
+    const std::string path = sessionPath(id);
+    if (path.empty())
+        return std::nullopt;
+    const auto contents = readFile(path, file_limit);
+    if (!contents)
+        return std::nullopt;
+
+    SessionRecord record;
+    bool hasExpiry = false;
+    bool hasState = false;
+    std::string_view rest = *contents;
+    while (!rest.empty()) {
+        std::string_view line = rest.substr(0, rest.find('\n'));
+        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+        const std::string_view key = takeWord(line);
+        const std::string_view value = takeWord(line);
+        if (value.empty())
+            continue;
+        if (key == "username") {
+            record.username = value;
+        } else if (key == "expiry_time") {
+            record.expiryTime = toNumber<std::int32_t>(value);
+            hasExpiry = true;
+        } else if (key == "auth_pid") {
+            record.authPid = toNumber<std::int32_t>(value);
+        } else if (key == "auth_state") {
+            record.authState = toNumber<std::int32_t>(value);
+            hasState = true;
+        } else if (key == "session_len") {
+            record.sessionLength = toNumber<std::int32_t>(value);
+        } else if (key == "autorefresh") {
+            record.autorefresh = value == "true";
+        } else if (key == "src_ip") {
+            record.sourceIp = value;
+        } else if (key == "src_port") {
+            record.sourcePort = value;
+        } else if (key == "session_start") {
+            record.sessionStart = toNumber<std::int64_t>(value);
+        }
+    }
+    if (record.username.empty() || !hasExpiry || !hasState)
+        return std::nullopt;
+    return record;
+}
+
+bool writeSessionRecord(std::string_view id, const SessionRecord &record) {
+    const std::string path = sessionPath(id);
+    if (path.empty() || hasControlCharacter(record.username) ||
+        hasControlCharacter(record.sourceIp) || hasControlCharacter(record.sourcePort))
+        return false;
+    const std::string text = format(record);
+    if (replaceFile(path, text, 0600, Durable::no))
+        return true;
+    return errno == ENOENT && ::mkdir(sessionFolder().c_str(), 0700) == 0 &&
+           replaceFile(path, text, 0600, Durable::no);
+}
+
+bool updateSessionRecord(std::string_view id, const SessionRecord &record) {
+    const UniqueFd lock = lockFolder();
+    return lock && ::access(sessionPath(id).c_str(), F_OK) == 0 && writeSessionRecord(id, record);
+}
+
+void removeSessionRecord(std::string_view id) {
+    if (!isSessionId(id))
+        return;
+    const UniqueFd lock = lockFolder();
+    ::unlink(sessionPath(id).c_str());
+}
+
+} // namespace zandorin

@@ -1,0 +1,13 @@
+#pragma once
+
+namespace zandorin {
+
+class Engine;
+
+/// Logs a user in when this request, which has no valid session, posts the login form: starts a
+/// session with the posted name and password and makes it the engine's; one that was made gets its
+/// cookie on the response. Whether the login succeeded is for the session to say. Any other request
+/// is left alone. Takes as long as the authentication helper does, at most 30 seconds of silence.
+void loginHandlePost(Engine &engine);
+
+} // namespace zandorin

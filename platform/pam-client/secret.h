@@ -1,0 +1,47 @@
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include <string.h>
+
+namespace zandorin::auth {
+
+/// A text that is wiped from memory when it is no longer needed.
+class Secret {
+  public:
+    Secret() = default;
+    /// Takes the text over and wipes it where it was.
+    explicit Secret(std::string &&text) {
+        // On the heap even when short: what is kept in the object is copied when that is moved.
+        text_.reserve(std::max(text.size(), least_capacity));
+        text_ = text;
+        wipe(text);
+    }
+    Secret(Secret &&other) noexcept { swap(other); }
+    Secret &operator=(Secret &&other) noexcept {
+        swap(other);
+        other.clear();
+        return *this;
+    }
+    Secret(const Secret &) = delete;
+    Secret &operator=(const Secret &) = delete;
+    ~Secret() { clear(); }
+
+    const std::string &text() const { return text_; }
+    void clear() { wipe(text_); }
+
+  private:
+    static constexpr std::size_t least_capacity = 64;
+
+    static void wipe(std::string &text) {
+        ::explicit_bzero(text.data(), text.size());
+        text.clear();
+    }
+    void swap(Secret &other) { text_.swap(other.text_); }
+
+    std::string text_;
+};
+
+} // namespace zandorin::auth

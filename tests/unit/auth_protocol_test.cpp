@@ -1,0 +1,92 @@
+#include "platform/pam-client/protocol.h"
+#include "tests/support/auth_messages.h"
+#include "util/fd.h"
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace zandorin::auth {
+namespace {
+
+using test::bytes;
+
+class AuthProtocol : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        int ends[2];
+        ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+        here_.reset(ends[0]);
+        peer_.reset(ends[1]);
+        ASSERT_TRUE(setTimeout(here_.get(), 1));
+    }
+
+    /// Everything the peer has received once this end is closed.
+    std::string received() {
+        here_.reset();
+        std::string all;
+        char part[4096];
+        for (ssize_t got = 0; (got = ::read(peer_.get(), part, sizeof part)) > 0;)
+            all.append(part, static_cast<std::size_t>(got));
+        return all;
+    }
+
+    UniqueFd here_;
+    UniqueFd peer_;
+};
+
+TEST_F(AuthProtocol, WritesTypeLengthAndText) {
+    EXPECT_TRUE(sendMessage(here_.get(), Message::username, "root"));
+    EXPECT_TRUE(sendMessage(here_.get(), Message::reply, ""));
+    EXPECT_TRUE(sendMessage(here_.get(), Message::end));
+    EXPECT_FALSE(sendMessage(here_.get(), Message::reply, std::string(max_text + 1, 'x')));
+    EXPECT_EQ(received(),
+              bytes(Message::username, "root") + bytes(Message::reply, "") + bytes(Message::end));
+}
+
+TEST_F(AuthProtocol, WritingToAPeerThatHasGoneFails) {
+    peer_.reset();
+    EXPECT_FALSE(sendMessage(here_.get(), Message::username, "root"));
+}
+
+TEST_F(AuthProtocol, WritingToAPeerThatDoesNotReadTimesOut) {
+    bool sent = true;
+    for (int i = 0; sent && i < 100; ++i)
+        sent = sendMessage(here_.get(), Message::reply, std::string(max_text, 'x'));
+    EXPECT_FALSE(sent);
+}
+
+TEST_F(AuthProtocol, ReadsTextsAndRefusesTornOrOversizedOnes) {
+    const std::string longest(max_text, 'x');
+    const std::string zero("a\0b", 3);
+    const struct {
+        const char *name;
+        std::string sent;
+        bool closes;
+        std::optional<std::string> text;
+    } rows[] = {
+        {"text", bytes(Message::challenge, "Code: "), true, "Code: "},
+        {"empty", bytes(Message::challenge, ""), true, ""},
+        {"zero byte", bytes(Message::challenge, zero), true, zero},
+        {"no length", bytes(Message::challenge), true, std::nullopt},
+        {"half a length", bytes(Message::challenge, "abc").substr(0, 3), true, std::nullopt},
+        {"torn text", bytes(Message::challenge, "abc", 4), true, std::nullopt},
+        {"too long by one", bytes(Message::challenge, longest + "x"), true, std::nullopt},
+        {"2 GB announced", bytes(Message::challenge, "abc", 0x7fffffff), false, std::nullopt},
+        {"4 GB announced", bytes(Message::challenge, "abc", 0xffffffff), false, std::nullopt},
+        {"goes silent", bytes(Message::challenge, "abc", 4), false, std::nullopt},
+    };
+    for (const auto &row : rows) {
+        SetUp();
+        ASSERT_EQ(::send(peer_.get(), row.sent.data(), row.sent.size(), 0),
+                  static_cast<ssize_t>(row.sent.size()));
+        if (row.closes)
+            peer_.reset();
+        EXPECT_EQ(readType(here_.get()), static_cast<std::uint8_t>(Message::challenge)) << row.name;
+        EXPECT_EQ(readText(here_.get()), row.text) << row.name;
+    }
+    EXPECT_EQ(readType(here_.get()), std::nullopt) << "silent peer";
+}
+
+} // namespace
+} // namespace zandorin::auth

@@ -137,8 +137,9 @@ void showCredentials(Cgi &cgi) {
     form.hiddenInput("action", "login_userpass");
     ui::Table table(cgi);
     table.open();
-    table.unsafeTextInputRow("Username",
-                             {.name = "username", .value = cgi.getVarString("username").raw});
+    table.textInputRow(
+        "Username",
+        {.name = "username", .value = cgi.getVarString("username").raw, .unsafe = true});
     table.textInputRow("Password/Passcode", {.name = "password", .type = "password"});
     table.applyButtonRow("Submit");
     table.close();

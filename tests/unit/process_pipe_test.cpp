@@ -1,0 +1,73 @@
+#include "util/process_pipe.h"
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace zandorin {
+namespace {
+
+std::string rest(std::istream &stream) {
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+TEST(ProcessPipe, ReadsOutputAndStatus) {
+    const struct {
+        const char *command;
+        std::string output;
+        bool success;
+        const char *status;
+    } rows[] = {
+        {"echo a; echo b", "a\nb\n", true, "exit 0"},
+        {"cat; exit 3", "", false, "exit 3"},
+        {"kill -TERM $$", "", false, "Terminated"},
+        {"head -c 1000 /dev/zero | tr '\\0' x", std::string(1000, 'x'), true, "exit 0"},
+        {"/no/such/program 2>/dev/null", "", false, "exit 127"},
+    };
+    for (const auto &row : rows) {
+        ipipestream pipe(row.command, 5000);
+        EXPECT_EQ(rest(pipe), row.output) << row.command;
+        EXPECT_EQ(pipe.success(), row.success) << row.command;
+        EXPECT_EQ(pipe.status_string(), row.status) << row.command;
+        EXPECT_TRUE(pipe.wait(0)) << "a second wait knows the status";
+    }
+}
+
+TEST(ProcessPipe, ASilentCommandEndsTheStreamNotTheRequest) {
+    const auto start = std::chrono::steady_clock::now();
+    ipipestream pipe("echo first; exec sleep 30", 200);
+    EXPECT_EQ(rest(pipe), "first\n");
+    errno = 0;
+    EXPECT_FALSE(pipe.wait(0));
+    EXPECT_EQ(errno, EAGAIN);
+    EXPECT_EQ(pipe.status_string(50), "incomplete");
+    EXPECT_EQ(pipe.kill(SIGKILL), 0);
+    EXPECT_EQ(pipe.status_string(5000), "Killed");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+    errno = 0;
+    EXPECT_EQ(pipe.kill(SIGTERM), -1);
+    EXPECT_EQ(errno, ENOENT);
+}
+
+TEST(ProcessPipe, FourBytesCanBePutBackAfterARefill) {
+    ipipestream pipe("head -c 128 /dev/zero | tr '\\0' a; sleep 0.2; printf bcd", 5000);
+    std::string text(129, ' ');
+    pipe.read(text.data(), 129);
+    EXPECT_EQ(text.back(), 'b');
+    for (int i = 0; i < 5; ++i)
+        pipe.unget();
+    EXPECT_TRUE(pipe.good());
+    EXPECT_EQ(rest(pipe), "aaaabcd");
+}
+
+TEST(ProcessPipe, BufferWithoutDescriptorIsAtItsEnd) {
+    timeout_buf buffer(-1, 16);
+    EXPECT_TRUE(buffer.closed());
+    EXPECT_EQ(buffer.sgetc(), std::char_traits<char>::eof());
+}
+
+} // namespace
+} // namespace zandorin

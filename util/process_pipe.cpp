@@ -179,12 +179,12 @@ bool ipipestream::wait(int timeoutMs) {
             return reaped(answer);
         if (::gettimeofday(&now, nullptr) != 0)
             return false;
-        const long long left = deadline - microseconds(now);
-        if (left <= 0) {
+        const long long remaining = deadline - microseconds(now);
+        if (remaining <= 0) {
             errno = EAGAIN;
             return false;
         }
-        if (!block.waitFor(left))
+        if (!block.waitFor(remaining))
             return false;
     }
 }

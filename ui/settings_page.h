@@ -1,0 +1,74 @@
+#pragma once
+
+#include <span>
+#include <string>
+
+namespace zandorin {
+class Engine;
+}
+
+// A settings page as a table of rows, from which both callbacks of its formlet follow:
+//
+//     constexpr ui::Setting server[] = {
+//         {.label = "Server", .key = "config.system.smtp.server", .type = "address"},
+//     };
+//     constexpr ui::Section sections[] = {{"Mail server", server}};
+//     const AutoRegisterFormlet registration("smtp", ui::defineSettings<sections>,
+//                                            ui::renderSettings<sections>);
+//
+// All of it is constant data: a page costs a request for another one nothing.
+
+namespace zandorin::ui {
+
+/// How a value is typed in.
+enum class Input {
+    text,
+    password,
+    confirmation, ///< of a password: compared by the form's validator, never saved
+    textArea,
+    unsafeText,     ///< the stored value is shown beside; empty keeps it, a box deletes it
+    unsafeTextArea, ///< the same in an area
+    check,          ///< stored as "on", deleted when unchecked
+    menu,
+    radio,
+    custom, ///< markup of the page's own; declares no element
+};
+
+struct Choice {
+    const char *value;
+    const char *label;
+};
+
+/// One row.
+struct Setting {
+    const char *label;
+    /// Configuration key and field name. Of a confirmation: the field's name alone.
+    const char *key = "";
+    const char *type = "text"; ///< element type
+    Input input = Input::text;
+    std::span<const Choice> choices = {};            ///< of a menu or radio buttons
+    const char *help = "";                           ///< markup under the input
+    int maxlength = 0;                               ///< bytes; below 1: 255 and no attribute
+    const char *confirms = nullptr;                  ///< of a confirmation: the password's key
+    std::string (*custom)(Engine &engine) = nullptr; ///< of a custom row: its markup
+};
+
+struct Section {
+    const char *title;
+    std::span<const Setting> settings;
+};
+
+/// Declares the elements of every section's settings.
+void defineSettings(Engine &engine, std::span<const Section> sections);
+
+/// Writes the form: a titled group of rows for each section, and an apply button.
+void renderSettings(Engine &engine, std::span<const Section> sections);
+
+template <const auto &sections> void defineSettings(Engine &engine) {
+    defineSettings(engine, sections);
+}
+template <const auto &sections> void renderSettings(Engine &engine) {
+    renderSettings(engine, sections);
+}
+
+} // namespace zandorin::ui

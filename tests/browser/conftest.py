@@ -85,7 +85,7 @@ class Browser:
 
     def complaints(self):
         """What the browser refused or missed on the pages so far: files, policies, scripts."""
-        return [entry["message"] for entry in self.driver.get_log("browser")]
+        return [entry["message"] for entry in self.driver.get_log("browser") if entry["level"] == "SEVERE"]
 
 
 def is_gone(element):

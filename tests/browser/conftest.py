@@ -74,7 +74,13 @@ class Browser:
     def text(self):
         return self.one("main").text
 
-    def log_in(self, name="root", password="kestrel"):
+    def log_in(self):
+        """Ends on the page that the console opens with."""
+        self.submit_login("root", "kestrel")
+        WebDriverWait(self.driver, PAGE_SECONDS).until(
+            lambda driver: driver.find_elements(By.CLASS_NAME, "welcome"))
+
+    def submit_login(self, name, password):
         self.open()
         self.one("input[name=username]").send_keys(name)
         self.one("input[name=password]").send_keys(password)

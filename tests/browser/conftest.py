@@ -10,6 +10,7 @@ import pytest
 from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
+from selenium.webdriver.common.utils import is_connectable
 from selenium.webdriver.support.ui import WebDriverWait
 
 PROJECT = Path(__file__).resolve().parents[2]
@@ -94,6 +95,17 @@ class Browser:
         return [entry["message"] for entry in self.driver.get_log("browser") if entry["level"] == "SEVERE"]
 
 
+class Driver(Service):
+    """chromedriver by its address: a bare Debian has no /etc/hosts that knows "localhost"."""
+
+    @property
+    def service_url(self):
+        return f"http://127.0.0.1:{self.port}"
+
+    def is_connectable(self):
+        return is_connectable(self.port, "127.0.0.1")
+
+
 def is_gone(element):
     try:
         element.is_enabled()
@@ -107,11 +119,12 @@ def browser(appliance, tmp_path):
     options = webdriver.ChromeOptions()
     options.binary_location = "/usr/bin/chromium"
     options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
-    for flag in ("headless=new", "no-sandbox", "disable-gpu", "disable-quic", "no-first-run",
+    # A pipe, for the same reason as above.
+    for flag in ("headless=new", "remote-debugging-pipe", "no-sandbox", "disable-gpu", "disable-quic", "no-first-run",
                  "disable-background-networking", "disable-component-update", "disable-sync",
                  "disable-dev-shm-usage", "window-size=1280,900", f"user-data-dir={tmp_path / 'profile'}"):
         options.add_argument("--" + flag)
-    driver = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
+    driver = webdriver.Chrome(service=Driver("/usr/bin/chromedriver"), options=options)
     driver.set_page_load_timeout(PAGE_SECONDS)
     try:
         yield Browser(driver, appliance)

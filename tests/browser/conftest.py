@@ -10,6 +10,7 @@ import pytest
 from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
+from selenium.webdriver.common.utils import is_connectable
 from selenium.webdriver.support.ui import WebDriverWait
 
 PROJECT = Path(__file__).resolve().parents[2]
@@ -74,7 +75,13 @@ class Browser:
     def text(self):
         return self.one("main").text
 
-    def log_in(self, name="root", password="kestrel"):
+    def log_in(self):
+        """Ends on the page that the console opens with."""
+        self.submit_login("root", "kestrel")
+        WebDriverWait(self.driver, PAGE_SECONDS).until(
+            lambda driver: driver.find_elements(By.CLASS_NAME, "welcome"))
+
+    def submit_login(self, name, password):
         self.open()
         self.one("input[name=username]").send_keys(name)
         self.one("input[name=password]").send_keys(password)
@@ -85,7 +92,18 @@ class Browser:
 
     def complaints(self):
         """What the browser refused or missed on the pages so far: files, policies, scripts."""
-        return [entry["message"] for entry in self.driver.get_log("browser")]
+        return [entry["message"] for entry in self.driver.get_log("browser") if entry["level"] == "SEVERE"]
+
+
+class Driver(Service):
+    """chromedriver by its address: a bare Debian has no /etc/hosts that knows "localhost"."""
+
+    @property
+    def service_url(self):
+        return f"http://127.0.0.1:{self.port}"
+
+    def is_connectable(self):
+        return is_connectable(self.port, "127.0.0.1")
 
 
 def is_gone(element):
@@ -101,11 +119,12 @@ def browser(appliance, tmp_path):
     options = webdriver.ChromeOptions()
     options.binary_location = "/usr/bin/chromium"
     options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
-    for flag in ("headless=new", "no-sandbox", "disable-gpu", "disable-quic", "no-first-run",
+    # A pipe, for the same reason as above.
+    for flag in ("headless=new", "remote-debugging-pipe", "no-sandbox", "disable-gpu", "disable-quic", "no-first-run",
                  "disable-background-networking", "disable-component-update", "disable-sync",
                  "disable-dev-shm-usage", "window-size=1280,900", f"user-data-dir={tmp_path / 'profile'}"):
         options.add_argument("--" + flag)
-    driver = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
+    driver = webdriver.Chrome(service=Driver("/usr/bin/chromedriver"), options=options)
     driver.set_page_load_timeout(PAGE_SECONDS)
     try:
         yield Browser(driver, appliance)

@@ -7,7 +7,7 @@ def logged_out(browser):
 
 
 def test_wrong_password(browser):
-    browser.log_in(password="merlin")
+    browser.submit_login("root", "merlin")
     assert "Invalid login credentials. Please try again" in browser.one(".error-message").text
     assert logged_out(browser)
 
@@ -17,7 +17,6 @@ def test_a_visit(browser):
     assert logged_out(browser)
 
     browser.log_in()
-    browser.one("#mark").click()
     assert browser.one("h1").text.endswith("Welcome")
     assert "factory state" in browser.text()
 

@@ -43,8 +43,12 @@ bool syncFolder(const std::string &folder) {
 
 std::optional<std::string> readFile(const std::string &path, std::size_t limit) {
     const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    return fd ? readFile(fd.get(), limit) : std::nullopt;
+}
+
+std::optional<std::string> readFile(int fd, std::size_t limit) {
     struct stat status = {};
-    if (!fd || ::fstat(fd.get(), &status) != 0)
+    if (::fstat(fd, &status) != 0)
         return std::nullopt;
     const std::size_t announced =
         status.st_size > 0 ? static_cast<std::size_t>(status.st_size) : 4095;
@@ -52,7 +56,7 @@ std::optional<std::string> readFile(const std::string &path, std::size_t limit) 
     std::string contents(std::min(announced, limit) + 1, '\0');
     std::size_t filled = 0;
     for (;;) {
-        const ssize_t got = ::read(fd.get(), contents.data() + filled, contents.size() - filled);
+        const ssize_t got = ::read(fd, contents.data() + filled, contents.size() - filled);
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0)
@@ -88,6 +92,25 @@ bool replaceFile(const std::string &path, std::string_view contents, mode_t mode
         return false;
     }
     return durable == Durable::no || syncFolder(folder);
+}
+
+bool moveFile(const std::string &from, const std::string &to) {
+    if (::rename(from.c_str(), to.c_str()) != 0)
+        return false;
+    const bool arrived = syncFolder(folderOf(to));
+    return syncFolder(folderOf(from)) && arrived;
+}
+
+bool removeFile(const std::string &path) {
+    if (::unlink(path.c_str()) != 0)
+        return errno == ENOENT;
+    return syncFolder(folderOf(path));
+}
+
+bool makeFolder(const std::string &path, mode_t mode) {
+    if (::mkdir(path.c_str(), mode) != 0)
+        return errno == EEXIST;
+    return ::chmod(path.c_str(), mode) == 0 && syncFolder(folderOf(path));
 }
 
 } // namespace zandorin

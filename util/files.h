@@ -13,6 +13,9 @@ namespace zandorin {
 std::optional<std::string> readFile(const std::string &path,
                                     std::size_t limit = std::size_t{64} * 1024 * 1024);
 
+/// The same for what is open as `fd`, from its position on.
+std::optional<std::string> readFile(int fd, std::size_t limit = std::size_t{64} * 1024 * 1024);
+
 /// Whether a new file must survive a power cut: no for what is gone with a reboot anyway.
 enum class Durable { no, yes };
 
@@ -24,5 +27,17 @@ enum class Durable { no, yes };
 /// tells why.
 bool replaceFile(const std::string &path, std::string_view contents, mode_t mode,
                  Durable durable = Durable::yes);
+
+/// Renames a file over `to`, on the same file system, and syncs both folders. False when anything
+/// failed; nothing has moved then, unless only a sync failed. errno tells why.
+bool moveFile(const std::string &from, const std::string &to);
+
+/// Removes a file and syncs its folder; one that is not there counts as removed. False when
+/// anything failed; errno tells why.
+bool removeFile(const std::string &path);
+
+/// Makes the last folder of `path` with these permissions, whatever the umask, and syncs the folder
+/// it lies in; one that is there stays as it is. False when anything failed; errno tells why.
+bool makeFolder(const std::string &path, mode_t mode);
 
 } // namespace zandorin

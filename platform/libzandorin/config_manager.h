@@ -44,8 +44,9 @@ class ConfigManager {
     /// then.
     bool read();
 
-    /// The value of `key`; "" when there is none. A key holds segments of letters, digits, "_",
-    /// "-" and "."; any other key has no value.
+    /// The value of `key`; "" when there is none. A key is "config" and up to 63 segments more,
+    /// joined by "."; a segment holds letters, digits, "_" and "-" and begins with a letter or "_".
+    /// Any other key has no value.
     std::string getElement(std::string_view key) const;
 
     /// True for "on", "true", "yes" and "1" in any letter case.
@@ -57,7 +58,7 @@ class ConfigManager {
     /// The names of the child elements of `key`, in file order, each once.
     std::vector<std::string> getSubElements(std::string_view key) const;
 
-    /// Sets a value. Throws utilities::Exception, changing nothing, when the key is no key of the
+    /// Sets a value; an empty one for a key that has none makes no element. Throws utilities::Exception, changing nothing, when the key is no key of the
     /// store or the value holds a control character that XML cannot hold (all but tab, line feed
     /// and carriage return).
     void setElement(std::string_view key, std::string_view value);
@@ -83,7 +84,8 @@ class ConfigManager {
     /// was.
     bool write();
 
-    /// True when the committed file's "config.delayed" is true.
+    /// True when the committed file's "config.delayed" was true when it was last loaded. What turns
+    /// the mode on is itself saved at once; the mode holds from the next read() or write() on.
     bool getDelayedConfigMode() const;
 
     /// True when login passwords are kept in clear: "config.system.password" holds something that

@@ -41,7 +41,8 @@ struct XmlDocument {
 };
 
 /// Parses a whole document, strictly: none when it is not well-formed, is nested deeper than 64
-/// elements, or declares entities of its own. `error`, when given, then receives "line N: reason".
+/// elements, or has a document type with declarations of its own or elsewhere. `error`, when given,
+/// then receives "line N: reason".
 std::optional<XmlDocument> parseXml(std::string_view bytes, std::string *error = nullptr);
 
 /// The document as UTF-8 bytes with an XML declaration. White space between elements is laid out

@@ -1,0 +1,188 @@
+#include "platform/libzandorin/config_store.h"
+
+#include "platform/libzandorin/config_text.h"
+#include "platform/libzandorin/config_tree.h"
+#include "util/files.h"
+#include "util/log.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include <unistd.h>
+
+namespace zandorin {
+
+using namespace platform;
+
+namespace {
+
+bool isDelayedOn(const XmlNode &root) {
+    const XmlNode *flag = findElement(root, "config.delayed");
+    return flag != nullptr && isTrue(flag->text());
+}
+
+void apply(XmlNode &root, const std::vector<ConfigEdit> &edits) {
+    for (const ConfigEdit &edit : edits) {
+        if (edit.text)
+            setElementText(root, edit.key, utf8FromLatin1(*edit.text));
+        else
+            removeElement(root, edit.key);
+    }
+}
+
+/// True also when it cannot be told, so that opening the file tells why.
+bool isThere(const std::string &path) {
+    return ::access(path.c_str(), F_OK) == 0 || errno != ENOENT;
+}
+
+/// Answers `done`, with a log record when it is false.
+bool logged(bool done, const char *what, const std::string &path) {
+    if (!done)
+        logRecord(Priority::error, "Failed to %s: %s: %s", what, path.c_str(),
+                  std::strerror(errno));
+    return done;
+}
+
+} // namespace
+
+ConfigManager::Store::Store(std::string path)
+    : committed_(std::move(path)), folder_(committed_.substr(0, committed_.rfind('/'))),
+      area_(folder_ + "/delayed"), delayed_(area_ + "/config.xml"),
+      queue_(area_ + "/configurators"), lock_(folder_ + "/.config.lock") {}
+
+std::optional<ConfigManager::Store::State> ConfigManager::Store::load() const {
+    // Readers take no lock. A commit between the two files makes the first one stale: start again.
+    for (int attempt = 0; attempt < 10; ++attempt) {
+        auto committed = loadConfigFile(committed_);
+        if (!committed)
+            return std::nullopt;
+        const bool delayedMode = isDelayedOn(committed->document.root);
+        State state{std::move(committed->document), delayedMode, std::move(committed->stamp), {}};
+        if (!delayedMode)
+            return state;
+        if (isThere(delayed_)) {
+            auto delayed = loadConfigFile(delayed_);
+            if (delayed) {
+                state.document = std::move(delayed->document);
+                state.delayed = std::move(delayed->stamp);
+                return state;
+            }
+            if (errno != ENOENT)
+                return std::nullopt;
+        } else if (state.committed.holds(committed_)) {
+            return state;
+        }
+    }
+    logRecord(Priority::error, "The configuration does not come to rest: %s", committed_.c_str());
+    return std::nullopt;
+}
+
+bool ConfigManager::Store::isCurrent(const State &state) const {
+    if (!state.committed.holds(committed_))
+        return false;
+    if (!state.delayedMode)
+        return true;
+    return state.delayed ? state.delayed->holds(delayed_) : !isThere(delayed_);
+}
+
+bool ConfigManager::Store::read() {
+    changes.clear();
+    state_ = load();
+    return state_.has_value();
+}
+
+bool ConfigManager::Store::write() {
+    if (!state_)
+        return false;
+    const UniqueFd lock = lockStore(lock_);
+    if (!lock)
+        return false;
+    // The edits are this request's own, told against what it has seen; they go into what stands
+    // in the file by now. What was read is kept until the new file stands.
+    const std::vector<ConfigEdit> edits = changes.edits(state_->document.root);
+    std::optional<State> fresh;
+    if (!isCurrent(*state_)) {
+        fresh = load();
+        if (!fresh)
+            return false;
+    }
+    XmlDocument document = fresh ? std::move(fresh->document) : state_->document;
+    apply(document.root, edits);
+    const bool delayedMode = (fresh ? *fresh : *state_).delayedMode;
+    if (delayedMode ? !saveDelayed(document, !edits.empty())
+                    : !edits.empty() && !saveCommitted(document))
+        return false;
+
+    if (fresh)
+        state_ = std::move(fresh);
+    state_->document = std::move(document);
+    changes.clear();
+    if (delayedMode)
+        state_->delayed = FileStamp::take(delayed_);
+    else if (isDelayedOn(state_->document.root))
+        state_->committed = FileStamp(); // the next write is a delayed one and must load again
+    else
+        state_->committed = FileStamp::take(committed_).value_or(FileStamp());
+    return true;
+}
+
+bool ConfigManager::Store::saveCommitted(const XmlDocument &document) {
+    // A delayed file left over from earlier would come to life with the mode.
+    if (isDelayedOn(document.root) && !logged(removeFile(delayed_), "remove", delayed_))
+        return false;
+    return saveConfigFile(committed_, document);
+}
+
+bool ConfigManager::Store::saveDelayed(const XmlDocument &document, bool hasEdits) {
+    if (!hasEdits && scheduled.empty())
+        return true;
+    std::vector<std::string> names = readQueue(queue_);
+    for (const std::string &name : scheduled)
+        addOnce(names, name);
+    // Every queued change has a name, or the user would not be told that something waits.
+    if (scheduled.empty())
+        addOnce(names, "config");
+    // The names come first: a crash in between leaves one too many, which does no harm.
+    if (!logged(makeFolder(area_, 0700), "make", area_) || !saveQueue(queue_, names) ||
+        (hasEdits && !saveConfigFile(delayed_, document)))
+        return false;
+    scheduled.clear();
+    return true;
+}
+
+bool ConfigManager::Store::doDelayedCommit() {
+    const UniqueFd lock = lockStore(lock_);
+    if (!lock)
+        return false;
+    // A delayed file that is damaged does not load, and so never becomes the committed one.
+    if (!state_ || !isCurrent(*state_))
+        state_ = load();
+    if (!state_)
+        return false;
+    if (!state_->delayedMode)
+        return true; // another request has committed and ended the mode
+    if (state_->delayed) {
+        if (!logged(moveFile(delayed_, committed_), "commit", delayed_))
+            return false;
+        state_->committed = std::move(*state_->delayed);
+        state_->delayed.reset();
+        state_->delayedMode = isDelayedOn(state_->document.root);
+    }
+    // The list goes last: after a crash before that, the next commit runs what it names.
+    for (const std::string &name : readQueue(queue_))
+        addOnce(scheduled, name);
+    logged(removeFile(queue_), "remove", queue_);
+    return true;
+}
+
+bool ConfigManager::Store::discardDelayedCommit() {
+    {
+        const UniqueFd lock = lockStore(lock_);
+        if (!lock || !logged(removeFile(delayed_), "remove", delayed_) ||
+            !logged(removeFile(queue_), "remove", queue_))
+            return false;
+    }
+    return read();
+}
+
+} // namespace zandorin

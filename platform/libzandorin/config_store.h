@@ -1,0 +1,55 @@
+#pragma once
+
+#include "platform/libzandorin/config_changes.h"
+#include "platform/libzandorin/config_file.h"
+#include "platform/libzandorin/config_manager.h"
+
+namespace zandorin {
+
+/// What stands behind a ConfigManager: its files, what was read from them, this request's changes
+/// and the configurators that wait. Operations are those of ConfigManager.
+/// docs/configuration-store.md tells how saving works and why no update is lost.
+class ConfigManager::Store {
+  public:
+    /// `path` is the committed file on this machine.
+    explicit Store(std::string path);
+
+    bool read();
+    bool write();
+    bool doDelayedCommit();
+    bool discardDelayedCommit();
+    std::vector<std::string> queuedConfigurators() const { return platform::readQueue(queue_); }
+
+    /// The root element of what was read, null before read() has succeeded.
+    const platform::XmlNode *base() const { return state_ ? &state_->document.root : nullptr; }
+    bool delayedMode() const { return state_ && state_->delayedMode; }
+    const std::string &folder() const { return folder_; }
+    const std::string &path() const { return committed_; }
+
+    platform::ConfigChanges changes;
+    std::vector<std::string> scheduled;
+    ConfigManagerListener *listener = nullptr;
+
+  private:
+    struct State {
+        platform::XmlDocument document;
+        bool delayedMode; // the committed file's
+        platform::FileStamp committed;
+        std::optional<platform::FileStamp> delayed; // none when there was no delayed file
+    };
+
+    std::optional<State> load() const;
+    bool isCurrent(const State &state) const;
+    bool saveDelayed(const platform::XmlDocument &document, bool hasEdits);
+    bool saveCommitted(const platform::XmlDocument &document);
+
+    std::string committed_;
+    std::string folder_;
+    std::string area_; // folder of the delayed files
+    std::string delayed_;
+    std::string queue_;
+    std::string lock_;
+    std::optional<State> state_;
+};
+
+} // namespace zandorin

@@ -1,0 +1,142 @@
+#include "platform/libzdsupport/process.h"
+
+#include "platform/libzdsupport/child.h"
+#include "util/fd.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace zandorin::platform {
+
+namespace {
+
+// The child reports to its starter through this descriptor: its process id, and after that the
+// errno of a failed execve. A successful one closes it.
+constexpr int report_fd = 3;
+
+std::vector<std::string> allowedEnvironment() {
+    std::vector<std::string> allowed;
+    for (const char *name : {"PATH", "TZ", "LANG", "ZANDORIN_ROOT", "LD_PRELOAD",
+                             "NSS_WRAPPER_PASSWD", "NSS_WRAPPER_GROUP"}) {
+        const char *value = std::getenv(name);
+        if (value != nullptr)
+            allowed.push_back(std::string(name) + "=" + value);
+    }
+    return allowed;
+}
+
+void report(int value) {
+    // The starter takes silence for a failure, so a failed write needs no answer.
+    [[maybe_unused]] const ssize_t written = ::write(report_fd, &value, sizeof value);
+}
+
+[[noreturn]] void giveUp() {
+    report(errno);
+    ::_exit(127);
+}
+
+void resetSignals() {
+    for (int number = 1; number < NSIG; ++number)
+        ::signal(number, SIG_DFL);
+    sigset_t none;
+    ::sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+/// In the child. Only system calls from here on.
+[[noreturn]] void becomeProgram(const char *const *arguments, char *const *environment) {
+    report(::getpid());
+    ::setsid();
+    resetSignals();
+    const int null = ::open("/dev/null", O_RDWR);
+    for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd)
+        if (null < 0 || ::dup2(null, fd) < 0)
+            giveUp();
+    ::closefrom(report_fd + 1);
+    if (::chdir("/") != 0)
+        giveUp();
+    ::execve(arguments[0], const_cast<char *const *>(arguments), environment);
+    giveUp();
+}
+
+[[noreturn]] void runChild(int pipe, Reaper reaper, const char *const *arguments,
+                           char *const *environment) {
+    if (pipe != report_fd && ::dup3(pipe, report_fd, O_CLOEXEC) < 0)
+        ::_exit(127);
+    if (reaper == Reaper::init) {
+        // Once the process between has ended, init is the program's parent.
+        const pid_t program = ::fork();
+        if (program < 0)
+            report(-errno);
+        if (program != 0)
+            ::_exit(0);
+    }
+    becomeProgram(arguments, environment);
+}
+
+bool readReport(int pipe, int &value) {
+    ssize_t got = 0;
+    do {
+        got = ::read(pipe, &value, sizeof value);
+    } while (got < 0 && errno == EINTR);
+    return got == static_cast<ssize_t>(sizeof value);
+}
+
+void reap(pid_t child) {
+    while (::waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+    }
+}
+
+} // namespace
+
+pid_t startProgram(const char *const *arguments, Reaper reaper) {
+    std::vector<std::string> variables = allowedEnvironment();
+    std::vector<char *> environment;
+    for (std::string &variable : variables)
+        environment.push_back(variable.data());
+    environment.push_back(nullptr);
+
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC) != 0)
+        return -1;
+    const UniqueFd reading(ends[0]);
+    UniqueFd writing(ends[1]);
+    const pid_t child = ::fork();
+    if (child < 0)
+        return -1;
+    if (child == 0)
+        runChild(writing.get(), reaper, arguments, environment.data());
+    writing.reset();
+
+    int program = 0;
+    int failure = 0;
+    if (!readReport(reading.get(), program))
+        failure = EIO;
+    else if (program < 0)
+        failure = -program;
+    else
+        readReport(reading.get(), failure);
+    if (reaper == Reaper::init || failure != 0)
+        reap(child);
+    if (failure == 0)
+        return program;
+    errno = failure;
+    return -1;
+}
+
+} // namespace zandorin::platform
+
+pid_t zandorin_proc_exec_nowait(const char *const *arguments) {
+    if (arguments == nullptr || arguments[0] == nullptr) {
+        errno = EINVAL;
+        return -1;
+    }
+    return zandorin::platform::startProgram(arguments, zandorin::platform::Reaper::init);
+}

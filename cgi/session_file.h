@@ -11,14 +11,14 @@ namespace zandorin {
 /// What a session file /var/run/.sessions/session-<id> holds, one "key = value" line each. A value
 /// read is its first word: no blank and no "=" stands in it.
 struct SessionRecord {
-    std::string username;
+    std::string username = "";
     std::int32_t expiryTime = 0; ///< seconds since the epoch
     std::int32_t authPid = 0;
     std::int32_t authState = 0;
     std::int32_t sessionLength = 0; ///< minutes
     bool autorefresh = false;
-    std::string sourceIp;          ///< of the request that wrote the file
-    std::string sourcePort;        ///< of the request that wrote the file
+    std::string sourceIp = "";     ///< of the request that wrote the file
+    std::string sourcePort = "";   ///< of the request that wrote the file
     std::int64_t sessionStart = 0; ///< seconds since the epoch
 };
 

@@ -26,7 +26,7 @@ enum class Message : std::uint8_t {
 };
 
 /// The longest text that is taken, in bytes; one announced longer ends the conversation.
-constexpr std::size_t max_text = 64 * 1024;
+constexpr std::size_t max_text = std::size_t{64} * 1024;
 
 /// Where the helper with this process id listens, on this machine: /var/run/auth-<pid>.
 std::string socketPath(int pid);

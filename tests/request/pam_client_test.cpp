@@ -1,0 +1,278 @@
+#include "platform/pam-client/protocol.h"
+#include "tests/support/appliance_test.h"
+#include "tests/support/auth_messages.h"
+#include "util/fd.h"
+#include "util/paths.h"
+
+#include <chrono>
+#include <string>
+
+#include <crypt.h>
+#include <csignal>
+#include <gmock/gmock.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace zandorin::auth {
+namespace {
+
+using test::bytes;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+const std::string end = bytes(Message::end);
+const std::string refused = bytes(Message::helperError) + end;
+
+/// The real helper, with PAM and account files of the test's own.
+class PamClient : public test::ApplianceTest {
+  protected:
+    void SetUp() override {
+        ApplianceTest::SetUp();
+        makeFolder("/var/run/.sessions");
+        put("/etc/config/passwd",
+            std::string("root:") + ::crypt("kestrel", "$6$saltsalt$") + ":0:0::/root:/bin/sh\n");
+        put("/etc/config/group", "root:x:0:\n");
+        put("/etc/pam.d/web", "auth required pam_unix.so nodelay\naccount required pam_unix.so\n");
+    }
+
+    void TearDown() override {
+        if (pid_ > 0) {
+            ::kill(pid_, SIGKILL);
+            ::waitpid(pid_, nullptr, 0);
+        }
+    }
+
+    void start(const char *option = nullptr) {
+        const std::string program = ZANDORIN_BIN_DIR "/pam-client";
+        const std::string passwd = appliancePath("/etc/config/passwd");
+        const std::string group = appliancePath("/etc/config/group");
+        pid_ = ::fork();
+        if (pid_ == 0) {
+            ::setenv("LD_PRELOAD", "libnss_wrapper.so", 1);
+            ::setenv("NSS_WRAPPER_PASSWD", passwd.c_str(), 1);
+            ::setenv("NSS_WRAPPER_GROUP", group.c_str(), 1);
+            ::execl(program.c_str(), program.c_str(), option, nullptr);
+            ::_exit(127);
+        }
+        for (int tries = 0; tries < 500 && !listens(); ++tries)
+            ::poll(nullptr, 0, 10);
+        ASSERT_TRUE(listens());
+    }
+
+    /// A connection over which `request` was sent.
+    UniqueFd send(const std::string &request) const {
+        sockaddr_un address;
+        UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        if (!fillAddress(pid_, address) || !setTimeout(socket.get(), 10) ||
+            ::connect(socket.get(), reinterpret_cast<sockaddr *>(&address), sizeof address) != 0 ||
+            ::send(socket.get(), request.data(), request.size(), MSG_NOSIGNAL) < 0)
+            ADD_FAILURE() << "cannot reach the helper";
+        return socket;
+    }
+
+    /// Everything the helper says until it closes.
+    static std::string receive(const UniqueFd &socket) {
+        std::string all;
+        char part[256];
+        for (ssize_t got = 0; (got = ::recv(socket.get(), part, sizeof part, 0)) > 0;)
+            all.append(part, static_cast<std::size_t>(got));
+        return all;
+    }
+
+    std::string ask(const std::string &request) const { return receive(send(request)); }
+
+    static std::string login(const std::string &user, const std::string &password) {
+        return bytes(Message::username, user) + bytes(Message::clientAddress, "192.0.2.1") +
+               bytes(Message::reply, password) + end;
+    }
+
+    std::string show(const std::string &id, const std::string &more = "") const {
+        return ask(bytes(Message::clientAddress, "192.0.2.1") + bytes(Message::sessionId, id) +
+                   more + end);
+    }
+
+    /// Takes the session id off an answer.
+    static std::string takeId(std::string &answer, std::size_t length) {
+        const std::size_t before = 1 + sizeof(std::uint32_t);
+        const std::string id = answer.size() < before ? "" : answer.substr(before, length);
+        EXPECT_THAT(answer, StartsWith(bytes(Message::sessionId, id)));
+        EXPECT_EQ(id.find_first_not_of("0123456789abcdef"), std::string::npos) << id;
+        answer.erase(0, before + length);
+        return id;
+    }
+
+    bool listens() const { return exists(socket()); }
+    std::string socket() const { return "/var/run/auth-" + std::to_string(pid_); }
+
+    /// The helper's exit status, waited for for at most `seconds`; -1 when it goes on.
+    int ended(int seconds) {
+        int status = 0;
+        for (int tries = 0; tries < seconds * 100; ++tries) {
+            if (::waitpid(pid_, &status, WNOHANG) == pid_) {
+                EXPECT_FALSE(listens());
+                pid_ = -1;
+                return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+            }
+            ::poll(nullptr, 0, 10);
+        }
+        return -1;
+    }
+
+    pid_t pid_ = -1;
+};
+
+TEST_F(PamClient, AuthenticatesAndEndsWithItsSession) {
+    start();
+    EXPECT_EQ(modeOf(socket()), 0600U);
+    std::string answer = ask(login("root", "kestrel"));
+    const std::string id = takeId(answer, 32);
+    EXPECT_EQ(answer, bytes(Message::authenticated) + end);
+    const std::string file = "/var/run/.sessions/session-" + id;
+    put(file, "");
+
+    const std::string state = bytes(Message::sessionId, id) + bytes(Message::authenticated) + end;
+    EXPECT_EQ(show(id), state);
+    EXPECT_EQ(show(id, bytes(Message::reply, "wrong")), state) << "the end stays the end";
+    EXPECT_EQ(show(id.substr(1)), refused);
+    EXPECT_EQ(show(std::string(32, '0')), refused);
+    EXPECT_EQ(ask(login("root", "kestrel")), refused) << "one session a process";
+    EXPECT_EQ(ended(2), -1);
+
+    ASSERT_EQ(::unlink(appliancePath(file).c_str()), 0);
+    EXPECT_EQ(ended(5), 0);
+}
+
+TEST_F(PamClient, RejectsWhomPamRejects) {
+    const struct {
+        const char *name;
+        const char *user;
+        std::string password;
+        const char *service;
+        Message state;
+    } rows[] = {
+        {"wrong password", "root", "kestre", nullptr, Message::rejected},
+        {"empty password", "root", "", nullptr, Message::rejected},
+        {"unknown user", "(empty username)", "kestrel", nullptr, Message::rejected},
+        {"longer than PAM takes", "root", std::string(5000, 'x'), nullptr, Message::helperError},
+        {"account closed", "root", "kestrel",
+         "auth required pam_unix.so\naccount required pam_deny.so\n", Message::rejected},
+        {"no such module", "root", "kestrel", "auth required pam_none.so\n", Message::helperError},
+    };
+    for (const auto &row : rows) {
+        SetUp();
+        if (row.service != nullptr)
+            put("/etc/pam.d/web", row.service);
+        start("-o");
+        std::string answer = ask(login(row.user, row.password));
+        const std::string id = takeId(answer, 16);
+        EXPECT_EQ(answer, bytes(row.state) + end) << row.name;
+        EXPECT_EQ(show(id), bytes(Message::sessionId, id) + bytes(row.state) + end) << row.name;
+        TearDown();
+    }
+}
+
+TEST_F(PamClient, RelaysASecondPromptUntilItIsAnswered) {
+    // The secret and the codes of RFC 4226, appendix D.
+    put("/etc/users.oath", "HOTP root - 3132333435363738393031323334353637383930\n", 0600);
+    put("/etc/pam.d/web", "auth required pam_unix.so\n"
+                          "auth optional pam_echo.so file=" +
+                              appliancePath("/etc/hint") +
+                              "\n"
+                              "auth required pam_oath.so usersfile=" +
+                              appliancePath("/etc/users.oath") +
+                              " window=5\n"
+                              "account required pam_permit.so\n");
+    put("/etc/hint", "See your token.\n");
+    start();
+    std::string answer = ask(login("root", "kestrel"));
+    const std::string challenge = answer;
+    const std::string id = takeId(answer, 32);
+    EXPECT_THAT(answer, StartsWith(bytes(Message::challenge)));
+    EXPECT_THAT(answer, HasSubstr("See your token.\nOne-time password (OATH) for `root': "));
+    put("/var/run/.sessions/session-" + id, "");
+
+    EXPECT_EQ(show(id), challenge) << "asked again";
+    EXPECT_EQ(show("", bytes(Message::reply, "755224")), refused);
+    EXPECT_EQ(ask(bytes(Message::reply, "755224") + end), refused);
+    send(bytes(Message::sessionId, id) + bytes(Message::reply, "000000")); // hangs up
+    EXPECT_EQ(show(id), challenge) << "nothing was taken from a torn request";
+    EXPECT_EQ(show(id, bytes(Message::reply, "755224")),
+              bytes(Message::sessionId, id) + bytes(Message::authenticated) + end);
+    EXPECT_THAT(get("/etc/users.oath"), HasSubstr("755224")) << "the module has seen the code";
+}
+
+TEST_F(PamClient, AWrongSecondAnswerIsRejected) {
+    put("/etc/users.oath", "HOTP root - 3132333435363738393031323334353637383930\n", 0600);
+    put("/etc/pam.d/web", "auth required pam_unix.so\nauth required pam_oath.so usersfile=" +
+                              appliancePath("/etc/users.oath") + " window=5\n");
+    start();
+    std::string answer = ask(login("root", "kestrel"));
+    const std::string id = takeId(answer, 32);
+    // The client goes away before it has heard the end, which changes nothing.
+    send(bytes(Message::sessionId, id) + bytes(Message::reply, "123456") + end);
+    EXPECT_EQ(show(id), bytes(Message::sessionId, id) + bytes(Message::rejected) + end);
+}
+
+TEST_F(PamClient, SurvivesMalformedRequests) {
+    const std::string whole = login("root", "kestrel");
+    const struct {
+        const char *name;
+        std::string request;
+        std::string answer;
+    } rows[] = {
+        {"only an end", end, refused},
+        {"no password", bytes(Message::username, "root") + end, refused},
+        {"no user", bytes(Message::reply, "kestrel") + end, refused},
+        {"empty id of a session to come", bytes(Message::sessionId, "") + end, refused},
+        {"type of nothing", bytes(Message{42}) + whole, ""},
+        {"type of the helper", bytes(Message::authenticated) + whole, ""},
+        {"2 GB", bytes(Message::username, "root", 0x7fffffff) + whole, ""},
+        {"4 GB", bytes(Message::reply, "x", 0xffffffff) + whole, ""},
+        {"zero byte", bytes(Message::username, std::string("root\0x", 6)) + whole, ""},
+        {"zero byte in the password",
+         bytes(Message::username, "root") + bytes(Message::reply, std::string("kestrel\0", 8)) +
+             end,
+         ""},
+        {"goes silent", whole.substr(0, whole.size() - 1), ""},
+    };
+    start();
+    for (const auto &row : rows)
+        EXPECT_EQ(ask(row.request), row.answer) << row.name;
+    std::string many;
+    for (int i = 0; i < 1000; ++i)
+        many += bytes(Message::clientAddress, "x");
+    EXPECT_EQ(ask(many + whole), "") << "no end of messages";
+    for (int i = 0; i < 20; ++i)
+        send(whole.substr(0, static_cast<std::size_t>(i)));
+    std::string answer = ask(whole);
+    takeId(answer, 32);
+    EXPECT_EQ(answer, bytes(Message::authenticated) + end);
+}
+
+TEST_F(PamClient, EndsOnATermSignalWhileItWaitsAndWhilePamSleeps) {
+    start();
+    ::kill(pid_, SIGTERM);
+    EXPECT_EQ(ended(5), 0);
+
+    put("/etc/pam.d/web", "auth required pam_faildelay.so delay=9000000\n"
+                          "auth required pam_unix.so\n");
+    start();
+    const UniqueFd waiting = send(login("root", "wrong"));
+    ::poll(nullptr, 0, 500);
+    ::kill(pid_, SIGTERM);
+    EXPECT_EQ(ended(2), 0);
+}
+
+TEST_F(PamClient, EndsWhenNoSessionComesOfIt) {
+    start();
+    std::string answer = ask(login("root", "kestrel"));
+    const std::string id = takeId(answer, 32);
+    EXPECT_EQ(ended(8), -1);
+    EXPECT_EQ(show(id), bytes(Message::sessionId, id) + answer);
+    EXPECT_EQ(ended(5), 0);
+}
+
+} // namespace
+} // namespace zandorin::auth

@@ -41,7 +41,7 @@ class filterbuf : public std::streambuf {
     std::streambuf *target_;
     std::string pending_; ///< filtered output that the target has not taken yet
     std::string input_ = std::string(put_back_size, '\0'); ///< put-back area, then the get area
-    bool ended_ = false; ///< the filter was told to finish
+    bool ended_ = false;                                   ///< the filter was told to finish
 };
 
 /// Escapes < > & for the text of an XML or HTML element.

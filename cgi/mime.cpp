@@ -44,13 +44,13 @@ std::string takeParameterValue(std::string_view &rest) {
     return value;
 }
 
-constexpr std::array<std::int8_t, 256> makeBase64Values() {
+constexpr std::array<std::int16_t, 256> makeBase64Values() {
     constexpr std::string_view alphabet =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::array<std::int8_t, 256> values{};
+    std::array<std::int16_t, 256> values{};
     values.fill(-1);
     for (std::size_t i = 0; i < alphabet.size(); ++i)
-        values[static_cast<unsigned char>(alphabet[i])] = static_cast<std::int8_t>(i);
+        values[static_cast<unsigned char>(alphabet[i])] = static_cast<std::int16_t>(i);
     return values;
 }
 

@@ -47,6 +47,9 @@ bool MultipartParser::feed(std::string_view data) {
 }
 
 bool MultipartParser::finish() {
+    // The last line may have lost its end, or half of it.
+    if (line_.ends_with('\r'))
+        line_.pop_back();
     if (lineTaken_ == 0 && line_ == separator_ + std::string(closing_mark))
         endPart(State::closed);
     return state_ == State::closed;

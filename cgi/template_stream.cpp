@@ -30,7 +30,8 @@ std::vector<std::string> split(std::string_view text) {
 FileStreamBuffer::FileStreamBuffer(std::FILE *file) : file_(file) {}
 
 FileStreamBuffer::~FileStreamBuffer() {
-    sync();
+    if (file_ != nullptr)
+        std::fflush(file_);
 }
 
 void FileStreamBuffer::addReplaceable(const std::string &name, const std::string &text) {

@@ -1,0 +1,125 @@
+#include "cgi/cgi.h"
+#include "cgi/decoder.h"
+#include "tests/support/cgi_request.h"
+#include "tests/support/log_capture.h"
+#include "util/paths.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+namespace zandorin {
+namespace {
+
+using test::CgiRequest;
+
+TEST(Cgi, Fields) {
+    CgiRequest request(CgiRequest::get("a=0123456789&m=%3Cb%3E&n=-7&x=1.5e1&w=word&e="));
+    const auto cgi = request.open();
+    EXPECT_EQ(cgi->getVarString("a").raw, "0123456789");
+    EXPECT_EQ(cgi->getVarString("a", 4).raw, "012");
+    EXPECT_FALSE(cgi->getVarString("a").hasMarkup());
+    EXPECT_EQ(cgi->getVarString("m").safe, "&lt;b&gt;");
+    EXPECT_TRUE(cgi->getVarString("m").hasMarkup());
+    EXPECT_EQ(cgi->getVarNumber("n"), -7);
+    EXPECT_EQ(cgi->getVarNumber("w"), 0);
+    EXPECT_FLOAT_EQ(cgi->getVarFloat("x"), 15.0F);
+    EXPECT_FALSE(cgi->varStringExists("e"));
+}
+
+TEST(Cgi, Variables) {
+    const test::LogCapture log(Priority::error);
+    const struct {
+        const char *port;
+        std::uint16_t number;
+        const char *https;
+        bool secure;
+    } rows[] = {
+        {"0", 0, "ON", true},     {"65536", 0, "On", true},   {"99999999999", 65535, "1", false},
+        {"-1", 65535, "", false}, {"443", 443, "on ", false}, {"65535", 65535, "on", true},
+    };
+    for (const auto &row : rows) {
+        CgiRequest request({{"REQUEST_METHOD", "GET"},
+                            {"REMOTE_PORT", row.port},
+                            {"HTTPS", row.https},
+                            {"HTTP_X_BASE_URI", "/<proxy>"}});
+        const auto cgi = request.open();
+        EXPECT_EQ(cgi->getRemotePort(), row.number) << row.port;
+        EXPECT_EQ(cgi->getHttps(), row.secure) << row.https;
+        EXPECT_EQ(cgi->getRemoteAddress(), "");
+        EXPECT_EQ(baseUri(), "/<proxy>");
+    }
+    EXPECT_EQ(log.records().size(), 4U);
+    EXPECT_EQ(log.records().front(), "300 Invalid remote port: 0");
+    CgiRequest direct(CgiRequest::get(""));
+    const auto cgi = direct.open();
+    EXPECT_EQ(cgi->getRemotePort(), 0);
+    EXPECT_EQ(baseUri(), "");
+    EXPECT_EQ(log.records().size(), 4U);
+}
+
+TEST(Cgi, HeaderIsWrittenOnce) {
+    CgiRequest request(CgiRequest::get(""));
+    auto cgi = request.open();
+    cgi->setExtraHeader("Set-Cookie: a=b");
+    cgi->sendHttpHeader(404, "text/html");
+    cgi->sendHttpHeader(200, "text/plain");
+    *cgi << "page";
+    EXPECT_EQ(request.output(), "");
+    cgi.reset();
+    EXPECT_EQ(request.output(), "HTTP/1.1 404 OK\r\nCache-control: no-cache\r\n"
+                                "Content-Type: text/html\r\nSet-Cookie: a=b\r\n\r\npage");
+}
+
+TEST(Cgi, FinishedResponseEndsForTheReader) {
+    int pipe[2];
+    ASSERT_EQ(::pipe2(pipe, O_CLOEXEC), 0);
+    CgiRequest request(CgiRequest::get(""));
+    const auto cgi = request.open();
+    const int own[] = {::dup(0), ::dup(1), ::dup(2)};
+    for (const int fd : {0, 1, 2, ::fileno(gcgiOut)})
+        ::dup2(pipe[1], fd);
+    ::close(pipe[1]);
+    *cgi << "page";
+    cgi->finishResponse();
+    *cgi << "stray" << std::flush;
+    const bool harmless = ::write(1, "stray", 5) == 5 && ::write(2, "stray", 5) == 5;
+    const int flags = ::fcntl(::fileno(gcgiOut), F_GETFD);
+    for (const int fd : {0, 1, 2})
+        ::dup2(own[fd], fd);
+    EXPECT_TRUE(harmless);
+    EXPECT_NE(flags & FD_CLOEXEC, 0);
+    // The end is there at once; should it not be, the test must not wait for it.
+    ASSERT_EQ(::fcntl(pipe[0], F_SETFL, O_NONBLOCK), 0);
+    char block[64] = {};
+    EXPECT_EQ(::read(pipe[0], block, sizeof block), 4);
+    EXPECT_STREQ(block, "page");
+    EXPECT_EQ(::read(pipe[0], block, sizeof block), 0);
+    ::close(pipe[0]);
+}
+
+using CgiFile = test::ApplianceTest;
+
+TEST_F(CgiFile, StoresAnUploadUpToItsFirstZero) {
+    const test::LogCapture log(Priority::error);
+    const std::string header = "Content-Disposition: form-data; name=f; filename=x";
+    const std::string body = CgiRequest::part(header, std::string("key\r\n\0rest", 10));
+    CgiRequest request(CgiRequest::multipart(body), body);
+    const auto cgi = request.open();
+    EXPECT_TRUE(cgi->getVarFile("f", appliancePath("/key")));
+    EXPECT_EQ(get("/key"), "key\r\n");
+    EXPECT_FALSE(cgi->getVarFile("none", appliancePath("/none")));
+    EXPECT_TRUE(cgi->getVarFile("f", "/nonexistent/key"));
+    EXPECT_EQ(log.records(),
+              (std::vector<std::string>{"300 Failed to get size of: none",
+                                        "300 Failed to open file for writing: /nonexistent/key"}));
+
+    const std::string large = CgiRequest::part(header, std::string(1048577, 'x'));
+    CgiRequest second(CgiRequest::multipart(large), large);
+    EXPECT_FALSE(second.open()->getVarFile("f", appliancePath("/large")));
+    EXPECT_TRUE(log.has("300 File data was truncated"));
+    EXPECT_FALSE(exists("/large"));
+}
+
+} // namespace
+} // namespace zandorin

@@ -1,0 +1,125 @@
+#include "cgi/decoder.h"
+#include "tests/support/cgi_request.h"
+#include "tests/support/log_capture.h"
+
+#include <cstdlib>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+
+namespace zandorin {
+namespace {
+
+using test::CgiRequest;
+
+CgiRequest::Variables urlEncoded(const std::string &length) {
+    return CgiRequest::post("Application/x-www-form-urlencoded; charset=x", length);
+}
+
+TEST(Decoder, Requests) {
+    const std::string part = CgiRequest::part("Content-Disposition: form-data; name=a", "1");
+    const auto multipart = [&part](const std::string &parameters) {
+        return CgiRequest::post("multipart/form-data" + parameters, std::to_string(part.size()));
+    };
+    const std::string query = "QUERY_STRING";
+    const std::string method = "REQUEST_METHOD";
+    const std::string failed = "0 Failed to initialise CGI: -1";
+    const struct {
+        const char *name;
+        CgiRequest::Variables variables;
+        std::string body;
+        std::string log; // the fatal record
+        std::string a;   // the field; "-" for none
+        std::string standardError = "";
+    } rows[] = {
+        {"no method", {{query, "a=1"}}, "", failed, "-"},
+        {"other method", {{method, "HEAD"}, {query, "a=1"}}, "", failed, "-"},
+        {"get", {{method, "getter"}, {query, "a=1"}}, "", "", "1"},
+        {"no query", {{method, "GET"}, {"CONTENT_LENGTH", "3"}}, "a=1", "", "-"},
+        {"first of a name", CgiRequest::get("b=&a=1&a=2"), "", "", "1"},
+        {"skipped", {{"DONT_READ_STDIN", "1x"}, {method, "GET"}, {query, "a=1"}}, "", "", "-"},
+        {"post", urlEncoded("3"), "a=12", "", "1"},
+        {"shorter than announced", urlEncoded("9223372036854775807"), "a=1", "", "1"},
+        {"negative", urlEncoded("-1"), "a=1", failed, "-"},
+        {"not whole", urlEncoded("3 "), "a=1", "", "-"},
+        {"absurd", urlEncoded("99999999999999999999"), "a=1", "", "-"},
+        {"no type", {{method, "POST"}, {"CONTENT_LENGTH", "3"}}, "a=1", "", "-"},
+        {"other type", CgiRequest::post("text/plain", "3"), "a=1", "", "-", "Unknown Encoding.\n"},
+        {"multipart", multipart("; boundary=\"B\""), part, "", "1"},
+        {"no boundary", multipart(""), part, "", "-"},
+        {"empty boundary", multipart("; boundary="), part, "", "-"},
+    };
+    for (const auto &row : rows) {
+        const test::LogCapture log(Priority::fatal);
+        CgiRequest request(row.variables, row.body);
+        testing::internal::CaptureStderr();
+        const auto cgi = request.open();
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), row.standardError) << row.name;
+        EXPECT_EQ(log.records().empty() ? "" : log.records().front(), row.log) << row.name;
+        EXPECT_EQ(cgi->varStringExists("a") ? cgi->getVarString("a").raw : "-", row.a) << row.name;
+    }
+}
+
+TEST(Decoder, StatusesAndSizes) {
+    const std::string body =
+        "--B\r\nContent-Disposition: form-data; name=e\r\n\r\n\r\n" +
+        CgiRequest::part("Content-Disposition: form-data; name=f; filename=x.bin\r\n"
+                         "Content-Type: text/csv\r\nContent-Transfer-Encoding: binary",
+                         std::string("ab\0cd", 5));
+    CgiRequest request(CgiRequest::multipart(body), body);
+    const auto cgi = request.open();
+    std::size_t length = 9;
+    EXPECT_EQ(gcgiValueLength("none", &length), GCGI_NOT_FOUND);
+    EXPECT_EQ(gcgiFieldSize("none", &length), GCGI_NOT_FOUND);
+    EXPECT_EQ(length, 0U);
+    EXPECT_EQ(gcgiValueLength("e", &length), GCGI_EMPTY);
+    EXPECT_EQ(gcgiValueLength("f", &length), GCGI_OK);
+    EXPECT_EQ(length, 2U);
+    EXPECT_EQ(gcgiFieldSize("f", &length), GCGI_OK);
+    EXPECT_EQ(length, 5U);
+    char buffer[8] = "zzzzzzz";
+    EXPECT_EQ(gcgiCopyString("f", buffer, 2), GCGI_OK);
+    EXPECT_STREQ(buffer, "a");
+    EXPECT_EQ(gcgiCopyString("f", buffer, 1), GCGI_EMPTY);
+
+    int type = 0;
+    int encoding = 0;
+    int cut = 0;
+    char *subtype = nullptr;
+    char *fileName = nullptr;
+    EXPECT_EQ(gcgiFetchData("f", buffer, 4, &type, &subtype, &encoding, &fileName, &cut), GCGI_OK);
+    EXPECT_EQ(std::string(buffer, 5), std::string("ab\0cz", 5));
+    EXPECT_EQ(type, GCGI_MIME_TEXT);
+    EXPECT_EQ(encoding, GCGI_ENCODING_BINARY);
+    EXPECT_STREQ(subtype, "csv");
+    EXPECT_STREQ(fileName, "x.bin");
+    std::free(subtype);
+    std::free(fileName);
+    EXPECT_EQ(gcgiFetchData("e", buffer, 4, nullptr, &subtype, nullptr, &fileName, nullptr),
+              GCGI_NOT_FOUND);
+    EXPECT_EQ(fileName, nullptr);
+
+    EXPECT_NE(::fcntl(::fileno(gcgiOut), F_GETFD) & FD_CLOEXEC, 0);
+    cgi->end();
+    EXPECT_EQ(gcgiOut, nullptr);
+    EXPECT_EQ(gcgiEnvironment(GCGI_REQUEST_METHOD), nullptr);
+}
+
+TEST(Decoder, Integers) {
+    CgiRequest request(CgiRequest::get("n=-12&t=7x&w=x&big=2147483648&zero=%001"));
+    const auto cgi = request.open();
+    const struct {
+        const char *name;
+        int status;
+        int number;
+    } rows[] = {{"n", GCGI_OK, -12}, {"t", GCGI_OK, 7},       {"w", GCGI_OK, 5},
+                {"big", GCGI_OK, 5}, {"zero", GCGI_EMPTY, 5}, {"none", GCGI_NOT_FOUND, 5}};
+    for (const auto &row : rows) {
+        int number = 0;
+        EXPECT_EQ(gcgiCopyInteger(row.name, &number, 5), row.status) << row.name;
+        EXPECT_EQ(number, row.number) << row.name;
+    }
+}
+
+} // namespace
+} // namespace zandorin

@@ -26,7 +26,7 @@ bool isForbidden(char c) {
 
 } // namespace
 
-ConfigManager::ConfigManager(std::string path, std::string directory) {
+ConfigManager::ConfigManager(std::string path, const std::string &directory) {
     if (!path.starts_with('/'))
         path = directory + "/" + path;
     store_ = std::make_unique<Store>(appliancePath(path));

@@ -31,7 +31,7 @@ class ConfigManager {
     /// `path` is the appliance's path of the committed file, "/etc/config/config.xml".
     /// The delayed area is the folder "delayed" beside it. `directory` is the folder that a
     /// relative `path` starts from.
-    ConfigManager(std::string path, std::string directory);
+    ConfigManager(std::string path, const std::string &directory);
     ~ConfigManager();
     ConfigManager(const ConfigManager &) = delete;
     ConfigManager &operator=(const ConfigManager &) = delete;
@@ -58,9 +58,9 @@ class ConfigManager {
     /// The names of the child elements of `key`, in file order, each once.
     std::vector<std::string> getSubElements(std::string_view key) const;
 
-    /// Sets a value; an empty one for a key that has none makes no element. Throws utilities::Exception, changing nothing, when the key is no key of the
-    /// store or the value holds a control character that XML cannot hold (all but tab, line feed
-    /// and carriage return).
+    /// Sets a value; an empty one for a key that has none makes no element. Throws
+    /// utilities::Exception, changing nothing, when the key is no key of the store or the value
+    /// holds a control character that XML cannot hold (all but tab, line feed and carriage return).
     void setElement(std::string_view key, std::string_view value);
     void setElement(std::string_view key, const char *value) {
         setElement(key, std::string_view(value));

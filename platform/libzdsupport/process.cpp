@@ -99,6 +99,7 @@ void reap(pid_t child) {
 pid_t startProgram(const char *const *arguments, Reaper reaper) {
     std::vector<std::string> variables = allowedEnvironment();
     std::vector<char *> environment;
+    environment.reserve(variables.size() + 1);
     for (std::string &variable : variables)
         environment.push_back(variable.data());
     environment.push_back(nullptr);

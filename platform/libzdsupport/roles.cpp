@@ -51,7 +51,7 @@ std::vector<std::string> listEntries(const ConfigManager &config, const std::str
             name.size() > prefix.size() && name.starts_with(prefix) &&
             name.find_first_not_of("0123456789", prefix.size()) == std::string::npos;
         if (isNumbered)
-            keys.push_back(list + "." + name);
+            keys.push_back(std::string(list).append(".").append(name));
     }
     return keys;
 }

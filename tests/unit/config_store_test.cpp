@@ -1,0 +1,389 @@
+#include "platform/libzandorin/config_manager.h"
+#include "platform/libzandorin/split.h"
+#include "tests/support/appliance_test.h"
+#include "util/exception.h"
+#include "util/paths.h"
+
+#include <csignal>
+
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace zandorin {
+namespace {
+
+using testing::ElementsAre;
+
+constexpr const char *file = "/etc/config/config.xml";
+constexpr const char *delayed_file = "/etc/config/delayed/config.xml";
+constexpr const char *queue = "/etc/config/delayed/configurators";
+
+std::string document(const std::string &inside) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<config>\n" + inside + "</config>\n";
+}
+
+class Store : public ConfigManager {
+  public:
+    Store() : ConfigManager(file, "/etc/config") {}
+};
+
+class ConfigStore : public test::ApplianceTest {
+  protected:
+    static void putConfig(const std::string &inside) { put(file, document(inside), 0600); }
+
+    /// What a later request reads.
+    static std::string valueOf(std::string_view key) {
+        Store store;
+        return store.read() ? store.getElement(key) : "(unread)";
+    }
+
+    static void setAndWrite(std::string_view key, std::string_view value) {
+        Store store;
+        ASSERT_TRUE(store.read());
+        store.setElement(key, value);
+        ASSERT_TRUE(store.write());
+    }
+};
+
+TEST_F(ConfigStore, Values) {
+    put(file, "<config>top<system><name>caf\xc3\xa9</name><name>second</name>"
+              "<motd>5 \xe2\x82\xac \xf0\x9f\x98\x80</motd><blanks>  x \n</blanks></system>"
+              "<flag>YES</flag><n>007</n><negative>-3</negative><huge>4294967296</huge></config>");
+    Store store;
+    ASSERT_TRUE(store.read());
+    const struct {
+        std::string_view key;
+        const char *value;
+    } rows[] = {
+        {"config", "top"},
+        {"config.system.name", "caf\xe9"},
+        {"config.system.motd", "5 &#x20ac; &#x1f600;"},
+        {"config.system.blanks", "  x \n"},
+        {"config.system", ""},
+        {"config.system.name.none", ""},
+        {"", ""},
+        {"system.name", ""},
+        {"config..system.name", ""},
+        {"config.system.name.", ""},
+        {"config/system/name", ""},
+        {std::string_view("config.n\0", 9), ""},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(store.getElement(row.key), row.value) << row.key;
+    EXPECT_TRUE(store.getBoolean("config.flag"));
+    EXPECT_FALSE(store.getBoolean("config.n"));
+    EXPECT_EQ(store.getSize("config.n"), 7U);
+    EXPECT_EQ(store.getSize("config.negative"), 0U);
+    EXPECT_EQ(store.getSize("config.huge"), 0U);
+    EXPECT_THAT(store.getSubElements("config.system"), ElementsAre("name", "motd", "blanks"));
+}
+
+TEST_F(ConfigStore, RefusesKeysAndValuesThatTheFileCannotHold) {
+    putConfig("");
+    Store store;
+    ASSERT_TRUE(store.read());
+    std::string deep = "config";
+    for (int i = 1; i < 64; ++i)
+        deep += ".a";
+    const struct {
+        const char *name;
+        std::string key;
+        std::string value;
+    } rows[] = {
+        {"root", "config", "x"},           {"other root", "other.a", "x"},
+        {"digit first", "config.1", "x"},  {"blank", "config.a b", "x"},
+        {"markup", "config.a><b", "x"},    {"empty segment", "config..a", "x"},
+        {"too deep", deep + ".a", "x"},    {"byte above ASCII", "config.\xe9", "x"},
+        {"escape", "config.a", "\x1b[2J"}, {"NUL", "config.a", std::string("\0", 1)},
+    };
+    for (const auto &row : rows)
+        EXPECT_THROW(store.setElement(row.key, row.value), utilities::Exception) << row.name;
+    EXPECT_FALSE(store.isDirty());
+
+    std::string all = "\t\r\n";
+    for (int c = 0x20; c <= 0xff; ++c)
+        all += static_cast<char>(c);
+    store.setElement(deep, all);
+    ASSERT_TRUE(store.write());
+    EXPECT_EQ(valueOf(deep), all);
+}
+
+TEST_F(ConfigStore, DamagedFilesAreRefusedAndKept) {
+    const std::string sound = document("  <delayed>on</delayed>\n");
+    const struct {
+        const char *name;
+        std::string committed;
+        std::string delayed;
+    } rows[] = {
+        {"empty", "", ""},
+        {"cut off", "<config><a>1</a>", ""},
+        {"other root", "<configuration/>", ""},
+        {"delayed file cut off", sound, "<config>"},
+        {"delayed file with another root", sound, "<html/>"},
+    };
+    for (const auto &row : rows) {
+        SetUp();
+        put(file, sound);
+        Store early; // read before the damage
+        ASSERT_TRUE(early.read());
+        early.setElement("config.a", "2");
+
+        put(file, row.committed);
+        if (!row.delayed.empty())
+            put(delayed_file, row.delayed);
+        Store store;
+        EXPECT_FALSE(store.isBroken()) << row.name;
+        EXPECT_FALSE(store.read()) << row.name;
+        store.setElement("config.a", "2");
+        EXPECT_FALSE(store.isDirty()) << row.name;
+        EXPECT_FALSE(store.write()) << row.name;
+        EXPECT_FALSE(early.write()) << row.name;
+        EXPECT_FALSE(early.doDelayedCommit()) << row.name;
+        EXPECT_EQ(get(file), row.committed) << row.name;
+        EXPECT_EQ(get(delayed_file), row.delayed.empty() ? "(missing)" : row.delayed) << row.name;
+    }
+    SetUp();
+    EXPECT_TRUE(Store().isBroken());
+    makeFolder("/etc/config");
+    EXPECT_FALSE(Store().isBroken());
+    EXPECT_FALSE(Store().read());
+    EXPECT_FALSE(exists(file));
+}
+
+TEST_F(ConfigStore, WriteTouchesNothingButItsOwn) {
+    put(file,
+        "<?xml version='1.0' encoding='UTF-8'?><!-- head -->\n<config version='3'>\n"
+        "  <!-- about b -->\n  <b>1</b><x:odd name='&quot;'>mixed <i/> text</x:odd>\n"
+        "  <keep>\xe2\x82\xac</keep><list><a>1</a><!-- in --><a>2</a></list>\n"
+        "</config><!-- tail -->",
+        0644);
+    const mode_t before = ::umask(0);
+    Store store;
+    ASSERT_TRUE(store.read());
+    store.delElement("config.b"); // as a form does: deleted, then set
+    store.setElement("config.b", "caf\xe9");
+    store.setElement("config.keep", "&#x20ac;"); // what it reads as already
+    store.delElement("config.list.a");
+    store.setElement("config.new.deeper", "<&>");
+    ASSERT_TRUE(store.write());
+    ::umask(before);
+    EXPECT_EQ(get(file),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!-- head -->\n<config version=\"3\">\n"
+              "  <!-- about b -->\n  <b>caf\xc3\xa9</b>\n"
+              "  <x:odd name=\"&quot;\">mixed <i/> text</x:odd>\n  <keep>\xe2\x82\xac</keep>\n"
+              "  <list><!-- in --></list>\n"
+              "  <new>\n    <deeper>&lt;&amp;&gt;</deeper>\n  </new>\n"
+              "</config>\n<!-- tail -->\n");
+    EXPECT_EQ(modeOf(file), 0600U);
+    EXPECT_FALSE(store.isDirty());
+}
+
+TEST_F(ConfigStore, ChangesAreToldByValue) {
+    const struct {
+        const char *name;
+        bool dirty;
+        const char *after; // values of a, list.r1, list.r2, and the names in list
+        const char *steps; // "key=value" sets, "-key" deletes
+    } rows[] = {
+        {"same value", false, "1,x,y,r1 r2 ", "config.a=1"},
+        {"empty for none", false, "1,x,y,r1 r2 ", "config.list.r3="},
+        {"delete what is not there", false, "1,x,y,r1 r2 ", "-config.list.r3"},
+        {"set and set back", false, "1,x,y,r1 r2 ", "config.a=2 config.a=1"},
+        {"new and deleted", false, "1,x,y,r1 r2 ", "config.list.r3=z -config.list.r3"},
+        {"list set anew, the same", false, "1,x,y,r1 r2 ",
+         "-config.list config.list.r1=x config.list.r2=y"},
+        {"list set anew, other names", true, "1,,y,r2 r3 ",
+         "-config.list config.list.r2=y config.list.r3=z"},
+        {"set, then deleted with its list", true, "1,,,",
+         "config.list.r1=z -config.list.r2 -config.list"},
+        {"a value becomes a list", true, ",x,y,r1 r2 ", "-config.a config.a.b=1"},
+        {"emptied", true, ",x,y,r1 r2 ", "config.a="},
+        {"neither root nor other keys are deleted", false, "1,x,y,r1 r2 ", "-config -list"},
+    };
+    const auto summary = [](const Store &s) {
+        std::string text;
+        for (const char *key : {"config.a", "config.list.r1", "config.list.r2"})
+            text += s.getElement(key) + ",";
+        for (const std::string &name : s.getSubElements("config.list"))
+            text += name + " ";
+        return text;
+    };
+    for (const auto &row : rows) {
+        putConfig("<a>1</a><list><r1>x</r1><r2>y</r2></list>");
+        Store store;
+        ASSERT_TRUE(store.read());
+        for (const std::string &step : utilities::split(row.steps, " ")) {
+            const auto equals = step.find('=');
+            if (step[0] == '-')
+                store.delElement(step.substr(1));
+            else
+                store.setElement(step.substr(0, equals), step.substr(equals + 1));
+        }
+        EXPECT_EQ(store.isDirty(), row.dirty) << row.name;
+        EXPECT_EQ(summary(store), row.after) << row.name;
+        EXPECT_TRUE(store.write()) << row.name;
+        EXPECT_EQ(summary(store), row.after) << row.name;
+        Store later;
+        ASSERT_TRUE(later.read());
+        EXPECT_EQ(summary(later), row.after) << row.name;
+    }
+}
+
+TEST_F(ConfigStore, WritersOfDifferentKeysBothKeepTheirChange) {
+    putConfig("<a>1</a><b>1</b><list><r1>x</r1></list>");
+    Store first;
+    Store second;
+    ASSERT_TRUE(first.read() && second.read());
+    first.setElement("config.a", "2");
+    first.setElement("config.list.r2", "y");
+    ASSERT_TRUE(first.write());
+    second.setElement("config.a", "1"); // the form's other field, left as it was
+    second.setElement("config.b", "2");
+    second.delElement("config.list.r1");
+    ASSERT_TRUE(second.write());
+    EXPECT_EQ(second.getElement("config.a"), "2");
+    EXPECT_EQ(get(file), document("  <a>2</a>\n  <b>2</b>\n  <list>\n    <r2>y</r2>\n  </list>\n"));
+}
+
+TEST_F(ConfigStore, ProcessesWritingAtOnceLoseNothing) {
+    constexpr int processes = 4;
+    constexpr int writes = 20;
+    putConfig("");
+    std::vector<pid_t> children;
+    for (int p = 0; p < processes; ++p) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            int failures = 0;
+            for (int n = 0; n < writes; ++n) {
+                Store store;
+                failures += store.read() ? 0 : 1;
+                store.setElement("config.p" + std::to_string(p) + ".n" + std::to_string(n), "v");
+                failures += store.write() ? 0 : 1;
+            }
+            ::_exit(failures == 0 ? 0 : 1);
+        }
+        children.push_back(child);
+    }
+    for (const pid_t child : children) {
+        int status = -1;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+    }
+    Store store;
+    ASSERT_TRUE(store.read());
+    for (int p = 0; p < processes; ++p)
+        EXPECT_EQ(store.getSubElements("config.p" + std::to_string(p)).size(), std::size_t{writes});
+}
+
+TEST_F(ConfigStore, FullDiskLeavesTheOldFileAndTheChanges) {
+    putConfig("  <a>1</a>\n");
+    Store store;
+    ASSERT_TRUE(store.read());
+    store.setElement("config.a", "2");
+    struct rlimit before = {};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    struct rlimit small = before;
+    small.rlim_cur = 16;
+    ::signal(SIGXFSZ, SIG_IGN);
+    ::setrlimit(RLIMIT_FSIZE, &small);
+    EXPECT_FALSE(store.write());
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(get(file), document("  <a>1</a>\n"));
+    EXPECT_TRUE(store.isDirty());
+    EXPECT_TRUE(store.write());
+    EXPECT_EQ(valueOf("config.a"), "2");
+}
+
+TEST_F(ConfigStore, DelayedChangesWaitForTheirCommit) {
+    putConfig("  <a>1</a>\n");
+    // The write that turns the mode on is no delayed one; a delayed file from earlier is dropped.
+    put(delayed_file, document("  <a>old</a>\n"));
+    Store store;
+    ASSERT_TRUE(store.read());
+    store.setElement("config.delayed", true);
+    store.schedule("first");
+    ASSERT_TRUE(store.write());
+    EXPECT_FALSE(store.getDelayedConfigMode());
+    EXPECT_TRUE(store.hasConfiguratorsScheduled());
+    EXPECT_FALSE(exists(delayed_file));
+    const std::string committed = document("  <a>1</a>\n  <delayed>on</delayed>\n");
+    EXPECT_EQ(get(file), committed);
+
+    store.setElement("config.b", "2");
+    ASSERT_TRUE(store.write());
+    EXPECT_TRUE(store.getDelayedConfigMode());
+    EXPECT_FALSE(store.hasConfiguratorsScheduled());
+    Store other;
+    ASSERT_TRUE(other.read());
+    EXPECT_EQ(other.getElement("config.b"), "2");
+    other.schedule("second");
+    other.schedule("first");
+    other.schedule("../first");
+    other.setElement("config.delayed", false);
+    ASSERT_TRUE(other.write());
+    setAndWrite("config.c", "3"); // schedules none
+    EXPECT_THAT(other.getConfigurators(), ElementsAre("first", "second", "config"));
+    EXPECT_EQ(get(file), committed);
+    EXPECT_EQ(modeOf(delayed_file), 0600U);
+
+    Store commit;
+    ASSERT_TRUE(commit.read());
+    EXPECT_TRUE(commit.getDelayedConfigMode());
+    ASSERT_TRUE(commit.doDelayedCommit());
+    EXPECT_TRUE(commit.hasConfiguratorsScheduled());
+    EXPECT_FALSE(commit.getDelayedConfigMode());
+    EXPECT_THAT(commit.getConfigurators(), ElementsAre());
+    EXPECT_EQ(get(file), document("  <a>1</a>\n  <delayed>off</delayed>\n  <b>2</b>\n"
+                                  "  <c>3</c>\n"));
+    EXPECT_FALSE(exists(delayed_file));
+    EXPECT_FALSE(exists(queue));
+}
+
+TEST_F(ConfigStore, DelayedChangesAreDropped) {
+    putConfig("<a>1</a><delayed>on</delayed>");
+    const std::string committed = get(file);
+    put(queue, "ssl\n../../bin/sh\n\nssl\n.x\nnames with blanks\n");
+    setAndWrite("config.a", "2");
+    Store store;
+    ASSERT_TRUE(store.read());
+    EXPECT_THAT(store.getConfigurators(), ElementsAre("ssl", "config"));
+    ASSERT_TRUE(store.discardDelayedCommit());
+    EXPECT_EQ(store.getElement("config.a"), "1");
+    EXPECT_THAT(store.getConfigurators(), ElementsAre());
+    EXPECT_FALSE(store.hasConfiguratorsScheduled());
+    EXPECT_EQ(get(file), committed);
+    EXPECT_FALSE(exists(delayed_file));
+}
+
+TEST_F(ConfigStore, ModeIsJudgedWhenWriting) {
+    putConfig("<a>1</a>");
+    Store early;
+    ASSERT_TRUE(early.read());
+    setAndWrite("config.delayed", "on");
+    setAndWrite("config.b", "2");
+    const std::string committed = get(file);
+    early.setElement("config.a", "2");
+    ASSERT_TRUE(early.write());
+    EXPECT_TRUE(early.getDelayedConfigMode());
+    EXPECT_EQ(get(file), committed);
+    EXPECT_EQ(valueOf("config.a") + valueOf("config.b"), "22");
+}
+
+TEST_F(ConfigStore, CommitGoesOnAfterACrash) {
+    // Left by a crash between the rename and the removal of the list.
+    putConfig("<a>2</a><delayed>on</delayed>");
+    const std::string committed = get(file);
+    put(queue, "ssl\n");
+    Store store;
+    ASSERT_TRUE(store.read());
+    ASSERT_TRUE(store.doDelayedCommit());
+    EXPECT_TRUE(store.hasConfiguratorsScheduled());
+    EXPECT_EQ(get(file), committed);
+    EXPECT_FALSE(exists(queue));
+}
+
+} // namespace
+} // namespace zandorin

@@ -1,0 +1,136 @@
+#include "platform/libzandorin/config_manager.h"
+#include "platform/libzandorin/configurator.h"
+#include "tests/support/appliance_test.h"
+#include "tests/support/log_capture.h"
+#include "util/paths.h"
+
+#include <csignal>
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+namespace zandorin {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+
+class Configurators : public test::ApplianceTest {
+  protected:
+    static void putScript(const std::string &name, const std::string &body, mode_t mode = 0755) {
+        put("/usr/lib/zandorin/configurators/" + name, "#!/bin/sh\n" + body + "\n", mode);
+    }
+};
+
+TEST_F(Configurators, EachFailureIsToldAndLogged) {
+    putScript("good", ":");
+    putScript("bad", "exit 3");
+    putScript("shot", "kill -9 $$");
+    putScript("flood", "i=0; while [ $i -lt 20000 ]; do echo output; echo error >&2; "
+                       "i=$((i+1)); done; cat");
+    putScript("slow", "sleep 30 & echo $! > \"$ZANDORIN_ROOT/sleeper\"; wait");
+    putScript("idle", ":", 0644);
+    const struct {
+        const char *name;
+        bool good;
+        const char *record;
+    } rows[] = {
+        {"good", true, nullptr},
+        {"flood", true, nullptr},
+        {"bad", false, "300 Configurator 'bad' failed with status 3"},
+        {"shot", false, "300 Configurator 'shot' was ended by signal 9"},
+        {"slow", false, "300 Configurator 'slow' was stopped after 1 seconds"},
+        {"idle", false, "300 Configurator 'idle' could not be started: Permission denied"},
+        {"none", false, "300 Configurator 'none' could not be started: No such file or directory"},
+    };
+    for (const auto &row : rows) {
+        const test::LogCapture log;
+        const auto limit = row.name == std::string("slow") ? 300ms : 60000ms;
+        EXPECT_EQ(platform::runConfigurator(row.name, "/x", limit), row.good) << row.name;
+        const std::vector<std::string> expected = row.record == nullptr
+                                                      ? std::vector<std::string>{}
+                                                      : std::vector<std::string>{row.record};
+        EXPECT_EQ(log.records(), expected) << row.name;
+    }
+    // The whole group was killed: the sleeper is gone, or a zombie that nobody has reaped.
+    const std::string sleeper = get("/sleeper");
+    const std::string check =
+        "grep -qs '^State:.[^Z]' /proc/" + sleeper.substr(0, sleeper.find('\n')) + "/status";
+    bool isRunning = true;
+    for (int tries = 0; tries < 100 && isRunning; ++tries) {
+        ::usleep(10000);
+        isRunning = std::system(check.c_str()) == 0;
+    }
+    EXPECT_FALSE(isRunning);
+}
+
+TEST_F(Configurators, GetNothingOfTheRequest) {
+    putScript("spy", "cd \"$ZANDORIN_ROOT\"\n"
+                     "{ echo $#; echo \"$1\"; } > arguments\n"
+                     "env | grep -v -e ^PWD= -e ^OLDPWD= -e ^_= | sed 's/=.*//' | sort > names\n"
+                     "for fd in 0 1 2; do readlink /proc/$$/fd/$fd; done > standard\n"
+                     "[ -e /proc/$$/fd/77 ] && echo open > leak\n"
+                     "grep -E '^Sig(Blk|Ign)' /proc/self/status | cut -f2 > signals\n"
+                     "[ \"$(cut -d' ' -f6 /proc/$$/stat)\" = $$ ] && echo own > session\n");
+    const test::ScopedEnvironment secret("HTTP_COOKIE", "ZdSessionId=1");
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    const test::ScopedEnvironment language("LANG", nullptr);
+    const test::ScopedEnvironment preload("LD_PRELOAD", nullptr);
+    const int inheritable = ::dup2(::open("/dev/zero", O_RDONLY | O_CLOEXEC), 77);
+    ::signal(SIGTERM, SIG_IGN);
+    ::signal(SIGCHLD, SIG_IGN);
+    sigset_t blocked;
+    ::sigemptyset(&blocked);
+    ::sigaddset(&blocked, SIGUSR1);
+    ::sigprocmask(SIG_BLOCK, &blocked, nullptr);
+    put("/etc/config/config.xml", "<config/>");
+    ConfigManager store("config.xml", "/etc/config");
+    ASSERT_TRUE(store.hasConfigurator("spy"));
+    store.schedule("spy");
+    EXPECT_TRUE(store.run());
+    ::close(inheritable);
+    ::signal(SIGTERM, SIG_DFL);
+    ::signal(SIGCHLD, SIG_DFL);
+    ::sigprocmask(SIG_UNBLOCK, &blocked, nullptr);
+    EXPECT_EQ(get("/arguments"), "1\n" + appliancePath("/etc/config/config.xml") + "\n");
+    EXPECT_EQ(get("/names"), "PATH\nTZ\nZANDORIN_ROOT\n");
+    // The shell itself redirected the output of its loop.
+    EXPECT_EQ(get("/standard"), "/dev/null\n" + appliancePath("/standard") + "\n/dev/null\n");
+    EXPECT_FALSE(exists("/leak"));
+    EXPECT_EQ(get("/signals"), "0000000000000000\n0000000000000000\n");
+    EXPECT_EQ(get("/session"), "own\n");
+}
+
+class Recorder : public ConfigManagerListener {
+  public:
+    void configuratorStarted(const std::string &name) override { events.push_back("+" + name); }
+    void configuratorEnded(const std::string &name, std::time_t started,
+                           std::time_t ended) override {
+        events.push_back((started <= ended ? "-" : "?") + name);
+    }
+    std::vector<std::string> events;
+};
+
+TEST_F(Configurators, RunInOrderEachOnceAndGoOnAfterAFailure) {
+    for (const char *name : {"one", "two", "three"})
+        putScript(name, "echo " + std::string(name) + " >> \"$ZANDORIN_ROOT/ran\"; exit " +
+                            (name == std::string("two") ? "1" : "0"));
+    makeFolder("/usr/lib/zandorin/configurators/folder");
+    putScript("idle", ":", 0644);
+    Recorder recorder;
+    ConfigManager store("/etc/config/config.xml", "/");
+    store.setListener(&recorder);
+    for (const char *name : {"two", "three", "two", "one"})
+        store.schedule(name);
+    EXPECT_FALSE(store.run());
+    EXPECT_FALSE(store.hasConfiguratorsScheduled());
+    EXPECT_EQ(get("/ran"), "two\nthree\none\n");
+    EXPECT_THAT(recorder.events, ElementsAre("+two", "-two", "+three", "-three", "+one", "-one"));
+    EXPECT_TRUE(store.run());
+    for (const char *name : {"", "none", "idle", "folder", ".", "../configurators/one", "one/"})
+        EXPECT_FALSE(store.hasConfigurator(name)) << name;
+}
+
+} // namespace
+} // namespace zandorin

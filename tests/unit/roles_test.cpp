@@ -1,0 +1,98 @@
+#include "platform/libzandorin/config_manager.h"
+#include "platform/libzdsupport/roles.h"
+#include "tests/support/appliance_test.h"
+
+namespace zandorin {
+namespace {
+
+using utilities::Roles;
+
+Roles make(std::initializer_list<const char *> names) {
+    Roles roles;
+    for (const char *name : names)
+        roles_add_role(roles.handle(), name);
+    return roles;
+}
+
+std::string text(const Roles &roles) {
+    return Roles::to_string(roles.get());
+}
+
+class RolesOf : public test::ApplianceTest {
+  protected:
+    void SetUp() override {
+        ApplianceTest::SetUp();
+        put("/etc/config/config.xml", R"(<config>
+            <users><total>5</total>
+            <user1><username>ann</username><groups><group1>pmshell</group1><group2>staff</group2>
+              <other>admin</other></groups></user1>
+            <user2><username>bob</username><disabled>on</disabled>
+              <groups><group1>admin</group1></groups></user2>
+            <user3><username>carl</username><groups><group1>gone</group1><group2>dialin</group2>
+              </groups></user3>
+            <user4><username>dora</username><groups><group1>pmoperator</group1><group2>netgrp</group2>
+              </groups></user4>
+            <user4x><username>eve</username><groups><group1>admin</group1></groups></user4x>
+            <user5><groups><group1>admin</group1></groups></user5></users>
+            <groups><group7><name>staff</name>
+              <roles><role1>power</role1><role2>ports</role2><role3/></roles></group7>
+            <group8><name>netgrp</name><roles><role1>extra</role1></roles></group8></groups>
+            </config>)");
+        ASSERT_TRUE(config_.read());
+    }
+    ConfigManager config_{"/etc/config/config.xml", "/etc/config"};
+};
+
+TEST_F(RolesOf, Users) {
+    const struct {
+        const char *user;
+        int result;
+        const char *roles;
+    } rows[] = {
+        {"root", 0, "old, admin, ports, power, devices, status"},
+        {"ann", 0, "old, ports, power"},
+        {"carl", 0, "old"},
+        {"dora", 0, "old, ports, devices, status, extra"},
+        {"bob", -1, "old"}, // disabled
+        {"eve", -1, "old"}, // not in a numbered record
+        {"Ann", -1, "old"},
+        {"", -1, "old"}, // must not be the user without a name
+        {nullptr, -1, "old"},
+    };
+    for (const auto &row : rows) {
+        Roles roles = make({"old"});
+        const char *name = row.user == nullptr ? "(null)" : row.user;
+        EXPECT_EQ(roles_add_from_user(roles.handle(), row.user, config_), row.result) << name;
+        EXPECT_EQ(text(roles), row.roles) << name;
+    }
+    Roles none;
+    EXPECT_EQ(roles_add_from_group(none.handle(), "gone", config_), -1);
+    EXPECT_EQ(roles_add_from_group(none.handle(), "pptpd", config_), 0);
+    EXPECT_TRUE(roles_empty(none.get()));
+}
+
+TEST(RoleSets, Operations) {
+    Roles a = make({"x", "y", "x", ""});
+    const Roles b = make({"y", "z"});
+    EXPECT_EQ(text(a), "x, y");
+    Roles both;
+    EXPECT_EQ(roles_intersect(both.handle(), a.get(), b.get()), 0);
+    EXPECT_EQ(text(both), "y");
+    EXPECT_EQ(roles_intersect(both.handle(), b.get(), both.get()), 0); // onto its own input
+    EXPECT_EQ(text(both), "y");
+    EXPECT_TRUE(roles_equal(make({"y", "x"}).get(), a.get()));
+    EXPECT_FALSE(roles_equal(b.get(), a.get()));
+    EXPECT_FALSE(roles_equal(nullptr, a.get()));
+    EXPECT_FALSE(roles_has(a.get(), "X"));
+    Roles all = b;
+    EXPECT_EQ(roles_add_all(all.handle(), all.get()), 0);
+    EXPECT_EQ(roles_add_all(all.handle(), a.get()), 0);
+    EXPECT_EQ(text(all), "y, z, x");
+    EXPECT_EQ(text(b), "y, z");
+    roles_free(all.handle());
+    EXPECT_TRUE(roles_empty(all.get()));
+    EXPECT_EQ(roles_add_role(nullptr, "x"), -1);
+}
+
+} // namespace
+} // namespace zandorin

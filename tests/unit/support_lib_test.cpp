@@ -1,0 +1,143 @@
+#include "platform/libzdsupport/infod.h"
+#include "platform/libzdsupport/pidfile.h"
+#include "platform/libzdsupport/process.h"
+#include "tests/support/appliance_test.h"
+#include "util/fd.h"
+#include "util/paths.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+
+#include <dirent.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace zandorin {
+namespace {
+
+class SupportLibrary : public test::ApplianceTest {
+  protected:
+    void SetUp() override {
+        ApplianceTest::SetUp();
+        makeFolder("/var/run");
+    }
+};
+
+TEST_F(SupportLibrary, PidFileTellsALivingHolder) {
+    const pid_t ended = ::fork();
+    if (ended == 0)
+        ::_exit(0);
+    ::waitpid(ended, nullptr, 0);
+    const std::string parent = std::to_string(::getppid());
+    const struct {
+        const char *name;
+        std::string contents;
+        bool held;
+    } rows[] = {
+        {"living", parent + "\n", true},
+        {"living, but started at another time", parent + "\n1\n", false},
+        {"ended", std::to_string(ended), false},
+        {"this process", std::to_string(::getpid()), false},
+        {"empty", "", false},
+        {"garbage", "\xff\x01 x", false},
+        {"init", "1", false},
+        {"group", "-" + parent, false},
+        {"out of range", "4294967298", false},
+        {"long", std::string(100000, '9'), false},
+    };
+    for (const auto &row : rows) {
+        put("/var/run/busy.pid", row.contents);
+        EXPECT_EQ(pidfile_valid("busy") == 0, row.held) << row.name;
+        EXPECT_EQ(pidfile_clear("busy") == 0, row.name == std::string("this process")) << row.name;
+    }
+    for (const char *name : {"", "../run/busy", "busy.pid", "a/b"}) {
+        EXPECT_NE(pidfile_valid(name), 0) << name;
+        EXPECT_EQ(pidfile_create(name), -1) << name;
+    }
+}
+
+TEST_F(SupportLibrary, PidFileIsSeenByOthersWhileItsHolderLives) {
+    ASSERT_EQ(pidfile_create("busy"), 0);
+    EXPECT_NE(pidfile_valid("busy"), 0);
+    const pid_t other = ::fork();
+    if (other == 0)
+        ::_exit(pidfile_valid("busy") == 0 && pidfile_clear("busy") == -1 ? 0 : 1);
+    int status = -1;
+    ::waitpid(other, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(pidfile_clear("busy"), 0);
+    EXPECT_FALSE(exists("/var/run/busy.pid"));
+    EXPECT_EQ(pidfile_clear("busy"), -1);
+}
+
+int openDescriptors() {
+    int count = 0;
+    DIR *folder = ::opendir("/proc/self/fd");
+    while (::readdir(folder) != nullptr)
+        ++count;
+    ::closedir(folder);
+    return count;
+}
+
+TEST_F(SupportLibrary, ProgramIsStartedAndLeftAlone) {
+    put("/program",
+        "#!/bin/sh\ncd \"$ZANDORIN_ROOT\"\necho $$ \"$@\" > new\nmv new started\n"
+        "exec sleep 30\n",
+        0755);
+    put("/not-executable", "x");
+    const int before = openDescriptors();
+    const std::string program = appliancePath("/program");
+    const char *const arguments[] = {program.c_str(), "-o", "", nullptr};
+    const pid_t pid = zandorin_proc_exec_nowait(arguments);
+    ASSERT_GT(pid, 1);
+    for (int tries = 0; tries < 500 && !exists("/started"); ++tries)
+        ::usleep(10000);
+    EXPECT_EQ(get("/started"), std::to_string(pid) + " -o \n");
+    // No child of this process, which has nothing to wait for.
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
+    EXPECT_EQ(errno, ECHILD);
+    EXPECT_EQ(::kill(pid, SIGKILL), 0);
+
+    const struct {
+        std::string path;
+        int reason;
+    } rows[] = {{appliancePath("/none"), ENOENT},
+                {appliancePath("/not-executable"), EACCES},
+                {applianceRoot(), EACCES}};
+    for (const auto &row : rows) {
+        const char *const refused[] = {row.path.c_str(), nullptr};
+        EXPECT_EQ(zandorin_proc_exec_nowait(refused), -1) << row.path;
+        EXPECT_EQ(errno, row.reason) << row.path;
+    }
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(SupportLibrary, StatusServiceIsNeverWaitedFor) {
+    EXPECT_EQ(infod_push_text("k", 2, "nobody listens"), -1);
+    const std::string path = appliancePath("/var/run/infod.sock");
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    ASSERT_LT(path.size(), sizeof address.sun_path);
+    std::memcpy(address.sun_path, path.data(), path.size());
+    const UniqueFd service(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    ASSERT_EQ(::bind(service.get(), reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+    EXPECT_EQ(infod_push_text("config.webui.auth_event.login", 2, "root:[::1]:99"), 0);
+    char datagram[256];
+    const ssize_t got = ::recv(service.get(), datagram, sizeof datagram, 0);
+    ASSERT_GT(got, 0);
+    using namespace std::string_literals;
+    EXPECT_EQ(std::string(datagram, static_cast<std::size_t>(got)),
+              "config.webui.auth_event.login\0002\0root:[::1]:99"s);
+    // The service stops reading: at some point a push fails at once.
+    int pushed = 0;
+    while (pushed < 100000 && infod_push_text("k", 2, "t") == 0)
+        ++pushed;
+    EXPECT_LT(pushed, 100000);
+    EXPECT_EQ(infod_push_text(nullptr, 2, "t"), -1);
+}
+
+} // namespace
+} // namespace zandorin

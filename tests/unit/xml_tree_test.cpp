@@ -1,0 +1,83 @@
+#include "platform/libzandorin/xml_tree.h"
+
+#include <gtest/gtest.h>
+
+namespace zandorin::platform {
+namespace {
+
+std::string nested(int depth) {
+    std::string open;
+    std::string close;
+    for (int i = 0; i < depth; ++i) {
+        open += "<a>";
+        close += "</a>";
+    }
+    return open + close;
+}
+
+TEST(XmlTree, RefusesWhatIsNoWholeDocument) {
+    const struct {
+        const char *name;
+        std::string bytes;
+        const char *error;
+    } rows[] = {
+        {"empty", "", "line 1: no element found"},
+        {"cut off", "<a>\n<b>", "line 2: no element found"},
+        {"wrong end", "<a>\n\n</b>", "line 3: mismatched tag"},
+        {"something behind", "<a/>\n<b/>", "line 2: junk after document element"},
+        {"no UTF-8", "<a>\xff</a>", "line 1: not well-formed (invalid token)"},
+        {"NUL", std::string("<a>\0</a>", 8), "line 1: not well-formed (invalid token)"},
+        {"unknown entity", "<a>&b;</a>", "line 1: undefined entity"},
+        {"declared entity", "<!DOCTYPE a [<!ENTITY b 'c'>]>\n<a>&b;</a>",
+         "line 1: document type declarations"},
+        {"outside entities", "<!DOCTYPE a SYSTEM 'file:///etc/passwd'>\n<a>&b;</a>",
+         "line 1: document type declarations"},
+        {"too deep", nested(65), "line 1: elements nested too deeply"},
+    };
+    for (const auto &row : rows) {
+        std::string error;
+        EXPECT_EQ(parseXml(row.bytes, &error), std::nullopt) << row.name;
+        EXPECT_EQ(error, row.error) << row.name;
+    }
+    EXPECT_TRUE(parseXml(nested(64)));
+    EXPECT_TRUE(parseXml("<!DOCTYPE a><a/>"));
+}
+
+// What comes out stands between the declaration and the last line end, and is a fixed point.
+TEST(XmlTree, RendersWhatItRead) {
+    const struct {
+        const char *name;
+        const char *in;
+        const char *out;
+    } rows[] = {
+        {"blanks of a leaf", "<a><b>  x \n </b><c> </c></a>",
+         "<a>\n  <b>  x \n </b>\n  <c> </c>\n</a>"},
+        {"layout is made anew", "<a>\n\n<b>\n      <c>1</c></b>\t</a>",
+         "<a>\n  <b>\n    <c>1</c>\n  </b>\n</a>"},
+        {"carriage return and marks", "<a>&#13;\n&amp;&lt;&gt;\"'</a>",
+         "<a>&#13;\n&amp;&lt;&gt;\"'</a>"},
+        {"attributes", "<a b='1&#10;&#9;&#13;\"' c=\"&amp;'\"/>",
+         "<a b=\"1&#10;&#9;&#13;&quot;\" c=\"&amp;'\"/>"},
+        {"mixed content", "<a>one <b> two <c><d/>\n<e/></c></b> three</a>",
+         "<a>one <b> two <c><d/><e/></c></b> three</a>"},
+        {"comments", "<!-- x --><a> <!--\ny--><b/><!----></a><!--z-->",
+         "<!-- x -->\n<a>\n  <!--\ny-->\n  <b/>\n  <!---->\n</a>\n<!--z-->"},
+        {"instructions", "<?x?><?y z='1' ?><a/>", "<?x?>\n<?y z='1' ?>\n<a/>"},
+        {"character data section", "<a><![CDATA[<x>&]]>]]&gt;</a>", "<a>&lt;x&gt;&amp;]]&gt;</a>"},
+        {"other encoding", "<?xml version='1.0' encoding='ISO-8859-1'?><a>\xe9</a>",
+         "<a>\xc3\xa9</a>"},
+    };
+    const std::string declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+    for (const auto &row : rows) {
+        const auto document = parseXml(row.in);
+        ASSERT_TRUE(document) << row.name;
+        const std::string rendered = renderXml(*document);
+        EXPECT_EQ(rendered, declaration + row.out + "\n") << row.name;
+        const auto again = parseXml(rendered);
+        ASSERT_TRUE(again) << row.name;
+        EXPECT_EQ(renderXml(*again), rendered) << row.name;
+    }
+}
+
+} // namespace
+} // namespace zandorin::platform

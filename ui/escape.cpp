@@ -82,9 +82,21 @@ constexpr Encoding makeUri() {
     return encoding;
 }
 
-constexpr Encoding makeHtml() {
+constexpr Encoding makeXmlAttribute() {
     Encoding encoding;
     setNamedEntities(encoding);
+    return encoding;
+}
+
+constexpr Encoding makeXmlText() {
+    Encoding encoding = makeXmlAttribute();
+    encoding['"'] = {};
+    encoding['\''] = {};
+    return encoding;
+}
+
+constexpr Encoding makeHtml() {
+    Encoding encoding = makeXmlAttribute();
     encoding['/'] += "&#x2F;";
     return encoding;
 }
@@ -99,6 +111,8 @@ constexpr Encoding makeAllHex() {
 constexpr Encoding safe_encoding = makeSafe();
 constexpr Encoding uri_encoding = makeUri();
 constexpr Encoding html_encoding = makeHtml();
+constexpr Encoding xml_text_encoding = makeXmlText();
+constexpr Encoding xml_attribute_encoding = makeXmlAttribute();
 constexpr Encoding all_hex_encoding = makeAllHex();
 
 std::string encode(const Encoding &encoding, std::string_view text) {
@@ -161,6 +175,14 @@ std::string encodeUri(std::string_view text) {
 
 std::string escapeHtmlString(std::string_view text) {
     return encode(html_encoding, text);
+}
+
+std::string escapeXmlText(std::string_view text) {
+    return encode(xml_text_encoding, text);
+}
+
+std::string escapeXmlAttribute(std::string_view text) {
+    return encode(xml_attribute_encoding, text);
 }
 
 int encode_safe(const char *input, char *buffer, std::size_t size, std::size_t *length) {

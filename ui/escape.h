@@ -20,6 +20,12 @@ std::string encodeUri(std::string_view text);
 /// HTML text and attribute values: & < > " ' and / are escaped, all else stands.
 std::string escapeHtmlString(std::string_view text);
 
+/// Text between tags: & < > become named entities, all else stands.
+std::string escapeXmlText(std::string_view text);
+
+/// An attribute's value: as text between tags, and both quotes too.
+std::string escapeXmlAttribute(std::string_view text);
+
 /// Writes at most size - 1 bytes of the encoding into `buffer`, when it is not null, and the full
 /// encoded length into *length. Always 0.
 int encode_safe(const char *input, char *buffer, std::size_t size, std::size_t *length);

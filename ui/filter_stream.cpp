@@ -1,5 +1,7 @@
 #include "ui/filter_stream.h"
 
+#include "ui/escape.h"
+
 #include <algorithm>
 #include <string_view>
 
@@ -58,28 +60,13 @@ filterbuf::int_type filterbuf::underflow() {
 }
 
 void escapexml::filter(int character, std::string &out) {
-    switch (character) {
-    case '<':
-        out += "&lt;";
-        break;
-    case '>':
-        out += "&gt;";
-        break;
-    case '&':
-        out += "&amp;";
-        break;
-    default:
-        out += static_cast<char>(character);
-    }
+    const char c = static_cast<char>(character);
+    out += escapeXmlText({&c, 1});
 }
 
 void escapexmlattr::filter(int character, std::string &out) {
-    if (character == '"')
-        out += "&quot;";
-    else if (character == '\'')
-        out += "&apos;";
-    else
-        escapexml::filter(character, out);
+    const char c = static_cast<char>(character);
+    out += escapeXmlAttribute({&c, 1});
 }
 
 replace::replace(std::streambuf *target, std::map<std::string, std::string> strings)

@@ -23,8 +23,8 @@ std::string inputButton(const std::string &type, const std::string &name, const 
 /// Options that are not told apart by a label of their own, as the device and power menus have
 /// them.
 std::string plainOption(const std::string &attributes, const std::string &label, bool selected) {
-    return "<option" + attributes + " " + (selected ? "selected" : "") + ">" + escapeText(label) +
-           "</option>";
+    return "<option" + attributes + " " + (selected ? "selected" : "") + ">" +
+           escapeXmlText(label) + "</option>";
 }
 
 std::string openDeviceSelect(const std::string &name, const std::string &onChange) {
@@ -79,7 +79,7 @@ std::string menuInput(const std::string &name, const std::vector<Option> &option
             group = option.group;
         }
         html += "<option" + valueAttribute(option.value) +
-                (option.value == selected ? " selected" : "") + ">" + escapeText(option.label) +
+                (option.value == selected ? " selected" : "") + ">" + escapeXmlText(option.label) +
                 "</option>";
     }
     return html + (group.empty() ? "" : "</optgroup>") + "</select>";
@@ -103,7 +103,7 @@ std::string radioInput(const std::string &name, const std::vector<Option> &optio
             html += "<br/>";
         html += "<input type=\"radio\"" + attribute("name", name) + valueAttribute(option.value) +
                 (option.value == selected ? " checked" : "") + scriptAttribute("onClick", onClick) +
-                ">" + escapeText(option.label);
+                ">" + escapeXmlText(option.label);
     }
     return html;
 }
@@ -164,7 +164,7 @@ std::string getPortCheckboxes(const std::string &prefix, const std::vector<PortC
         if (port.available)
             html += "<input" + attribute("name", prefix + std::to_string(port.number)) +
                     " type=\"checkbox\"" + (port.checked ? " checked" : "") + ">" +
-                    escapeText(port.label);
+                    escapeXmlText(port.label);
         else
             html += "&nbsp;<font color=\"#FF0000\">N/A</font>";
         html += "</td>";

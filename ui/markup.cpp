@@ -1,38 +1,10 @@
 #include "ui/markup.h"
 
+#include "ui/escape.h"
+
 namespace zandorin::ui {
 
 namespace {
-
-std::string_view entity(char c, bool quotes) {
-    switch (c) {
-    case '&':
-        return "&amp;";
-    case '<':
-        return "&lt;";
-    case '>':
-        return "&gt;";
-    case '"':
-        return quotes ? "&quot;" : "";
-    case '\'':
-        return quotes ? "&apos;" : "";
-    default:
-        return "";
-    }
-}
-
-std::string escape(std::string_view text, bool quotes) {
-    std::string result;
-    result.reserve(text.size());
-    for (const char c : text) {
-        const std::string_view replacement = entity(c, quotes);
-        if (replacement.empty())
-            result += c;
-        else
-            result += replacement;
-    }
-    return result;
-}
 
 std::string quoted(std::string_view name, std::string_view value) {
     std::string result = " ";
@@ -42,16 +14,8 @@ std::string quoted(std::string_view name, std::string_view value) {
 
 } // namespace
 
-std::string escapeText(std::string_view text) {
-    return escape(text, false);
-}
-
-std::string escapeAttribute(std::string_view text) {
-    return escape(text, true);
-}
-
 std::string attribute(std::string_view name, std::string_view value) {
-    return quoted(name, escapeAttribute(value));
+    return quoted(name, escapeXmlAttribute(value));
 }
 
 std::string optionalAttribute(std::string_view name, std::string_view value) {

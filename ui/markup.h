@@ -7,12 +7,6 @@
 
 namespace zandorin::ui {
 
-/// Text between tags: & < > become entities, all else stands.
-std::string escapeText(std::string_view text);
-
-/// An attribute's value: as escapeText, and both quotes too.
-std::string escapeAttribute(std::string_view text);
-
 /// ` name="value"`, the value escaped.
 std::string attribute(std::string_view name, std::string_view value);
 

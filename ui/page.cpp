@@ -1,6 +1,7 @@
 #include "ui/page.h"
 
 #include "cgi/cgi.h"
+#include "ui/escape.h"
 #include "ui/markup.h"
 #include "util/log.h"
 
@@ -45,7 +46,7 @@ std::string script(std::string_view path) {
 } // namespace
 
 std::string resourcePath(std::string_view path) {
-    return escapeAttribute(baseUri()) + escapeAttribute(path);
+    return escapeXmlAttribute(baseUri()) + escapeXmlAttribute(path);
 }
 
 std::string pixmapPath(std::string_view name) {
@@ -60,7 +61,7 @@ std::string openPage(const std::string &title, const std::string &contentType,
     std::string html = doctype;
     html += "<html>\n\t<head>\n\t<meta http-equiv=\"X-UA-Compatible\" content=\"IE=7\">\n";
     html += "\t\t<title>" + title + "</title>\n";
-    html += "\t\t<meta http-equiv=\"Content-Type\" content=\"" + escapeAttribute(contentType) +
+    html += "\t\t<meta http-equiv=\"Content-Type\" content=\"" + escapeXmlAttribute(contentType) +
             "; charset=iso-8859-1\"/>\n";
     if (!styleSheet.empty())
         html += "\t\t<link href=\"" + resourcePath(styleSheet) +
@@ -132,7 +133,7 @@ std::string delayedRedirect(const std::string &url, int delayMs) {
 std::string link(const std::string &target, const std::string &text, const std::string &onClick) {
     ZANDORIN_TRACE();
     return "<a" + attribute("href", target) + scriptAttribute("onClick", onClick) + ">" +
-           escapeText(text) + "</a>";
+           escapeXmlText(text) + "</a>";
 }
 
 std::string imageLink(const Image &image, const std::string &target) {
@@ -196,7 +197,7 @@ std::string sectionScript() {
 
 std::string sectionBody(const std::string &id, bool collapsed) {
     ZANDORIN_TRACE();
-    std::string html = "<tbody id=\"section" + escapeAttribute(id) + "\" class=\"expanded\">";
+    std::string html = "<tbody id=\"section" + escapeXmlAttribute(id) + "\" class=\"expanded\">";
     if (collapsed)
         html += "<script type=\"text/javascript\" language=\"JavaScript\">"
                 "var section = document.getElementById('section" +

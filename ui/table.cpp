@@ -137,17 +137,17 @@ void Table::spacerRow() {
 }
 
 void Table::titleRow(const std::string &title) {
-    spanningRow("sub-title", escapeText(title));
+    spanningRow("sub-title", escapeXmlText(title));
 }
 
 void Table::textRow(const std::string &text) {
-    spanningRow("field-input", escapeText(text));
+    spanningRow("field-input", escapeXmlText(text));
 }
 
 void Table::row(const std::string &label, const std::string &cssClass, const std::string &markup) {
     openRow();
     openCell("field-label");
-    out_ << escapeText(label);
+    out_ << escapeXmlText(label);
     closeCell();
     openCell(cssClass);
     out_ << markup;
@@ -156,12 +156,12 @@ void Table::row(const std::string &label, const std::string &cssClass, const std
 }
 
 void Table::labelledTextRow(const std::string &label, const std::string &text) {
-    row(label, "field-input", escapeText(text));
+    row(label, "field-input", escapeXmlText(text));
 }
 
 void Table::textOutputRow(const std::string &label, const std::string &text,
                           const std::string &description) {
-    row(label, "field-output", escapeText(text) + "<br>" + description);
+    row(label, "field-output", escapeXmlText(text) + "<br>" + description);
 }
 
 void Table::inputRow(const std::string &label, const std::string &markup,
@@ -223,9 +223,9 @@ void Table::openSection(const std::string &id, const std::string &title, bool co
         return;
     }
     out_ << "<tr><td class=\"sub-title\" valign=\"top\" colspan=\"99\" onClick=\"sectionToggle('"
-         << escapeAttribute(id) << "')\"><img class=\"section-icon\" id=\"section-icon"
-         << escapeAttribute(id) << "\" src=\""
-         << pixmapPath(collapsed ? "icon-expand" : "icon-collapse") << "\">" << escapeText(title)
+         << escapeXmlAttribute(id) << "')\"><img class=\"section-icon\" id=\"section-icon"
+         << escapeXmlAttribute(id) << "\" src=\""
+         << pixmapPath(collapsed ? "icon-expand" : "icon-collapse") << "\">" << escapeXmlText(title)
          << "</td></tr>";
 }
 

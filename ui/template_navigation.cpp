@@ -41,7 +41,7 @@ std::string panelBranch(const NavBranch &branch, const std::string &number,
                         const std::string &entries) {
     return "    <h4 class=\"sub-title\" onclick=\"navToggle(" + number +
            ")\"><img class=\"sub-title\" id=\"icon" + number + "\" src=\"" +
-           pixmapPath("icon-collapse") + "\" alt=\"\">" + escapeText(branch.label) + "</h4>\n" +
+           pixmapPath("icon-collapse") + "\" alt=\"\">" + escapeXmlText(branch.label) + "</h4>\n" +
            "    <div class=\"branch\" id=\"branch" + number + "\">\n" + entries + "    </div>\n";
 }
 
@@ -83,9 +83,9 @@ std::string getShortcuts(Engine &engine, const Arguments &) {
     });
     std::string html;
     for (const NavLeaf *leaf : leaves)
-        html += "<td class=\"top-button\"><a href=\"" + escapeAttribute(formLink(*leaf)) +
+        html += "<td class=\"top-button\"><a href=\"" + escapeXmlAttribute(formLink(*leaf)) +
                 "\"><img src=\"" + pixmapPath("icon-" + leaf->id) + "\"><br/>" +
-                escapeText(leaf->shortcut) + "</a></td>";
+                escapeXmlText(leaf->shortcut) + "</a></td>";
     return html;
 }
 

@@ -25,7 +25,7 @@ std::string layOut(const UnsafeInput &input, std::string_view tableAttributes,
                    const std::string &newValue) {
     std::string html = "<table border=\"0\" cellpadding=\"0\" cellspacing=\"0\"";
     html.append(tableAttributes).append("><tr><td>");
-    html += "<div id=\"" + escapeAttribute(input.name) + ".current\" title=\"" +
+    html += "<div id=\"" + escapeXmlAttribute(input.name) + ".current\" title=\"" +
             encodeSafe(input.current) + "\"><b>" + shortened(input.current) +
             "</b></div></td></tr><tr><td>";
     if (input.offerDelete)

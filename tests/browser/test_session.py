@@ -42,7 +42,8 @@ def test_a_visit(browser):
 
 def test_navigation_folds(browser):
     browser.log_in()
-    leaf, heading = browser.link("Web Sessions"), browser.one("#related-links h4")
+    leaf = browser.link("Web Sessions")
+    heading = leaf.find_element("xpath", "ancestor::div[@class='branch']/preceding-sibling::h4[1]")
     assert leaf.is_displayed() and heading.get_attribute("aria-expanded") == "true"
     heading.click()
     assert not leaf.is_displayed() and heading.get_attribute("aria-expanded") == "false"

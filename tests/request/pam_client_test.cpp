@@ -51,6 +51,8 @@ class PamClient : public test::ApplianceTest {
         pid_ = ::fork();
         if (pid_ == 0) {
             ::setenv("LD_PRELOAD", "libnss_wrapper.so", 1);
+            // The sanitizers cannot be loaded under libraries that bind to themselves first.
+            ::setenv("NSS_WRAPPER_DISABLE_DEEPBIND", "1", 1);
             ::setenv("NSS_WRAPPER_PASSWD", passwd.c_str(), 1);
             ::setenv("NSS_WRAPPER_GROUP", group.c_str(), 1);
             ::execl(program.c_str(), program.c_str(), option, nullptr);

@@ -23,8 +23,9 @@ constexpr int report_fd = 3;
 
 std::vector<std::string> allowedEnvironment() {
     std::vector<std::string> allowed;
-    for (const char *name : {"PATH", "TZ", "LANG", "ZANDORIN_ROOT", "LD_PRELOAD",
-                             "NSS_WRAPPER_PASSWD", "NSS_WRAPPER_GROUP"}) {
+    for (const char *name :
+         {"PATH", "TZ", "LANG", "ZANDORIN_ROOT", "LD_PRELOAD", "NSS_WRAPPER_PASSWD",
+          "NSS_WRAPPER_GROUP", "NSS_WRAPPER_DISABLE_DEEPBIND"}) {
         const char *value = std::getenv(name);
         if (value != nullptr)
             allowed.push_back(std::string(name) + "=" + value);

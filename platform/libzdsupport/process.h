@@ -9,5 +9,5 @@
 /// output and error, "/" as its folder and none of this process's other descriptors, so that
 /// neither the page nor the web server's sockets wait for it. Its environment is an allow list of
 /// this one: PATH, TZ, LANG, ZANDORIN_ROOT and what preloads account files in development
-/// (LD_PRELOAD, NSS_WRAPPER_PASSWD, NSS_WRAPPER_GROUP).
+/// (LD_PRELOAD, NSS_WRAPPER_PASSWD, NSS_WRAPPER_GROUP, NSS_WRAPPER_DISABLE_DEEPBIND).
 pid_t zandorin_proc_exec_nowait(const char *const *arguments);

@@ -43,7 +43,7 @@ def test_a_visit(browser):
 def test_navigation_folds(browser):
     def leaf_and_heading():
         leaf = browser.one("#related-links a[href='?form=sessions']")
-        return leaf, leaf.find_element("xpath", "ancestor::div[@class='branch']/preceding-sibling::h4[1]")
+        return leaf, leaf.find_element("xpath", "ancestor::div[contains(@class, 'branch')]/preceding-sibling::h4[1]")
 
     browser.log_in()
     leaf, heading = leaf_and_heading()

@@ -20,7 +20,7 @@ namespace zandorin::ui {
 
 namespace {
 
-constexpr std::size_t small_file = 64 * 1024;
+constexpr std::size_t small_file = 65536;
 
 /// The first line of /etc/version, such as "Zandorin/HX9016 Version 1.0.0 2fa1c0de", without its
 /// line end; "" when there is none.

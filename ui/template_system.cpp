@@ -9,7 +9,6 @@
 
 #include <array>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 
@@ -103,8 +102,9 @@ std::string getUptime(Engine &, const Arguments &) {
     const auto text = readFile(appliancePath("/proc/uptime"), small_file);
     if (!text)
         return "Unavailable";
-    double seconds = 0;
-    if (std::sscanf(text->c_str(), "%lf", &seconds) != 1)
+    char *end = nullptr;
+    const double seconds = std::strtod(text->c_str(), &end);
+    if (end == text->c_str())
         return "/proc/uptime malformed";
     // Beyond a thousand years, or not a number at all: nothing to show.
     if (!(seconds > 0.0 && seconds < 3.2e10))

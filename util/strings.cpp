@@ -39,6 +39,16 @@ bool hasControlCharacter(std::string_view text) {
     });
 }
 
+std::string shellQuote(std::string_view text) {
+    std::string word = "'";
+    for (const char c : text) {
+        if (c == '\'')
+            word += "'\\'";
+        word += c;
+    }
+    return word + "'";
+}
+
 std::optional<std::int64_t> parseWhole(std::string_view text) {
     std::int64_t number = 0;
     const char *end = text.data() + text.size();

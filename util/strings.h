@@ -19,6 +19,9 @@ bool startsWithIgnoreCase(std::string_view text, std::string_view prefix);
 /// True when `text` holds a byte below 0x20 or 0x7f.
 bool hasControlCharacter(std::string_view text);
 
+/// `text` as one word of a shell command, whatever stands in it but NUL.
+std::string shellQuote(std::string_view text);
+
 /// The whole of `text` as a decimal number, an optional "-" first; nothing else may stand in it
 /// (no blanks, no "+"). None when it is no such number or outside 64 bits.
 std::optional<std::int64_t> parseWhole(std::string_view text);

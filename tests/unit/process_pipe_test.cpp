@@ -1,4 +1,5 @@
 #include "util/process_pipe.h"
+#include "util/strings.h"
 
 #include <cerrno>
 #include <chrono>
@@ -33,6 +34,13 @@ TEST(ProcessPipe, ReadsOutputAndStatus) {
         EXPECT_EQ(pipe.success(), row.success) << row.command;
         EXPECT_EQ(pipe.status_string(), row.status) << row.command;
         EXPECT_TRUE(pipe.wait(0)) << "a second wait knows the status";
+    }
+}
+
+TEST(ProcessPipe, QuotedTextIsOneWord) {
+    for (const std::string text : {"", "a b", "'", "a'b''c", "$HOME `id` \\ \" \n*"}) {
+        ipipestream pipe("printf %s " + shellQuote(text), 5000);
+        EXPECT_EQ(rest(pipe), text);
     }
 }
 

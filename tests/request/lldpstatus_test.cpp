@@ -1,0 +1,124 @@
+#include "tests/support/request_test.h"
+#include "util/process_pipe.h"
+#include "util/strings.h"
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <thread>
+
+namespace zandorin::test {
+namespace {
+
+class LldpStatus : public RequestTest {
+  protected:
+    /// Stands in for the LLDP client; "$*" are the words it was called with.
+    void putClient(const std::string &script) {
+        put("/sbin/lldpcli", "#!/bin/sh\n" + script);
+        std::filesystem::permissions(onHost("/sbin/lldpcli"), std::filesystem::perms::owner_all);
+    }
+    Response page() { return get("form=lldpstatus", login()); }
+};
+
+std::string row(const std::string &label, const std::string &value) {
+    return "width=\"22%\">" + label + "&nbsp;</td><td class=\"field-input\" width=\"78%\">" +
+           value + "&nbsp;</td>";
+}
+
+TEST_F(LldpStatus, ShowsNeighborsAndTheAppliance) {
+    putClient("test \"$1 $2 $3\" = '-f keyvalue show' && test \"$5\" = details || exit 2\n"
+              "case $4 in\n"
+              "neighbor) cat " +
+              shellQuote(ZANDORIN_SOURCE_DIR "/tests/data/lldp-neighbors.txt") +
+              ";;\n"
+              "chassis) echo local-chassis.chassis.name=console-1;;\n"
+              "esac\n");
+    const Response response = page();
+    EXPECT_TRUE(response.has("Status: LLDP Neighbors"));
+    EXPECT_TRUE(response.has("Neighbor on eth0"));
+    EXPECT_TRUE(response.has(row("System name", "rack12-top.example.net")));
+    EXPECT_TRUE(response.has(row("vlan.vlan-id", "40")));
+    EXPECT_TRUE(response.has("Neighbor on eth1"));
+    EXPECT_TRUE(response.has("This appliance"));
+    EXPECT_TRUE(response.has(row("System name", "console-1")));
+    EXPECT_FALSE(response.has("LLDP client"));
+}
+
+TEST_F(LldpStatus, EscapesWhatNeighborsSay) {
+    putClient("case $4 in\n"
+              "neighbor) printf '%s\\n' 'lldp.<i>0.chassis.name=<script>alert(1)</script>' "
+              "'lldp.<i>0.<u>x=CGI_CALL(ui::getTime)\"&';;\n"
+              "chassis) printf 'local-chassis.chassis.descr=\\033<img src=x>\\n';;\n"
+              "esac\n");
+    const Response response = page();
+    EXPECT_TRUE(response.has("Neighbor on &lt;i&gt;0"));
+    EXPECT_TRUE(response.has(row("System name", "&lt;script&gt;alert(1)&lt;/script&gt;")));
+    EXPECT_TRUE(response.has("&lt;u&gt;x"));
+    EXPECT_TRUE(response.has("&lt;img src=x&gt;"));
+    for (const char *markup : {"<script>alert", "<i>0", "<u>", "<img src=x"})
+        EXPECT_FALSE(response.has(markup)) << markup;
+}
+
+TEST_F(LldpStatus, SaysWhatIsWrongWithTheClient) {
+    EXPECT_TRUE(page().has("The LLDP client is not installed: /sbin/lldpcli&nbsp;</td>"));
+    const struct {
+        const char *script;
+        const char *text;
+    } rows[] = {
+        {"exit 1\n", "The LLDP client gave no full answer (exit 1). Is the LLDP service running?"},
+        {"kill -KILL $$\n", "The LLDP client gave no full answer (Killed)."},
+        {"exit 0\n", "No neighbor has announced itself."},
+        {"echo unable to connect\n", "No neighbor has announced itself."},
+        {"yes local-chassis.a=1\n", "The LLDP client gave no full answer (incomplete)."},
+    };
+    for (const auto &row : rows) {
+        putClient(row.script);
+        EXPECT_TRUE(page().has(row.text)) << row.script;
+    }
+    EXPECT_NE(log().find("lldpcli missing expected 'local-chassis.'"), std::string::npos);
+}
+
+TEST_F(LldpStatus, ComesWhenTheClientHangsAndEndsIt) {
+    putClient("trap 'kill $!; touch \"$ZANDORIN_ROOT/tmp/ended\"; exit' TERM\n"
+              "echo local-chassis.chassis.name=console-1\n"
+              "sleep 30 &\n"
+              "wait\n");
+    const auto start = std::chrono::steady_clock::now();
+    const Response response = page();
+    const auto taken = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(taken, std::chrono::seconds(5));
+    EXPECT_LT(taken, std::chrono::seconds(9)) << "one time-out, not one for each question";
+    EXPECT_TRUE(response.has("The LLDP client gave no full answer (incomplete)."));
+    EXPECT_TRUE(response.has("console-1"));
+    EXPECT_TRUE(response.body.ends_with("</html>\n"));
+    for (int i = 0; i < 100 && !exists("/tmp/ended"); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_TRUE(exists("/tmp/ended"));
+}
+
+TEST_F(LldpStatus, ShowsTheNeighborOfARealDaemon) {
+    ipipestream daemons(
+        "exec 2>/dev/null; unshare --net --mount true || { echo skip no namespaces; exit; }; "
+        "exec unshare --net --mount " ZANDORIN_SOURCE_DIR "/tests/support/lldpd_pair",
+        15000);
+    std::string word;
+    std::string rest;
+    std::getline(daemons >> word >> std::ws, rest);
+    if (word == "skip")
+        GTEST_SKIP() << "LLDP daemons cannot be run here: " << rest;
+    ASSERT_EQ(word, "ready") << rest;
+    putClient("unset LD_PRELOAD\n"
+              "PATH=$PATH:/usr/sbin:/sbin exec lldpcli -u " +
+              shellQuote(rest + "/near.sock") + " \"$@\"\n");
+    const Response response = page();
+    EXPECT_TRUE(response.has("Neighbor on near0"));
+    EXPECT_TRUE(response.has(row("System description", "far &lt;b&gt;system&lt;/b&gt;")));
+    EXPECT_TRUE(response.has(row("Port description", "far0")));
+    EXPECT_TRUE(response.has(row("System description", "near system")));
+    EXPECT_FALSE(response.has("LLDP client"));
+    EXPECT_EQ(daemons.kill(SIGTERM), 0);
+    EXPECT_TRUE(daemons.success(5000)) << daemons.status_string();
+}
+
+} // namespace
+} // namespace zandorin::test

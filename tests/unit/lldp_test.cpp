@@ -1,0 +1,93 @@
+#include "tests/support/log_capture.h"
+#include "util/lldp.h"
+
+#include <fstream>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+namespace zandorin {
+namespace {
+
+using Neighbours = std::map<std::string, LldpValues>;
+
+Neighbours neighboursIn(const std::string &output) {
+    std::istringstream stream(output);
+    return parseLldpNeighbours(stream);
+}
+
+LldpValues chassisIn(const std::string &output) {
+    std::istringstream stream(output);
+    return parseLldpChassis(stream);
+}
+
+TEST(Lldp, ReadsRecordedNeighbours) {
+    std::ifstream output(ZANDORIN_SOURCE_DIR "/tests/data/lldp-neighbors.txt");
+    const Neighbours found = parseLldpNeighbours(output);
+    ASSERT_EQ(found.size(), 2U);
+    const LldpValues &top = found.at("eth0");
+    EXPECT_EQ(top.size(), 20U);
+    EXPECT_EQ(top.at("chassis.descr"), "Switch, 48 ports, version=7.2.1 build 44");
+    EXPECT_EQ(top.at("chassis.mgmt-ip"), "2001:db8::12") << "the later of two";
+    EXPECT_EQ(top.at("port.auto-negotiation.1000Base-T.fd"), "yes");
+    EXPECT_EQ(top.at("vlan"), "management");
+    EXPECT_EQ(found.at("eth1").at("chassis.descr"), "");
+}
+
+TEST(Lldp, ReadsWhatLinesMayLookLike) {
+    const struct {
+        const char *name;
+        std::string output;
+        Neighbours neighbours;
+    } rows[] = {
+        {"nothing", "", {}},
+        {"last line without its end", "lldp.e.a=1", {{"e", {{"a", "1"}}}}},
+        {"no value", "lldp.e.a\nlldp.e\nlldp\nlldp.\nlldp.e.b=2\n", {{"e", {{"b", "2"}}}}},
+        {"interface with a dot", "lldp.e.7.a=1\n", {{"e", {{"7.a", "1"}}}}},
+        {"empty names", "lldp..=\n", {{"", {{"", ""}}}}},
+        {"any bytes",
+         std::string("lldp.e.a=\0\xff\r\n", 13),
+         {{"e", {{"a", std::string("\0\xff\r", 3)}}}}},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(neighboursIn(row.output), row.neighbours) << row.name;
+    EXPECT_EQ(chassisIn("local-chassis.chassis.name=a.b=c\nlocal-chassis\n"),
+              (LldpValues{{"chassis.name", "a.b=c"}}));
+}
+
+TEST(Lldp, OtherOutputEmptiesTheAnswer) {
+    for (const char *output : {"lldp.e.a=1\nlldpd is not running\n", "lldp.e.a=1\n\nlldp.e.b=2\n",
+                               "lldp.e.a=1\nLLDP.e.a=1\n", "lldpx.e.a=1", " lldp.e.a=1\n"}) {
+        const test::LogCapture log;
+        EXPECT_EQ(neighboursIn(output), Neighbours{}) << output;
+        EXPECT_TRUE(log.has("400 lldpcli missing expected 'lldp.'")) << output;
+    }
+    const test::LogCapture log;
+    EXPECT_EQ(chassisIn("local-chassis.a=1\nlldp.e.a=1\n"), LldpValues{});
+    EXPECT_TRUE(log.has("400 lldpcli missing expected 'local-chassis.'"));
+}
+
+TEST(Lldp, StaysWithinItsLimits) {
+    const std::string start = "lldp.e.a=";
+    const Neighbours cut = neighboursIn(start + std::string(5000, 'x') + "\nlldp.e.b=2\n");
+    EXPECT_EQ(cut.at("e").at("a"), std::string(4096 - start.size(), 'x'));
+    EXPECT_EQ(cut.at("e").at("b"), "2");
+
+    std::string many;
+    for (int i = 0; i < 5000; ++i)
+        many += "local-chassis.k" + std::to_string(i) + "=\n";
+    EXPECT_EQ(chassisIn(many).size(), 4096U);
+
+    // The line that the limit cuts through is no line of other output.
+    std::string large;
+    while (large.size() <= std::size_t{1024} * 1024)
+        large +=
+            "local-chassis.k" + std::to_string(large.size()) + "=" + std::string(999, 'x') + "\n";
+    EXPECT_GT(chassisIn(large).size(), 1000U);
+    std::istringstream endless(std::string(std::size_t{2} * 1024 * 1024, 'x'));
+    EXPECT_EQ(parseLldpChassis(endless), LldpValues{});
+    EXPECT_FALSE(endless.eof());
+}
+
+} // namespace
+} // namespace zandorin

@@ -16,13 +16,14 @@ void Engine::configure() {
         configManager_.schedule(formId_);
     for (const std::string &name : extraConfigurators_)
         configManager_.schedule(name);
-    // Asked before the change is written: this very change may switch the mode on.
-    const bool queued = configManager_.getDelayedConfigMode();
     if (!configManager_.write())
         throw utilities::Exception("Failed to save configuration changes.");
-    request->addMessage(queued ? "Changes to configuration queued.To commit these changes, click "
-                                 "the 'Commit Changes' shortcut"
-                               : "Changes to configuration succeeded.");
+    // The store tells by now where the change went, also when another request has switched the
+    // mode.
+    request->addMessage(configManager_.getDelayedConfigMode()
+                            ? "Changes to configuration queued.To commit these changes, click "
+                              "the 'Commit Changes' shortcut"
+                            : "Changes to configuration succeeded.");
 }
 
 } // namespace zandorin

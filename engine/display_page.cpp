@@ -221,6 +221,11 @@ void Engine::runConfigurators() {
         return;
     ignoreHangUps();
     logRecord(Priority::debug, "'%s' running configurator(s)", formId_.c_str());
+    // Another request may have begun to run its own while this one made its page.
+    if (pidfile_valid("configurators") == 0) {
+        cgi_->finishResponse();
+        waitForConfigurators();
+    }
     // Held before the response ends: the browser's next request already has to wait.
     pidfile_create("configurators");
     cgi_->finishResponse();

@@ -16,16 +16,6 @@ namespace zandorin {
 
 namespace {
 
-constexpr const char *system_password = "config.system.password";
-constexpr std::size_t default_length = 256;
-constexpr std::size_t ssh_key_length = 16384;
-
-std::size_t lengthLimit(const FormElem &element) {
-    if (element.type == "sshauthkey")
-        return ssh_key_length;
-    return element.maxLength <= 0 ? default_length : static_cast<std::size_t>(element.maxLength);
-}
-
 const char *onOff(bool value) {
     return value ? "on" : "off";
 }
@@ -41,10 +31,12 @@ class Validation {
     Validation(Engine &engine, Cgi &cgi) : engine_(engine), cgi_(cgi) {}
 
     void check(const std::string &name, const FormElem &element) {
-        const CgiValue value = cgi_.getVarString(name, lengthLimit(element));
+        const CgiValue value = cgi_.getVarString(name, element.bufferSize());
         report(name, element, value);
         if (value.raw.empty()) {
-            if (element.autoDelete || !cgi_.getVarString(name + ".delete").raw.empty())
+            // The box of an unsafe input; it has no say over what is not saved at all.
+            const bool boxed = element.autoSave && !cgi_.getVarString(name + ".delete").raw.empty();
+            if (element.autoDelete || boxed)
                 pending_.deletes.push_back(name);
             return;
         }
@@ -64,8 +56,7 @@ class Validation {
   private:
     /// Tells the page, in debug mode, and the log what was submitted.
     void report(const std::string &name, const FormElem &element, const CgiValue &value) {
-        const bool secret = element.type == "password" || name == system_password;
-        const bool masked = secret && !value.raw.empty();
+        const bool masked = isPassword(name, element) && !value.raw.empty();
         if (engine_.debugMode())
             cgi_ << "Form Element: <b>" + encodeSafe(name) + "</b> = '<i>" +
                         (masked ? ui::password_placeholder : value.safe) +
@@ -86,6 +77,14 @@ class Validation {
         return true;
     }
 
+    /// Told before anything is put into the store: all of a form is saved, or nothing.
+    bool isStorable(const FormElem &element, const std::string &value) {
+        if (ConfigManager::canHold(value))
+            return true;
+        cgi_.addError("<i>" + element.label + "</i> can not contain control characters.");
+        return false;
+    }
+
     bool accepts(const FormElem &element, const CgiValue &value) {
         if (element.type == "text")
             return !refuseMarkup(element, value);
@@ -99,7 +98,7 @@ class Validation {
         else if (refuseMarkup(element, value))
             return false;
         if (type->validator(value.raw))
-            return true;
+            return isStorable(element, value.raw);
         std::string message =
             "<i>" + element.label + "</i> must be assigned a <i>" + type->description + "</i>.";
         if (element.type != "password")

@@ -10,4 +10,16 @@ FormElem::FormElem(std::string labelText, std::string typeName, bool save, bool 
     ZANDORIN_TRACE();
 }
 
+std::size_t FormElem::bufferSize() const {
+    constexpr std::size_t ssh_key_size = 16384;
+    constexpr std::size_t default_size = 256;
+    if (type == "sshauthkey")
+        return ssh_key_size;
+    return maxLength <= 0 ? default_size : static_cast<std::size_t>(maxLength);
+}
+
+bool isPassword(const std::string &name, const FormElem &element) {
+    return element.type == "password" || name == system_password;
+}
+
 } // namespace zandorin

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <string>
 
@@ -10,12 +11,21 @@ struct FormElem {
     FormElem() = default;
     FormElem(std::string labelText, std::string typeName, bool save, bool remove, int length = 0);
 
+    /// Bytes of the buffer that the field is read into, one more than its longest text.
+    std::size_t bufferSize() const;
+
     std::string label;         ///< names the field in messages; markup, as its author wrote it
     std::string type = "text"; ///< an element type's name, or the built-in "text"
     bool autoSave = true;      ///< save a valid non-empty submitted value
     bool autoDelete = true;    ///< delete the key when the submitted value is empty
-    int maxLength = 0;         ///< bytes of the field's buffer; 0 or less means 256
+    int maxLength = 0;         ///< bytes of the field's buffer; 0 or less means the type's
 };
+
+/// The password of root, stored as a hash.
+inline constexpr const char *system_password = "config.system.password";
+
+/// True for an element whose value no page and no log record may show.
+bool isPassword(const std::string &name, const FormElem &element);
 
 /// The elements of one request's form by field name, in byte order of the names.
 using FormElements = std::map<std::string, FormElem>;

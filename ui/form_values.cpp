@@ -2,17 +2,38 @@
 
 #include "cgi/cgi.h"
 #include "engine/engine.h"
+#include "ui/inputs.h"
 
 namespace zandorin::ui {
+
+namespace {
+
+/// What the form declares for the name, or would without saying more.
+FormElem elementOf(Engine &engine, const std::string &name) {
+    const auto found = engine.elements().find(name);
+    return found == engine.elements().end() ? FormElem() : found->second;
+}
+
+} // namespace
 
 bool showsSubmission(Engine &engine) {
     return engine.cgi() != nullptr && engine.formWasSubmitted() && engine.cgi()->hasErrors();
 }
 
+std::string storedValue(Engine &engine, const std::string &name) {
+    std::string value = engine.config().getElement(name);
+    if (!value.empty() && isPassword(name, elementOf(engine, name)))
+        return password_placeholder;
+    return value;
+}
+
 std::string shownValue(Engine &engine, const std::string &name, int maxlength) {
-    if (!showsSubmission(engine))
-        return engine.config().getElement(name);
-    const std::size_t limit = maxlength < 1 ? 256 : static_cast<std::size_t>(maxlength) + 1;
+    const FormElem element = elementOf(engine, name);
+    if (!showsSubmission(engine) || isPassword(name, element))
+        return storedValue(engine, name);
+    // As much of what was typed as validation reads, unless the input itself takes less.
+    const std::size_t limit =
+        maxlength < 1 ? element.bufferSize() : static_cast<std::size_t>(maxlength) + 1;
     return engine.cgi()->getVarString(name, limit).raw;
 }
 

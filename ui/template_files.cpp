@@ -11,6 +11,7 @@
 #include "util/process_pipe.h"
 #include "util/strings.h"
 
+#include <algorithm>
 #include <fstream>
 #include <optional>
 
@@ -23,11 +24,43 @@ namespace {
 
 constexpr const char *pattern_key = "config.ui.syslog.filepattern";
 
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+/// True for what the C library would overflow its stack over or never come back from: repetitions
+/// of repetitions, which it writes out, and back-references, which POSIX does not have here.
+bool isCostly(std::string_view text) {
+    constexpr unsigned long most_copies = 20000;
+    unsigned long copies = 1;
+    bool counting = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '\\') {
+            ++i;
+            if (i < text.size() && isDigit(text[i]))
+                return true;
+        } else if (text[i] == '{' || text[i] == '}') {
+            counting = text[i] == '{';
+        } else if (counting && isDigit(text[i])) {
+            unsigned long bound = 0;
+            for (; i < text.size() && isDigit(text[i]) && bound <= most_copies; ++i)
+                bound = 10 * bound + static_cast<unsigned long>(text[i] - '0');
+            --i;
+            // The lower of two bounds counts too, which only makes this stricter.
+            copies *= std::max(bound, 1UL);
+            if (copies > most_copies)
+                return true;
+        }
+    }
+    return false;
+}
+
 /// A compiled POSIX extended regular expression.
 class LinePattern {
   public:
     explicit LinePattern(const std::string &text)
-        : valid_(::regcomp(&expression_, text.c_str(), REG_EXTENDED | REG_NOSUB) == 0) {}
+        : valid_(!isCostly(text) &&
+                 ::regcomp(&expression_, text.c_str(), REG_EXTENDED | REG_NOSUB) == 0) {}
     ~LinePattern() {
         if (valid_)
             ::regfree(&expression_);

@@ -64,7 +64,7 @@ std::string typedInput(Engine &engine, const std::string &name, const std::strin
 
 UnsafeInput unsafeInput(Engine &engine, const Arguments &arguments, int maxlength) {
     UnsafeInput input{.name = elementName(arguments[0]), .maxlength = maxlength};
-    input.current = engine.config().getElement(input.name);
+    input.current = storedValue(engine, input.name);
     if (showsSubmission(engine))
         input.submitted = shownValue(engine, input.name, maxlength);
     if (arguments.size() < 3)
@@ -119,7 +119,7 @@ std::string getElemValue(Engine &engine, const Arguments &arguments) {
         report(engine, "getElemValue() no such element: " + encodeSafe(name));
         return "";
     }
-    return encodeSafe(engine.config().getElement(name));
+    return encodeSafe(storedValue(engine, name));
 }
 
 std::string getElemLabel(Engine &engine, const Arguments &arguments) {
@@ -196,7 +196,7 @@ std::string getButtonInput(Engine &, const Arguments &) {
 }
 
 std::string getFileInput(Engine &, const Arguments &arguments) {
-    return "<input type=\"file\"" + attribute("name", arguments[0]) +
+    return "<input type=\"file\"" + attribute("name", elementName(arguments[0])) +
            " size=\"25\" class=\"formfield\">";
 }
 

@@ -19,11 +19,6 @@ namespace {
 
 constexpr std::chrono::seconds configurator_limit{60};
 
-/// A control character that XML 1.0 cannot hold.
-bool isForbidden(char c) {
-    return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
-}
-
 } // namespace
 
 ConfigManager::ConfigManager(std::string path, const std::string &directory) {
@@ -40,7 +35,11 @@ bool ConfigManager::isBroken() const {
 }
 
 bool ConfigManager::read() {
-    return store_->read();
+    return store_->read(false);
+}
+
+bool ConfigManager::readCommitted() {
+    return store_->read(true);
 }
 
 std::string ConfigManager::getElement(std::string_view key) const {
@@ -65,11 +64,18 @@ std::vector<std::string> ConfigManager::getSubElements(std::string_view key) con
     return store_->changes.children(*base, key);
 }
 
+bool ConfigManager::canHold(std::string_view value) {
+    // What XML 1.0 leaves out.
+    return std::none_of(value.begin(), value.end(), [](char c) {
+        return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
+    });
+}
+
 void ConfigManager::setElement(std::string_view key, std::string_view value) {
     // The root element is no value.
     if (!platform::isConfigKey(key) || key == "config")
         throw utilities::Exception("Invalid configuration key");
-    if (std::any_of(value.begin(), value.end(), isForbidden))
+    if (!canHold(value))
         throw utilities::Exception("Control character in the value of " + std::string(key));
     if (store_->base() != nullptr)
         store_->changes.set(*store_->base(), key, value);

@@ -44,6 +44,11 @@ class ConfigManager {
     /// then.
     bool read();
 
+    /// As read(), but always the committed file, which write() then saves to at once, whatever the
+    /// mode: for what acts on the committed configuration, such as configurators. A change is made
+    /// in the queued configuration too where that still has the old value.
+    bool readCommitted();
+
     /// The value of `key`; "" when there is none. A key is "config" and up to 63 segments more,
     /// joined by "."; a segment holds letters, digits, "_" and "-" and begins with a letter or "_".
     /// Any other key has no value.
@@ -58,9 +63,13 @@ class ConfigManager {
     /// The names of the child elements of `key`, in file order, each once.
     std::vector<std::string> getSubElements(std::string_view key) const;
 
+    /// False when `value` has a control character that XML cannot hold: all but tab, line feed and
+    /// carriage return.
+    static bool canHold(std::string_view value);
+
     /// Sets a value; an empty one for a key that has none makes no element. Throws
-    /// utilities::Exception, changing nothing, when the key is no key of the store or the value
-    /// holds a control character that XML cannot hold (all but tab, line feed and carriage return).
+    /// utilities::Exception, changing nothing, when the key is no key of the store or the store
+    /// cannot hold the value (see canHold).
     void setElement(std::string_view key, std::string_view value);
     void setElement(std::string_view key, const char *value) {
         setElement(key, std::string_view(value));

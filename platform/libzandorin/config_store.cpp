@@ -21,13 +21,17 @@ bool isDelayedOn(const XmlNode &root) {
     return flag != nullptr && isTrue(flag->text());
 }
 
-void apply(XmlNode &root, const std::vector<ConfigEdit> &edits) {
+void makeEdits(XmlNode &root, const std::vector<ConfigEdit> &edits) {
     for (const ConfigEdit &edit : edits) {
         if (edit.text)
             setElementText(root, edit.key, utf8FromLatin1(*edit.text));
         else
             removeElement(root, edit.key);
     }
+}
+
+std::string textOf(const XmlNode *element) {
+    return element == nullptr ? "" : element->text();
 }
 
 /// True also when it cannot be told, so that opening the file tells why.
@@ -56,7 +60,7 @@ std::optional<ConfigManager::Store::State> ConfigManager::Store::load() const {
         auto committed = loadConfigFile(committed_);
         if (!committed)
             return std::nullopt;
-        const bool delayedMode = isDelayedOn(committed->document.root);
+        const bool delayedMode = !committedOnly_ && isDelayedOn(committed->document.root);
         State state{std::move(committed->document), delayedMode, std::move(committed->stamp), {}};
         if (!delayedMode)
             return state;
@@ -85,7 +89,8 @@ bool ConfigManager::Store::isCurrent(const State &state) const {
     return state.delayed ? state.delayed->holds(delayed_) : !isThere(delayed_);
 }
 
-bool ConfigManager::Store::read() {
+bool ConfigManager::Store::read(bool committedOnly) {
+    committedOnly_ = committedOnly;
     changes.clear();
     state_ = load();
     return state_.has_value();
@@ -106,11 +111,12 @@ bool ConfigManager::Store::write() {
         if (!fresh)
             return false;
     }
-    XmlDocument document = fresh ? std::move(fresh->document) : state_->document;
-    apply(document.root, edits);
-    const bool delayedMode = (fresh ? *fresh : *state_).delayedMode;
+    const State &before = fresh ? *fresh : *state_;
+    const bool delayedMode = before.delayedMode;
+    XmlDocument document = before.document;
+    makeEdits(document.root, edits);
     if (delayedMode ? !saveDelayed(document, !edits.empty())
-                    : !edits.empty() && !saveCommitted(document))
+                    : !edits.empty() && !saveCommitted(before.document.root, document, edits))
         return false;
 
     if (fresh)
@@ -126,11 +132,31 @@ bool ConfigManager::Store::write() {
     return true;
 }
 
-bool ConfigManager::Store::saveCommitted(const XmlDocument &document) {
-    // A delayed file left over from earlier would come to life with the mode.
-    if (isDelayedOn(document.root) && !logged(removeFile(delayed_), "remove", delayed_))
-        return false;
+bool ConfigManager::Store::saveCommitted(const XmlNode &before, const XmlDocument &document,
+                                         const std::vector<ConfigEdit> &edits) {
+    if (isDelayedOn(document.root)) {
+        // What is queued stays queued, but a delayed file left over from earlier would come to life
+        // with the mode.
+        const bool ready = isDelayedOn(before) ? carryOver(before, edits)
+                                               : logged(removeFile(delayed_), "remove", delayed_);
+        if (!ready)
+            return false;
+    }
     return saveConfigFile(committed_, document);
+}
+
+bool ConfigManager::Store::carryOver(const XmlNode &before, const std::vector<ConfigEdit> &edits) {
+    // A damaged file is refused by whoever wants to commit it.
+    auto queued = isThere(delayed_) ? loadConfigFile(delayed_) : std::nullopt;
+    if (!queued)
+        return true;
+    XmlNode &root = queued->document.root;
+    std::vector<ConfigEdit> inherited;
+    for (const ConfigEdit &edit : edits)
+        if (textOf(findElement(root, edit.key)) == textOf(findElement(before, edit.key)))
+            inherited.push_back(edit);
+    makeEdits(root, inherited);
+    return inherited.empty() || saveConfigFile(delayed_, queued->document);
 }
 
 bool ConfigManager::Store::saveDelayed(const XmlDocument &document, bool hasEdits) {
@@ -182,7 +208,7 @@ bool ConfigManager::Store::discardDelayedCommit() {
             !logged(removeFile(queue_), "remove", queue_))
             return false;
     }
-    return read();
+    return read(committedOnly_);
 }
 
 } // namespace zandorin

@@ -14,7 +14,7 @@ class ConfigManager::Store {
     /// `path` is the committed file on this machine.
     explicit Store(std::string path);
 
-    bool read();
+    bool read(bool committedOnly);
     bool write();
     bool doDelayedCommit();
     bool discardDelayedCommit();
@@ -41,7 +41,11 @@ class ConfigManager::Store {
     std::optional<State> load() const;
     bool isCurrent(const State &state) const;
     bool saveDelayed(const platform::XmlDocument &document, bool hasEdits);
-    bool saveCommitted(const platform::XmlDocument &document);
+    bool saveCommitted(const platform::XmlNode &before, const platform::XmlDocument &document,
+                       const std::vector<platform::ConfigEdit> &edits);
+    /// Makes the edits in the delayed file too, each where that file still has the value of
+    /// `before`: committing it must not bring the old value back.
+    bool carryOver(const platform::XmlNode &before, const std::vector<platform::ConfigEdit> &edits);
 
     std::string committed_;
     std::string folder_;
@@ -50,6 +54,7 @@ class ConfigManager::Store {
     std::string queue_;
     std::string lock_;
     std::optional<State> state_;
+    bool committedOnly_ = false;
 };
 
 } // namespace zandorin

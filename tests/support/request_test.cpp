@@ -12,9 +12,11 @@
 #include <thread>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
 #include <stdlib.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace zandorin::test {
 
@@ -30,10 +32,12 @@ std::string makeRoot() {
     if (::mkdtemp(root.data()) == nullptr)
         throw std::runtime_error("cannot make " + root);
     fs::copy(ZANDORIN_SOURCE_DIR "/rootfs", root, fs::copy_options::recursive);
+    fs::copy(ZANDORIN_SOURCE_DIR "/rootfs/etc/config", root + "/usr/lib/zandorin/factory");
     for (const char *folder : {"/tmp", "/proc", "/var/run/.sessions", "/bin", "/etc/config/users"})
         fs::create_directories(root + folder);
     fs::permissions(root + "/var/run/.sessions", fs::perms::owner_all);
-    fs::create_symlink(ZANDORIN_BIN_DIR "/pam-client", root + "/bin/pam-client");
+    for (const char *helper : {"/pam-client", "/zandorin-config"})
+        fs::create_symlink(std::string(ZANDORIN_BIN_DIR) + helper, root + "/bin" + helper);
     fs::create_symlink("/proc/uptime", root + "/proc/uptime");
     return root;
 }
@@ -42,16 +46,12 @@ std::string wholeFile(const std::string &path) {
     return readFile(path).value_or("(missing)");
 }
 
-/// Waits for the process; ends it when it takes too long.
-int exitStatus(pid_t pid) {
-    const auto deadline = std::chrono::steady_clock::now() + request_limit;
-    int status = 0;
-    while (::waitpid(pid, &status, WNOHANG) == 0) {
-        if (std::chrono::steady_clock::now() > deadline)
-            ::kill(pid, SIGKILL);
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+std::vector<char *> pointers(std::vector<std::string> &words) {
+    std::vector<char *> result;
+    for (std::string &word : words)
+        result.push_back(word.data());
+    result.push_back(nullptr);
+    return result;
 }
 
 platform::XmlNode &childOf(platform::XmlNode &parent, const std::string &name) {
@@ -78,6 +78,49 @@ std::string Response::part(std::string_view start, std::string_view end) const {
     const auto first = body.find(start);
     const auto last = first == std::string::npos ? first : body.find(end, first + start.size());
     return last == std::string::npos ? "" : body.substr(first, last - first + end.size());
+}
+
+void Running::readPage() {
+    std::array<char, 65536> piece = {};
+    const auto deadline = std::chrono::steady_clock::now() + request_limit;
+    while (output_) {
+        pollfd ready = {output_.get(), POLLIN, 0};
+        ::poll(&ready, 1, 1000);
+        if (std::chrono::steady_clock::now() > deadline) {
+            ::kill(pid, SIGKILL);
+            ADD_FAILURE() << "the page does not end";
+            output_.reset();
+        } else if (ready.revents != 0) {
+            const ssize_t got = ::read(output_.get(), piece.data(), piece.size());
+            if (got <= 0)
+                output_.reset();
+            else
+                bytes_.append(piece.data(), static_cast<std::size_t>(got));
+        }
+    }
+}
+
+bool Running::hasEnded() const {
+    siginfo_t info = {};
+    return ::waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+           info.si_pid == pid;
+}
+
+Response Running::finish() {
+    readPage();
+    const auto deadline = std::chrono::steady_clock::now() + request_limit;
+    int status = 0;
+    while (::waitpid(pid, &status, WNOHANG) == 0) {
+        if (std::chrono::steady_clock::now() > deadline)
+            ::kill(pid, SIGKILL);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    Response response;
+    response.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    const auto end = bytes_.find("\r\n\r\n");
+    response.header = bytes_.substr(0, end);
+    response.body = end == std::string::npos ? "" : bytes_.substr(end + 4);
+    return response;
 }
 
 RequestTest::RequestTest() : root_(makeRoot()) {}
@@ -113,13 +156,27 @@ Response RequestTest::get(const std::string &query, const std::string &cookie) {
 }
 
 Response RequestTest::post(const Fields &fields, const std::string &cookie) {
-    return request({{"REQUEST_METHOD", "POST"},
-                    {"CONTENT_TYPE", "application/x-www-form-urlencoded"},
-                    {"HTTP_COOKIE", cookie}},
-                   encode(fields));
+    Response response = startPost(fields, cookie).finish();
+    EXPECT_EQ(response.status, 0) << "the program did not end well";
+    return response;
 }
 
 Response RequestTest::request(const Environment &variables, const std::string &body) {
+    Response response = start(variables, body).finish();
+    EXPECT_EQ(response.status, 0) << "the program did not end well";
+    return response;
+}
+
+Running RequestTest::startPost(const Fields &fields, const std::string &cookie,
+                               const std::vector<std::string> &wrapper) {
+    return start({{"REQUEST_METHOD", "POST"},
+                  {"CONTENT_TYPE", "application/x-www-form-urlencoded"},
+                  {"HTTP_COOKIE", cookie}},
+                 encode(fields), wrapper);
+}
+
+Running RequestTest::start(const Environment &variables, const std::string &body,
+                           const std::vector<std::string> &wrapper) {
     Environment environment = {
         {"PATH", "/usr/bin:/bin"},
         {"ZANDORIN_ROOT", root_},
@@ -138,39 +195,46 @@ Response RequestTest::request(const Environment &variables, const std::string &b
     for (const auto &[name, value] : variables)
         environment[name] = value;
     std::vector<std::string> words;
-    std::vector<char *> pointers;
     for (const auto &[name, value] : environment)
         words.push_back(name + "=" + value);
-    for (std::string &word : words)
-        pointers.push_back(word.data());
-    pointers.push_back(nullptr);
+    std::vector<std::string> command = wrapper;
+    command.emplace_back(program);
 
-    const std::string input = onHost("/tmp/request");
-    const std::string output = onHost("/tmp/response");
+    // A file of its own for each request: several may be on their way.
+    const std::string input = onHost("/tmp/request-" + std::to_string(++requests_));
     if (!replaceFile(input, body, 0600, Durable::no))
         throw std::runtime_error("cannot write " + input);
+    int ends[2] = {-1, -1};
+    if (::pipe2(ends, O_CLOEXEC) != 0)
+        throw std::runtime_error("cannot make a pipe");
+    UniqueFd output(ends[0]);
+    const UniqueFd page(ends[1]);
     posix_spawn_file_actions_t actions;
     ::posix_spawn_file_actions_init(&actions);
     ::posix_spawn_file_actions_addopen(&actions, 0, input.c_str(), O_RDONLY, 0);
-    ::posix_spawn_file_actions_addopen(&actions, 1, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                       0600);
-    std::string name = program;
-    std::array<char *, 2> arguments = {name.data(), nullptr};
+    ::posix_spawn_file_actions_adddup2(&actions, page.get(), 1);
     pid_t pid = -1;
-    const int failed =
-        ::posix_spawn(&pid, program, &actions, nullptr, arguments.data(), pointers.data());
+    const int failed = ::posix_spawnp(&pid, command[0].c_str(), &actions, nullptr,
+                                      pointers(command).data(), pointers(words).data());
     ::posix_spawn_file_actions_destroy(&actions);
     if (failed != 0)
-        throw std::runtime_error(std::string("cannot start ") + program);
+        throw std::runtime_error("cannot start " + command[0]);
+    return {pid, std::move(output)};
+}
 
-    Response response;
-    response.status = exitStatus(pid);
-    EXPECT_EQ(response.status, 0) << "the program did not end well";
-    const std::string bytes = wholeFile(output);
-    const auto end = bytes.find("\r\n\r\n");
-    response.header = bytes.substr(0, end);
-    response.body = end == std::string::npos ? "" : bytes.substr(end + 4);
-    return response;
+void RequestTest::addPage(const std::string &id, std::string_view def, std::string_view frm) const {
+    std::string tree = read("/home/httpd/nav.xml");
+    tree.insert(tree.rfind("</tree>"),
+                "<branch label='Test'><leaf id='" + id + "' label='Test'/></branch>");
+    put("/home/httpd/nav.xml", tree);
+    put("/home/httpd/forms/" + id + ".def", def);
+    put("/home/httpd/forms/" + id + ".frm", frm);
+}
+
+void RequestTest::addConfigurator(const std::string &name, std::string_view script) const {
+    const std::string path = "/usr/lib/zandorin/configurators/" + name;
+    put(path, "#!/bin/sh\ncd \"$ZANDORIN_ROOT\" || exit\n" + std::string(script) + "\n");
+    fs::permissions(onHost(path), fs::perms::owner_all);
 }
 
 void RequestTest::put(std::string_view path, std::string_view contents) const {

@@ -1,11 +1,14 @@
 #pragma once
 
+#include "util/fd.h"
+
 #include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/types.h>
 
 namespace zandorin::test {
 
@@ -23,6 +26,26 @@ struct Response {
     std::string headerLine(std::string_view name) const;
     /// The text of the body from `start` to the `end` that follows it, both included.
     std::string part(std::string_view start, std::string_view end) const;
+};
+
+/// A request on its way: a process whose standard output is a pipe, as a web server gives it.
+class Running {
+  public:
+    Running(pid_t process, UniqueFd output) : pid(process), output_(std::move(output)) {}
+
+    /// Reads up to the end of the page, which may come before the process's own.
+    void readPage();
+    /// Reads what is left of the page and waits for the process; ends it when it takes more than a
+    /// minute.
+    Response finish();
+    /// Ended by now. Only before finish().
+    bool hasEnded() const;
+
+    const pid_t pid;
+
+  private:
+    UniqueFd output_;
+    std::string bytes_;
 };
 
 /// Runs the real zandorin.cgi, one process a request, on an appliance root of its own: a copy of
@@ -44,6 +67,18 @@ class RequestTest : public ::testing::Test {
     /// Any request: the variables in addition to REMOTE_ADDR and the like, and the body.
     Response request(const Environment &variables, const std::string &body = "");
 
+    /// The same without waiting for it. `wrapper` is a program with its arguments that runs the
+    /// real one, whose path is appended.
+    Running start(const Environment &variables, const std::string &body = "",
+                  const std::vector<std::string> &wrapper = {});
+    Running startPost(const Fields &fields, const std::string &cookie,
+                      const std::vector<std::string> &wrapper = {});
+
+    /// Adds a page made of templates, open to administrators, to the navigation.
+    void addPage(const std::string &id, std::string_view def, std::string_view frm) const;
+    /// Installs a configurator: the lines of a shell script, in the appliance's root folder.
+    void addConfigurator(const std::string &name, std::string_view script) const;
+
     void put(std::string_view path, std::string_view contents) const;
     std::string read(std::string_view path) const;
     bool exists(std::string_view path) const;
@@ -63,6 +98,7 @@ class RequestTest : public ::testing::Test {
 
   private:
     std::string root_;
+    unsigned requests_ = 0;
     std::vector<std::string> expectedLog_;
 };
 

@@ -1,0 +1,201 @@
+#include "tests/support/request_test.h"
+
+#include <filesystem>
+
+namespace zandorin::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char *config = "/etc/config/config.xml";
+
+class Configurators : public RequestTest {
+  protected:
+    /// Runs a shell command line in the appliance's root folder as a configurator is run; answers
+    /// its exit status.
+    int run(const std::string &command) const {
+        const int status =
+            std::system(("cd '" + onHost("") + "' && PATH=/usr/bin:/bin ZANDORIN_ROOT='" +
+                         onHost("") + "' " + command + " >out 2>&1")
+                            .c_str());
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+    int configurator(const std::string &name) const {
+        return run("usr/lib/zandorin/configurators/" + name + " '" + onHost(config) + "'");
+    }
+    fs::perms modeOf(std::string_view path) const { return fs::status(onHost(path)).permissions(); }
+};
+
+TEST_F(Configurators, ToolGetsAndSetsTheCommittedConfiguration) {
+    const struct {
+        const char *command;
+        int status;
+        const char *output;
+    } rows[] = {
+        {"get config.system.name", 0, "zandorin\n"},
+        {"get config.system.none", 1, ""},
+        {"get 'no key'", 1, ""},
+        {"is config.system.name", 1, ""},
+        {"set config.system.flag Yes", 0, ""},
+        {"is config.system.flag", 0, ""},
+        {"set config.system.note 'a <b> & \\'", 0, ""},
+        {"get config.system.note", 0, "a <b> & \\\n"},
+        {"set 'no key' x", 1, "zandorin-config: Invalid configuration key\n"},
+        {"set config.a \"$(printf '\\001')\"", 1,
+         "zandorin-config: Control character in the value of config.a\n"},
+        {"set config.a", 2, "zandorin-config: usage: get KEY | is KEY | set KEY VALUE\n"},
+        {"", 2, "zandorin-config: usage: get KEY | is KEY | set KEY VALUE\n"},
+    };
+    for (const auto &row : rows) {
+        EXPECT_EQ(run(std::string("bin/zandorin-config ") + row.command), row.status)
+            << row.command;
+        EXPECT_EQ(read("/out"), row.output) << row.command;
+    }
+    put(config, "<config><system>");
+    EXPECT_EQ(run("bin/zandorin-config set config.a x"), 1);
+    EXPECT_EQ(read(config), "<config><system>");
+}
+
+TEST_F(Configurators, ToolGoesPastTheQueue) {
+    constexpr const char *delayed = "/etc/config/delayed/config.xml";
+    put(config, "<config><delayed>on</delayed><a>1</a><b>1</b></config>");
+    put(delayed, "<config><delayed>off</delayed><a>1</a><b>2</b><c>3</c></config>");
+    EXPECT_EQ(run("bin/zandorin-config get config.c"), 1);
+    EXPECT_EQ(run("bin/zandorin-config set config.a 9"), 0);
+    EXPECT_EQ(run("bin/zandorin-config set config.b 9"), 0);
+    EXPECT_NE(read(config).find("<a>9</a>\n  <b>9</b>"), std::string::npos) << read(config);
+    // The queue keeps what it changes itself, and brings no old value back.
+    EXPECT_NE(read(delayed).find("<a>9</a>\n  <b>2</b>\n  <c>3</c>"), std::string::npos)
+        << read(delayed);
+    // A queue that cannot be read is left to whoever commits it.
+    put(delayed, "<config");
+    EXPECT_EQ(run("bin/zandorin-config set config.a 8"), 0);
+    EXPECT_EQ(read(delayed), "<config");
+}
+
+TEST_F(Configurators, HostName) {
+    const struct {
+        const char *name;
+        const char *file;
+    } rows[] = {
+        {"rack-5.example", "rack-5.example\n"},
+        {"My Rack", "My-Rack\n"},
+        {"-$(reboot);`x`\xc3\xa9\n-a.", "reboot---x----a\n"},
+        {"0123456789012345678901234567890123456789012345678901234567890123456",
+         "0123456789012345678901234567890123456789012345678901234567890123\n"},
+    };
+    for (const auto &row : rows) {
+        configure("config.system.name", row.name);
+        EXPECT_EQ(configurator("systemsettings"), 0) << row.name;
+        EXPECT_EQ(read("/etc/hostname"), row.file) << row.name;
+    }
+    for (const char *name : {"", "---"}) {
+        put("/etc/hostname", "before\n");
+        configure("config.system.name", name);
+        EXPECT_EQ(configurator("systemsettings"), 0) << name;
+        EXPECT_EQ(read("/etc/hostname"), "before\n") << name;
+    }
+}
+
+TEST_F(Configurators, MessageOfTheDay) {
+    const std::string text = "a \\n $HOME\n\n%s\n\n";
+    put("/etc/config/motd", text);
+    EXPECT_EQ(configurator("systemsettings"), 0);
+    EXPECT_EQ(read("/etc/motd"), text);
+    std::remove(onHost("/etc/config/motd").c_str());
+    EXPECT_EQ(configurator("systemsettings"), 0);
+    EXPECT_FALSE(exists("/etc/motd"));
+}
+
+TEST_F(Configurators, PasswordOfRoot) {
+    constexpr const char *passwd = "/etc/config/passwd";
+    const std::string others = "rooty:x:7:7:back\\slash \\n:/:/bin/sh\n\n";
+    const std::string before = others + "root:old:0:0:Root:/:/bin/sh\n:\nroot:second:0:0:::\n";
+    const std::string after =
+        others + "root:$6$ab./$cd:0:0:Root:/:/bin/sh\n:\nroot:second:0:0:::\n";
+    const struct {
+        const char *hash;
+        bool taken;
+        int status;
+    } rows[] = {
+        {"$6$ab./$cd", true, 0},      {"", false, 0},
+        {"clear", false, 0},          {"$6$a:0:0", false, 1},
+        {"$6$a\nroot2::0", false, 1}, {"$6$a&\\1", false, 1},
+        {"$6$ $(id)", false, 1},
+    };
+    for (const auto &row : rows) {
+        put(passwd, before);
+        configure("config.system.password", row.hash);
+        EXPECT_EQ(configurator("systemsettings"), row.status) << row.hash;
+        EXPECT_EQ(read(passwd), row.taken ? after : before) << row.hash;
+        EXPECT_EQ(modeOf(passwd), fs::perms(row.taken ? 0644 : 0600)) << row.hash;
+    }
+    put(passwd, others);
+    configure("config.system.password", "$6$ab");
+    EXPECT_EQ(configurator("systemsettings"), 1) << "no line of root's";
+    EXPECT_EQ(read(passwd), others);
+}
+
+TEST_F(Configurators, RebootActsOnceAsItWasTold) {
+    constexpr const char *request = "/var/run/reboot-requested";
+    put("/etc/config/own", "x");
+    EXPECT_EQ(configurator("reboot"), 0);
+    EXPECT_FALSE(exists(request)) << "nobody asked for it";
+
+    configure("config.system.reboot", "on");
+    configure("config.system.fips", "on");
+    EXPECT_EQ(configurator("reboot"), 0);
+    EXPECT_TRUE(exists(request));
+    EXPECT_TRUE(exists("/etc/config/FIPS"));
+    EXPECT_TRUE(exists("/etc/config/own"));
+    EXPECT_NE(read(config).find("<reboot>off</reboot>"), std::string::npos);
+
+    configure("config.system.reboot", "on");
+    configure("config.system.fips", "off");
+    configure("config.system.erase", "on");
+    put("/etc/config/delayed/config.xml", "<config/>");
+    EXPECT_EQ(configurator("reboot"), 0);
+    EXPECT_FALSE(exists("/etc/config/FIPS"));
+    for (const char *name : {"config.xml", "passwd", "group"})
+        EXPECT_EQ(read(std::string("/etc/config/") + name),
+                  read(std::string("/usr/lib/zandorin/factory/") + name));
+    for (const char *gone : {"own", "delayed"})
+        EXPECT_FALSE(exists(std::string("/etc/config/") + gone)) << gone;
+
+    // Without a factory state there is nothing to go back to.
+    configure("config.system.reboot", "on");
+    configure("config.system.erase", "on");
+    std::remove(onHost(request).c_str());
+    fs::remove_all(onHost("/usr/lib/zandorin/factory"));
+    EXPECT_EQ(configurator("reboot"), 1);
+    EXPECT_TRUE(exists("/etc/config/passwd"));
+    EXPECT_FALSE(exists(request));
+}
+
+TEST_F(Configurators, WebServerGetsAKeyAndACertificateOnce) {
+    if (run("openssl version") != 0)
+        GTEST_SKIP() << "openssl is not installed";
+    constexpr const char *key = "/etc/config/ssl_key.pem";
+    constexpr const char *certificate = "/etc/config/ssl_cert.pem";
+    put("/etc/hostname", "rack-5\n");
+    EXPECT_EQ(configurator("ssl"), 0) << read("/out");
+    EXPECT_EQ(modeOf(key), fs::perms(0600));
+    EXPECT_EQ(run("openssl x509 -noout -subject -in etc/config/ssl_cert.pem"), 0);
+    EXPECT_EQ(read("/out"), "subject=CN = rack-5\n");
+    EXPECT_EQ(run("sh -c '[ \"$(openssl x509 -noout -pubkey -in etc/config/ssl_cert.pem)\" = "
+                  "\"$(openssl pkey -pubout -in etc/config/ssl_key.pem)\" ]'"),
+              0)
+        << "they belong together";
+    const std::string first = read(key) + read(certificate);
+    EXPECT_EQ(configurator("ssl"), 0);
+    EXPECT_EQ(read(key) + read(certificate), first);
+    // A key that waits for its certificate is not thrown away.
+    std::remove(onHost(certificate).c_str());
+    const std::string kept = read(key);
+    EXPECT_EQ(configurator("ssl"), 0);
+    EXPECT_EQ(read(key), kept);
+    EXPECT_TRUE(exists(certificate));
+}
+
+} // namespace
+} // namespace zandorin::test

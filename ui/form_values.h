@@ -13,7 +13,8 @@ namespace zandorin::ui {
 bool showsSubmission(Engine &engine);
 
 /// The raw value that an input for this configuration key shows: the submitted one when the page
-/// shows a refused submission, else the stored one. `maxlength` is the input's; below 1 submitted
+/// shows a refused submission that the field belongs to (it was sent, or is declared), else the
+/// stored one. `maxlength` is the input's; below 1 submitted
 /// values are read up to 255 bytes.
 std::string shownValue(Engine &engine, const std::string &name, int maxlength = 0);
 

@@ -28,7 +28,7 @@ constexpr ui::Choice privacy_protocols[] = {{"AES", "AES"}, {"DES", "DES"}};
 
 constexpr const char *engine_id_help =
     "SNMPv3: 10 to 64 hexadecimal digits, an even number of them, \"0x\" before them or not. "
-    "Empty: the one above, which the appliance has made itself.";
+    "Empty: the appliance makes one itself, which is shown above.";
 constexpr const char *password_help = "SNMPv3: at least 8 characters.";
 
 constexpr ui::Setting system[] = {

@@ -54,7 +54,7 @@ constexpr ui::Setting message[] = {
     {.label = "Message of the Day",
      .input = ui::Input::custom,
      .help = "Shown to everyone who logs in at a terminal.",
-     .custom = motdInput},
+     .markup = motdInput},
 };
 
 constexpr ui::Setting commits[] = {

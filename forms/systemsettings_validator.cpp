@@ -1,5 +1,6 @@
 #include "cgi/cgi.h"
 #include "engine/engine.h"
+#include "forms/rules.h"
 #include "framework/formlet.h"
 #include "util/files.h"
 #include "util/log.h"
@@ -16,12 +17,12 @@ constexpr const char *motd_path = "/etc/config/motd";
 constexpr const char *motd_field = "config.system.motd";
 constexpr std::size_t motd_buffer = 16384;
 
-bool validatePassword(Cgi &cgi, const std::string &prefix) {
+bool validatePassword(Engine &engine, const std::string &prefix) {
     ZANDORIN_TRACE();
-    if (cgi.getVarString(prefix + "password").raw == cgi.getVarString(prefix + "confirm").raw)
-        return true;
-    cgi.addError("Password does not match confirmation.");
-    return false;
+    Rules rules(engine);
+    rules.requireMatch(prefix + "password", prefix + "confirm",
+                       "Password does not match confirmation.");
+    return rules.hold();
 }
 
 bool removeMotd() {
@@ -50,11 +51,9 @@ bool validateMotd(Engine &engine, Cgi &cgi) {
 
 bool validateSettingsForm(Engine &engine) {
     ZANDORIN_TRACE();
+    const bool matches = validatePassword(engine, "config.system.");
     Cgi *cgi = engine.requireCgi();
-    if (cgi == nullptr)
-        return false;
-    const bool matches = validatePassword(*cgi, "config.system.");
-    return validateMotd(engine, *cgi) && matches;
+    return cgi != nullptr && validateMotd(engine, *cgi) && matches;
 }
 
 const AutoRegisterFormValidator registration("systemsettings", validateSettingsForm);

@@ -14,6 +14,12 @@ FormElem elementOf(Engine &engine, const std::string &name) {
     return found == engine.elements().end() ? FormElem() : found->second;
 }
 
+/// Of several forms on one page only one was sent; the inputs of the others keep what is stored.
+bool showsSubmitted(Engine &engine, const std::string &name) {
+    return showsSubmission(engine) &&
+           (engine.elements().contains(name) || engine.cgi()->varStringExists(name));
+}
+
 } // namespace
 
 bool showsSubmission(Engine &engine) {
@@ -29,7 +35,7 @@ std::string storedValue(Engine &engine, const std::string &name) {
 
 std::string shownValue(Engine &engine, const std::string &name, int maxlength) {
     const FormElem element = elementOf(engine, name);
-    if (!showsSubmission(engine) || isPassword(name, element))
+    if (!showsSubmitted(engine, name) || isPassword(name, element))
         return storedValue(engine, name);
     // As much of what was typed as validation reads, unless the input itself takes less.
     const std::size_t limit =
@@ -38,7 +44,7 @@ std::string shownValue(Engine &engine, const std::string &name, int maxlength) {
 }
 
 bool shownChecked(Engine &engine, const std::string &name) {
-    if (showsSubmission(engine))
+    if (showsSubmitted(engine, name))
         return !engine.cgi()->getVarString(name).raw.empty();
     return engine.config().getBoolean(name);
 }

@@ -16,8 +16,9 @@ bool showsSubmission(Engine &engine);
 std::string storedValue(Engine &engine, const std::string &name);
 
 /// The raw value that an input for this configuration key shows: the submitted one when the page
-/// shows a refused submission, else the stored one. `maxlength` is the input's; below 1 a submitted
-/// value is read as far as its element takes it, up to 255 bytes without one.
+/// shows a refused submission that the field belongs to (it was sent, or is declared), else the
+/// stored one. `maxlength` is the input's; below 1 a submitted value is read as far as its element
+/// takes it, up to 255 bytes without one.
 std::string shownValue(Engine &engine, const std::string &name, int maxlength = 0);
 
 /// The same for a check box: submitted and not empty, or stored and true.

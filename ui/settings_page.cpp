@@ -8,6 +8,7 @@
 #include "ui/table.h"
 #include "ui/unsafe_inputs.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace zandorin::ui {
@@ -25,70 +26,121 @@ bool declaresElement(const Setting &setting) {
     return setting.input != Input::confirmation && setting.input != Input::custom;
 }
 
-std::vector<Option> options(const Setting &setting) {
-    std::vector<Option> result;
-    for (const Choice &choice : setting.choices)
-        result.emplace_back(std::string(choice.value), std::string(choice.label));
-    return result;
+bool isOffered(Engine &engine, const Section &section) {
+    return section.offered == nullptr || section.offered(engine);
 }
 
-std::string passwordInput(Engine &engine, const Setting &setting, const char *storedKey) {
-    return textInput({.name = setting.key,
-                      .value = engine.config().getElement(storedKey),
-                      .type = "password",
-                      .maxlength = setting.maxlength,
-                      .allowAutocomplete = false});
+bool isChoice(const Setting &setting, const std::string &value) {
+    return std::any_of(setting.choices.begin(), setting.choices.end(),
+                       [&](const Choice &choice) { return value == choice.value; });
 }
 
-UnsafeInput unsafeInput(Engine &engine, const Setting &setting) {
-    UnsafeInput input{.name = setting.key,
-                      .current = engine.config().getElement(setting.key),
-                      .maxlength = setting.maxlength};
-    if (showsSubmission(engine))
-        input.submitted = shownValue(engine, setting.key, setting.maxlength);
-    return input;
+std::string fullKey(const char *key, const std::string &prefix) {
+    return key[0] == '.' ? prefix + key : key;
 }
 
-std::string inputMarkup(Engine &engine, const Setting &setting) {
-    const auto shown = [&] { return shownValue(engine, setting.key, setting.maxlength); };
-    switch (setting.input) {
-    case Input::text:
-        return textInput({.name = setting.key, .value = shown(), .maxlength = setting.maxlength});
-    case Input::password:
-        return passwordInput(engine, setting, setting.key);
-    case Input::confirmation:
-        return passwordInput(engine, setting, setting.confirms);
-    case Input::textArea:
-        return textAreaInput(setting.key, shown(), area_rows, area_cols);
-    case Input::unsafeText:
-        return unsafeTextInput(unsafeInput(engine, setting));
-    case Input::unsafeTextArea:
-        return unsafeTextAreaInput(unsafeInput(engine, setting), area_rows, area_cols);
-    case Input::check:
-        return checkInput(setting.key, shownChecked(engine, setting.key));
-    case Input::menu:
-        return menuInput(setting.key, options(setting), shown());
-    case Input::radio:
-        return radioInput(setting.key, options(setting), shown());
-    case Input::custom:
-        return setting.custom(engine);
+void refuseOtherChoices(Engine &engine, const Setting &setting, const std::string &key) {
+    Cgi *cgi = engine.cgi();
+    if (cgi == nullptr || setting.choices.empty())
+        return;
+    const CgiValue value = cgi->getVarString(key);
+    if (value.raw.empty() || isChoice(setting, value.raw) ||
+        value.raw == engine.config().getElement(key))
+        return;
+    cgi->addError("<i>" + std::string(setting.label) +
+                  "</i> must be one of the choices. The value '<i>" + value.safe +
+                  "</i>' is invalid.");
+}
+
+/// One setting of the page that the request is for.
+class Row {
+  public:
+    Row(Engine &engine, const Setting &setting, const std::string &prefix)
+        : engine_(engine), setting_(setting), prefix_(prefix), key_(fullKey(setting.key, prefix)) {}
+
+    std::string markup() const {
+        return (setting_.markup == nullptr ? "" : setting_.markup(engine_)) + input();
     }
-    return "";
+
+  private:
+    std::string shown() const { return shownValue(engine_, key_, setting_.maxlength); }
+
+    /// What is stored and no choice, another tool's word for instance, stays offered.
+    std::vector<Option> options(const std::string &selected) const {
+        std::vector<Option> result;
+        for (const Choice &choice : setting_.choices)
+            result.emplace_back(std::string(choice.value), std::string(choice.label));
+        if (!selected.empty() && !isChoice(setting_, selected))
+            result.emplace_back(selected);
+        return result;
+    }
+
+    std::string passwordInput(const std::string &storedKey) const {
+        return textInput({.name = key_,
+                          .value = engine_.config().getElement(storedKey),
+                          .type = "password",
+                          .maxlength = setting_.maxlength,
+                          .allowAutocomplete = false});
+    }
+
+    UnsafeInput unsafeInput() const {
+        UnsafeInput input{.name = key_,
+                          .current = engine_.config().getElement(key_),
+                          .maxlength = setting_.maxlength};
+        if (showsSubmission(engine_))
+            input.submitted = shown();
+        return input;
+    }
+
+    std::string input() const {
+        switch (setting_.input) {
+        case Input::text:
+            return textInput({.name = key_, .value = shown(), .maxlength = setting_.maxlength});
+        case Input::password:
+            return passwordInput(key_);
+        case Input::confirmation:
+            return passwordInput(fullKey(setting_.confirms, prefix_));
+        case Input::textArea:
+            return textAreaInput(key_, shown(), area_rows, area_cols);
+        case Input::unsafeText:
+            return unsafeTextInput(unsafeInput());
+        case Input::unsafeTextArea:
+            return unsafeTextAreaInput(unsafeInput(), area_rows, area_cols);
+        case Input::check:
+            return checkInput(key_, shownChecked(engine_, key_));
+        case Input::menu:
+            return menuInput(key_, options(shown()), shown());
+        case Input::radio:
+            return radioInput(key_, options(shown()), shown());
+        case Input::custom:
+            break;
+        }
+        return "";
+    }
+
+    Engine &engine_;
+    const Setting &setting_;
+    const std::string &prefix_;
+    std::string key_;
+};
+
+void defineSetting(Engine &engine, const Setting &setting, const std::string &key) {
+    const int buffer = setting.maxlength < 1 ? 0 : setting.maxlength + 1;
+    engine.addElement(key, FormElem(setting.label, setting.type, true, !isUnsafe(setting), buffer));
+    refuseOtherChoices(engine, setting, key);
 }
 
 } // namespace
 
-void defineSettings(Engine &engine, std::span<const Section> sections) {
+void defineSettings(Engine &engine, std::span<const Section> sections, const std::string &prefix) {
     for (const Section &section : sections)
-        for (const Setting &setting : section.settings)
-            if (declaresElement(setting)) {
-                const int buffer = setting.maxlength < 1 ? 0 : setting.maxlength + 1;
-                engine.addElement(setting.key, FormElem(setting.label, setting.type, true,
-                                                        !isUnsafe(setting), buffer));
-            }
+        if (isOffered(engine, section))
+            for (const Setting &setting : section.settings)
+                if (declaresElement(setting))
+                    defineSetting(engine, setting, fullKey(setting.key, prefix));
 }
 
-void renderSettings(Engine &engine, std::span<const Section> sections) {
+void renderSettings(Engine &engine, std::span<const Section> sections, const std::string &prefix) {
     Cgi *cgi = engine.requireCgi();
     if (cgi == nullptr)
         return;
@@ -97,9 +149,11 @@ void renderSettings(Engine &engine, std::span<const Section> sections) {
     Table table(*cgi);
     table.open();
     for (const Section &section : sections) {
+        if (!isOffered(engine, section))
+            continue;
         table.titleRow(section.title);
         for (const Setting &setting : section.settings)
-            table.inputRow(setting.label, inputMarkup(engine, setting), setting.help);
+            table.inputRow(setting.label, Row(engine, setting, prefix).markup(), setting.help);
     }
     table.applyButtonRow();
     table.close();

@@ -16,7 +16,9 @@ class Engine;
 //     const AutoRegisterFormlet registration("smtp", ui::defineSettings<sections>,
 //                                            ui::renderSettings<sections>);
 //
-// All of it is constant data: a page costs a request for another one nothing.
+// All of it is constant data: a page costs a request for another one nothing. A page whose keys lie
+// below one that the request chooses (a serial port's, say) writes them from their "." on and hands
+// the rest to defineSettings and renderSettings as `prefix`.
 
 namespace zandorin::ui {
 
@@ -29,7 +31,7 @@ enum class Input {
     unsafeText,     ///< the stored value is shown beside; empty keeps it, a box deletes it
     unsafeTextArea, ///< the same in an area
     check,          ///< stored as "on", deleted when unchecked
-    menu,
+    menu,           ///< of a menu and of radio buttons only a choice is accepted, or what is stored
     radio,
     custom, ///< markup of the page's own; declares no element
 };
@@ -50,19 +52,24 @@ struct Setting {
     const char *help = "";                           ///< markup under the input
     int maxlength = 0;                               ///< bytes; below 1: 255 and no attribute
     const char *confirms = nullptr;                  ///< of a confirmation: the password's key
-    std::string (*custom)(Engine &engine) = nullptr; ///< of a custom row: its markup
+    std::string (*markup)(Engine &engine) = nullptr; ///< a custom row's; of others: above the input
 };
 
 struct Section {
     const char *title;
     std::span<const Setting> settings;
+    /// False leaves the section out, and what is stored under its keys alone. None: always there.
+    bool (*offered)(Engine &engine) = nullptr;
 };
 
-/// Declares the elements of every section's settings.
-void defineSettings(Engine &engine, std::span<const Section> sections);
+/// Declares the elements of every section's settings and refuses a submitted value that its menu
+/// does not offer.
+void defineSettings(Engine &engine, std::span<const Section> sections,
+                    const std::string &prefix = "");
 
 /// Writes the form: a titled group of rows for each section, and an apply button.
-void renderSettings(Engine &engine, std::span<const Section> sections);
+void renderSettings(Engine &engine, std::span<const Section> sections,
+                    const std::string &prefix = "");
 
 template <const auto &sections> void defineSettings(Engine &engine) {
     defineSettings(engine, sections);

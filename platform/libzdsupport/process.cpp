@@ -3,10 +3,13 @@
 #include "platform/libzdsupport/child.h"
 #include "util/fd.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <fcntl.h>
@@ -16,6 +19,9 @@
 namespace zandorin::platform {
 
 namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
 
 // The child reports to its starter through this descriptor: its process id, and after that the
 // errno of a failed execve. A successful one closes it.
@@ -90,6 +96,35 @@ bool readReport(int pipe, int &value) {
     return got == static_cast<ssize_t>(sizeof value);
 }
 
+/// Gives SIGCHLD its default handling for the life of the object: where a web server left it
+/// ignored, the kernel would keep no exit status.
+class DefaultChildSignal {
+  public:
+    DefaultChildSignal() {
+        struct sigaction action = {};
+        action.sa_handler = SIG_DFL;
+        ::sigaction(SIGCHLD, &action, &before_);
+    }
+    ~DefaultChildSignal() { ::sigaction(SIGCHLD, &before_, nullptr); }
+    DefaultChildSignal(const DefaultChildSignal &) = delete;
+    DefaultChildSignal &operator=(const DefaultChildSignal &) = delete;
+
+  private:
+    struct sigaction before_ = {};
+};
+
+/// The wait status of the child; none when it has not ended by then.
+std::optional<int> awaitEnd(pid_t child, Clock::time_point deadline) {
+    for (auto pause = 1ms;; pause = std::min(2 * pause, 20ms)) {
+        int status = 0;
+        if (::waitpid(child, &status, WNOHANG) == child)
+            return status;
+        if (Clock::now() >= deadline)
+            return std::nullopt;
+        std::this_thread::sleep_for(pause);
+    }
+}
+
 void reap(pid_t child) {
     while (::waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
     }
@@ -130,6 +165,20 @@ pid_t startProgram(const char *const *arguments, Reaper reaper) {
     if (failure == 0)
         return program;
     errno = failure;
+    return -1;
+}
+
+int runProgram(const char *const *arguments, std::chrono::milliseconds limit) {
+    const DefaultChildSignal keepStatus;
+    const pid_t child = startProgram(arguments, Reaper::caller);
+    if (child < 0)
+        return -1;
+    if (const std::optional<int> status = awaitEnd(child, Clock::now() + limit))
+        return *status;
+    ::kill(-child, SIGKILL);
+    // Not for ever: a process inside a stuck device driver does not even take this signal.
+    awaitEnd(child, Clock::now() + 5s);
+    errno = ETIMEDOUT;
     return -1;
 }
 

@@ -85,9 +85,12 @@ class Browser:
         self.open()
         self.one("input[name=username]").send_keys(name)
         self.one("input[name=password]").send_keys(password)
-        button = self.one("main input[type=submit]")
+        self.press("main input[type=submit]")
+
+    def press(self, selector):
+        """Presses a button and waits for the page that answers it."""
+        button = self.one(selector)
         button.click()
-        # The answer is a page of its own.
         WebDriverWait(self.driver, PAGE_SECONDS).until(lambda _: is_gone(button))
 
     def complaints(self):

@@ -266,6 +266,17 @@ void RequestTest::configure(const std::string &key, const std::string &value) co
     put("/etc/config/config.xml", platform::renderXml(*document));
 }
 
+std::string RequestTest::stored(const std::string &key) const {
+    const auto document = platform::parseXml(read("/etc/config/config.xml"));
+    if (!document)
+        throw std::runtime_error("config.xml is damaged");
+    const platform::XmlNode *node = &document->root;
+    std::istringstream segments(key.substr(key.find('.') + 1));
+    for (std::string segment; node != nullptr && std::getline(segments, segment, '.');)
+        node = node->child(segment);
+    return node == nullptr ? "" : node->text();
+}
+
 void RequestTest::addUser(const std::string &name, const std::vector<std::string> &groups) const {
     configure("config.users.total", "1");
     configure("config.users.user1.username", name);

@@ -1,3 +1,4 @@
+#include "platform/libzdsupport/clock.h"
 #include "platform/libzdsupport/infod.h"
 #include "platform/libzdsupport/pidfile.h"
 #include "platform/libzdsupport/process.h"
@@ -113,6 +114,18 @@ TEST_F(SupportLibrary, ProgramIsStartedAndLeftAlone) {
         EXPECT_EQ(errno, row.reason) << row.path;
     }
     EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(SupportLibrary, ClockOfTheMachineIsLeftAlone) {
+    EXPECT_EQ(utilities::setSystemClock(86400), EPERM);
+    EXPECT_GT(std::time(nullptr), 86400);
+
+    EXPECT_FALSE(utilities::storeHardwareClock()) << "no such program";
+    put("/sbin/hwclock", "#!/bin/sh\necho \"$@\" > \"$ZANDORIN_ROOT/told\"\n", 0755);
+    EXPECT_TRUE(utilities::storeHardwareClock());
+    EXPECT_EQ(get("/told"), "--systohc --utc\n");
+    put("/sbin/hwclock", "#!/bin/sh\nexit 1\n", 0755);
+    EXPECT_FALSE(utilities::storeHardwareClock());
 }
 
 TEST_F(SupportLibrary, StatusServiceIsNeverWaitedFor) {

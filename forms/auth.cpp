@@ -1,0 +1,146 @@
+#include "engine/engine.h"
+#include "framework/formlet.h"
+#include "ui/settings_page.h"
+
+// Who may log in is decided here or by a server: which, and how sessions last.
+
+namespace zandorin {
+namespace {
+
+constexpr ui::Choice types[] = {
+    {"Local", "Local"},
+    {"LocalTACACS", "Local, then TACACS+"},
+    {"TACACS", "TACACS+"},
+    {"TACACSLocal", "TACACS+, then Local"},
+    {"TACACSDownLocal", "TACACS+, Local when no server answers"},
+    {"LocalRADIUS", "Local, then RADIUS"},
+    {"RADIUS", "RADIUS"},
+    {"RADIUSLocal", "RADIUS, then Local"},
+    {"RADIUSDownLocal", "RADIUS, Local when no server answers"},
+    {"LocalLDAP", "Local, then LDAP"},
+    {"LDAP", "LDAP"},
+    {"LDAPLocal", "LDAP, then Local"},
+    {"LDAPDownLocal", "LDAP, Local when no server answers"},
+};
+
+constexpr const char *servers_help =
+    "Addresses or host names, separated by commas without blanks; they are asked in this order.";
+constexpr const char *accounting_help =
+    "Where logins and logouts are reported to. Empty: to the servers above.";
+
+constexpr ui::Setting method[] = {
+    {.label = "Authentication Method",
+     .key = "config.auth.type",
+     .input = ui::Input::menu,
+     .choices = types,
+     .help = "Where names and passwords are checked. <b>Local</b> means the users of this "
+             "appliance. A method that ends with it lets them in while the servers cannot be "
+             "reached."},
+};
+
+constexpr ui::Setting sessions[] = {
+    {.label = "Session Lifetime",
+     .key = "config.auth.sessionlifetime",
+     .help = "Minutes, 10 to 1440, after which an idle web session ends. Empty: 20.",
+     .maxlength = 8},
+    {.label = "Fixed Session Lifetime",
+     .key = "config.auth.autorefresh.disabled",
+     .type = "boolean",
+     .input = ui::Input::check,
+     .help = "End a session when its lifetime is over even while it is in use."},
+    {.label = "Long Session Identifiers",
+     .key = "config.auth.extendedsessionids",
+     .type = "boolean",
+     .input = ui::Input::check,
+     .help = "Identify sessions by 32 instead of 16 hexadecimal digits."},
+};
+
+constexpr ui::Setting tacacs[] = {
+    {.label = "TACACS+ Servers",
+     .key = "config.auth.tacacs.auth_server",
+     .type = "addresslist",
+     .help = servers_help},
+    {.label = "TACACS+ Accounting Servers",
+     .key = "config.auth.tacacs.acct_server",
+     .type = "addresslist",
+     .help = accounting_help},
+    {.label = "TACACS+ Password",
+     .key = "config.auth.tacacs.password",
+     .type = "password",
+     .input = ui::Input::password,
+     .help = "The secret that the servers share with this appliance."},
+    {.label = "Confirm TACACS+ Password",
+     .key = "config.auth.tacacs.confirm",
+     .input = ui::Input::confirmation,
+     .confirms = "config.auth.tacacs.password"},
+};
+
+constexpr ui::Setting radius[] = {
+    {.label = "RADIUS Servers",
+     .key = "config.auth.radius.auth_server",
+     .type = "addresslist",
+     .help = servers_help},
+    {.label = "RADIUS Accounting Servers",
+     .key = "config.auth.radius.acct_server",
+     .type = "addresslist",
+     .help = accounting_help},
+    {.label = "RADIUS Password",
+     .key = "config.auth.radius.password",
+     .type = "password",
+     .input = ui::Input::password,
+     .help = "The secret that the servers share with this appliance."},
+    {.label = "Confirm RADIUS Password",
+     .key = "config.auth.radius.confirm",
+     .input = ui::Input::confirmation,
+     .confirms = "config.auth.radius.password"},
+};
+
+constexpr ui::Setting ldap[] = {
+    {.label = "LDAP Server",
+     .key = "config.auth.ldap.server",
+     .type = "address",
+     .help = "Address or host name."},
+    {.label = "LDAP Base DN",
+     .key = "config.auth.ldap.basedn",
+     .type = "distinguishedname",
+     .help = "Where users are searched for, such as dc=example,dc=com."},
+    {.label = "LDAP Bind DN",
+     .key = "config.auth.ldap.binddn",
+     .type = "distinguishedname",
+     .help = "The entry that searches, such as cn=console,dc=example,dc=com."},
+    {.label = "LDAP Bind Password",
+     .key = "config.auth.ldap.password",
+     .type = "password",
+     .input = ui::Input::password},
+    {.label = "Confirm LDAP Bind Password",
+     .key = "config.auth.ldap.confirm",
+     .input = ui::Input::confirmation,
+     .confirms = "config.auth.ldap.password"},
+};
+
+constexpr ui::Setting pmshell[] = {
+    {.label = "Port Login Prompt",
+     .key = "config.auth.pmshell.enabled",
+     .type = "boolean",
+     .input = ui::Input::check,
+     .help = "Enables extra login prompt for users connecting to serial consoles."},
+};
+
+bool isPmshellAvailable(Engine &engine) {
+    return engine.config().getBoolean("config.auth.pmshell.available");
+}
+
+constexpr ui::Section sections[] = {
+    {"Authentication", method},
+    {"Web Sessions", sessions},
+    {"TACACS+", tacacs},
+    {"RADIUS", radius},
+    {"LDAP", ldap},
+    {"Additional Port Authentication", pmshell, isPmshellAvailable},
+};
+
+const AutoRegisterFormlet registration("auth", ui::defineSettings<sections>,
+                                       ui::renderSettings<sections>);
+
+} // namespace
+} // namespace zandorin

@@ -1,0 +1,86 @@
+#include "framework/formlet.h"
+#include "ui/settings_page.h"
+
+// Which events are logged, and where the log is kept besides.
+
+namespace zandorin {
+namespace {
+
+constexpr ui::Choice servers[] = {
+    {"", "None"},
+    {"syslog", "Remote Syslog"},
+    {"nfs", "NFS share"},
+    {"cifs", "Windows share (CIFS)"},
+};
+
+// The words of syslog.conf(5).
+constexpr ui::Choice facilities[] = {
+    {"daemon", "Daemon"},  {"local0", "Local 0"}, {"local1", "Local 1"},
+    {"local2", "Local 2"}, {"local3", "Local 3"}, {"local4", "Local 4"},
+    {"local5", "Local 5"}, {"local6", "Local 6"}, {"local7", "Local 7"},
+};
+
+constexpr ui::Choice levels[] = {
+    {"info", "Information and above"}, {"notice", "Notices and above"},
+    {"warning", "Warnings and above"}, {"err", "Errors and above"},
+    {"crit", "Critical events only"},  {"debug", "Everything, debugging included"},
+};
+
+constexpr ui::Setting events[] = {
+    {.label = "Log Level",
+     .key = "config.eventlog.level",
+     .input = ui::Input::menu,
+     .choices = levels,
+     .help = "How grave an event must be to be logged."},
+    {.label = "Syslog Facility",
+     .key = "config.eventlog.facility",
+     .input = ui::Input::menu,
+     .choices = facilities,
+     .help = "The facility under which events are sent to a syslog server."},
+};
+
+constexpr ui::Setting server[] = {
+    {.label = "Server Type",
+     .key = "config.eventlog.server.type",
+     .input = ui::Input::menu,
+     .choices = servers,
+     .help = "Where a copy of the log is kept outside of the appliance."},
+    {.label = "Server Address",
+     .key = "config.eventlog.server.address",
+     .type = "address",
+     .help = "Address or host name."},
+    {.label = "Server Port",
+     .key = "config.eventlog.server.port",
+     .type = "port",
+     .help = "Of a syslog server, 1 to 65534. Empty: 514.",
+     .maxlength = 5},
+    {.label = "Server Path",
+     .key = "config.eventlog.server.path",
+     .type = "printable",
+     .help = "Of a share: its name or exported folder, such as /logs."},
+    {.label = "Username",
+     .key = "config.eventlog.server.username",
+     .type = "unsafe_printable",
+     .input = ui::Input::unsafeText,
+     .help = "Of a Windows share, such as LOGS\\console."},
+    {.label = "Password",
+     .key = "config.eventlog.server.password",
+     .type = "password",
+     .input = ui::Input::password,
+     .help = "Of a Windows share."},
+    {.label = "Confirm Password",
+     .key = "config.eventlog.server.confirm",
+     .input = ui::Input::confirmation,
+     .confirms = "config.eventlog.server.password"},
+};
+
+constexpr ui::Section sections[] = {
+    {"Events", events},
+    {"Remote Log", server},
+};
+
+const AutoRegisterFormlet registration("eventlog", ui::defineSettings<sections>,
+                                       ui::renderSettings<sections>);
+
+} // namespace
+} // namespace zandorin

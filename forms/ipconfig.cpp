@@ -1,0 +1,109 @@
+#include "framework/formlet.h"
+#include "ui/settings_page.h"
+
+// Addresses of the appliance's own network interfaces.
+
+namespace zandorin {
+namespace {
+
+constexpr ui::Choice modes[] = {
+    {"dhcp", "DHCP"},
+    {"static", "Static"},
+};
+
+constexpr ui::Choice failover_interfaces[] = {
+    {"", "None"},
+    {"lan", "Management LAN"},
+    {"oobfo", "Out-of-band network"},
+    {"wlan", "Wireless network"},
+    {"dialout", "Dial-out modem"},
+};
+
+constexpr const char *mode_help =
+    "With DHCP the fields below stay empty; a static interface needs its address and mask.";
+constexpr const char *address_help = "Such as 192.168.0.1 or 2001:db8::1.";
+constexpr const char *netmask_help = "Such as 255.255.255.0, or the number of its bits, 24.";
+constexpr const char *gateway_help = "The router to other networks.";
+constexpr const char *dns_help = "The name server that is asked first.";
+constexpr const char *dns2_help = "The name server that is asked when the first does not answer.";
+
+constexpr ui::Setting wan[] = {
+    {.label = "Configuration Method",
+     .key = "config.interfaces.wan.mode",
+     .input = ui::Input::menu,
+     .choices = modes,
+     .help = mode_help},
+    {.label = "IP Address",
+     .key = "config.interfaces.wan.address",
+     .type = "ip",
+     .help = address_help},
+    {.label = "Subnet Mask",
+     .key = "config.interfaces.wan.netmask",
+     .type = "netmask",
+     .help = netmask_help},
+    {.label = "Gateway",
+     .key = "config.interfaces.wan.gateway",
+     .type = "ip",
+     .help = gateway_help},
+    {.label = "Primary DNS", .key = "config.interfaces.wan.dns1", .type = "ip", .help = dns_help},
+    {.label = "Secondary DNS",
+     .key = "config.interfaces.wan.dns2",
+     .type = "ip",
+     .help = dns2_help},
+};
+
+constexpr ui::Setting failover[] = {
+    {.label = "Failover Interface",
+     .key = "config.interfaces.wan.failover.interface",
+     .type = "nic",
+     .input = ui::Input::menu,
+     .choices = failover_interfaces,
+     .help = "Takes over while none of the probe addresses answers."},
+    {.label = "Primary Probe Address",
+     .key = "config.interfaces.wan.failover.address1",
+     .type = "address",
+     .help = "A host that answers pings while the network is up. Failover needs at least one."},
+    {.label = "Secondary Probe Address",
+     .key = "config.interfaces.wan.failover.address2",
+     .type = "address"},
+};
+
+constexpr ui::Setting lan[] = {
+    {.label = "LAN Configuration Method",
+     .key = "config.interfaces.lan.mode",
+     .input = ui::Input::menu,
+     .choices = modes,
+     .help = mode_help},
+    {.label = "LAN IP Address",
+     .key = "config.interfaces.lan.address",
+     .type = "ip",
+     .help = address_help},
+    {.label = "LAN Subnet Mask",
+     .key = "config.interfaces.lan.netmask",
+     .type = "netmask",
+     .help = netmask_help},
+    {.label = "LAN Gateway",
+     .key = "config.interfaces.lan.gateway",
+     .type = "ip",
+     .help = gateway_help},
+    {.label = "LAN Primary DNS",
+     .key = "config.interfaces.lan.dns1",
+     .type = "ip",
+     .help = dns_help},
+    {.label = "LAN Secondary DNS",
+     .key = "config.interfaces.lan.dns2",
+     .type = "ip",
+     .help = dns2_help},
+};
+
+constexpr ui::Section sections[] = {
+    {"Network", wan},
+    {"Failover", failover},
+    {"Management LAN", lan},
+};
+
+const AutoRegisterFormlet registration("ipconfig", ui::defineSettings<sections>,
+                                       ui::renderSettings<sections>);
+
+} // namespace
+} // namespace zandorin

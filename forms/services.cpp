@@ -1,0 +1,97 @@
+#include "framework/formlet.h"
+#include "ui/settings_page.h"
+
+// The network services of the appliance, and what protects their logins from guessing.
+
+namespace zandorin {
+namespace {
+
+constexpr ui::Setting web[] = {
+    {.label = "Enable HTTP",
+     .key = "config.services.http.enabled",
+     .type = "boolean",
+     .input = ui::Input::check,
+     .help = "The management console without encryption."},
+    {.label = "HTTP Port",
+     .key = "config.services.http.port",
+     .type = "tcpport",
+     .help = "1 to 65535. Empty: 80.",
+     .maxlength = 5},
+    {.label = "Enable HTTPS",
+     .key = "config.services.https.enabled",
+     .type = "boolean",
+     .input = ui::Input::check,
+     .help = "The management console with encryption. Needs an SSL certificate and its private key "
+             "installed on the appliance."},
+    {.label = "HTTPS Port",
+     .key = "config.services.https.port",
+     .type = "tcpport",
+     .help = "1 to 65535. Empty: 443.",
+     .maxlength = 5},
+};
+
+constexpr ui::Setting terminal[] = {
+    {.label = "Enable SSH",
+     .key = "config.services.ssh.enabled",
+     .type = "boolean",
+     .input = ui::Input::check,
+     .help = "Command line access with encryption."},
+    {.label = "SSH Port",
+     .key = "config.services.ssh.port",
+     .type = "tcpport",
+     .help = "1 to 65535. Empty: 22.",
+     .maxlength = 5},
+    {.label = "Enable Telnet",
+     .key = "config.services.telnet.enabled",
+     .type = "boolean",
+     .input = ui::Input::check,
+     .help = "Command line access <b>without</b> encryption: passwords can be read on the way."},
+    {.label = "Telnet Port",
+     .key = "config.services.telnet.port",
+     .type = "tcpport",
+     .help = "1 to 65535. Empty: 23.",
+     .maxlength = 5},
+};
+
+constexpr ui::Setting snmp[] = {
+    {.label = "Enable SNMP",
+     .key = "config.services.snmp.enabled",
+     .type = "boolean",
+     .input = ui::Input::check,
+     .help = "The agent that answers to network management; the page <b>SNMP</b> has its "
+             "settings."},
+    {.label = "SNMP Port",
+     .key = "config.services.snmp.port",
+     .type = "port",
+     .help = "UDP, 1 to 65534. Empty: 161.",
+     .maxlength = 5},
+};
+
+constexpr ui::Setting protection[] = {
+    {.label = "Enable Brute Force Protection",
+     .key = "config.bfprotection.enabled",
+     .type = "boolean",
+     .input = ui::Input::check,
+     .help = "Shut out addresses from which logins keep failing."},
+    {.label = "Failed Login Limit",
+     .key = "config.bfprotection.limit",
+     .help = "Failed logins in a row, at least 1, after which an address is shut out. Empty: 3.",
+     .maxlength = 9},
+    {.label = "Lockout Time",
+     .key = "config.bfprotection.timeout",
+     .help = "Minutes, at least 1, that it stays shut out. Empty: 60.",
+     .maxlength = 9},
+};
+
+constexpr ui::Section sections[] = {
+    {"Web Access", web},
+    {"Command Line Access", terminal},
+    {"Network Management", snmp},
+    {"Brute Force Protection", protection},
+};
+
+const AutoRegisterFormlet registration("services", ui::defineSettings<sections>,
+                                       ui::renderSettings<sections>);
+
+} // namespace
+} // namespace zandorin

@@ -1,0 +1,150 @@
+#include "tests/support/page_reader.h"
+#include "tests/support/request_test.h"
+
+#include <map>
+#include <set>
+
+namespace zandorin::test {
+namespace {
+
+/// Every page of the navigation that has settings.
+class SettingsPage : public RequestTest, public ::testing::WithParamInterface<std::string> {
+  protected:
+    SettingsPage() {
+        configure("config.ui.debug", "on");
+        configure("config.auth.pmshell.available", "on");
+        put("/etc/config/ssl_cert.pem", "certificate");
+        put("/etc/config/ssl_key.pem", "key");
+        put("/var/run/snmpd/snmpapp.conf", "oldEngineID 0x8000\n");
+    }
+
+    Response open() { return get("form=" + GetParam(), login()); }
+};
+
+/// A valid value of an element type; "%" becomes the field's number, three digits of it.
+const std::map<std::string, std::string> typical_values = {
+    {"text", "Text %"},
+    {"printable", "Words, %"},
+    {"unsafe_printable", "<b>\"%\"</b> & 'so' (on)"},
+    {"alphanum", "name-%"},
+    {"hostname", "host%.example.com"},
+    {"address", "host%.example.com"},
+    {"addresslist", "host%.example.com,192.0.2.1,2001:db8::1"},
+    {"ip", "2001:db8::%"},
+    {"netmask", "ffff:%::"},
+    {"tcpport", "65%"},
+    {"port", "61%"},
+    {"email", "u%@example.com"},
+    {"password", "<secret> & %"},
+    {"username", "user%"},
+    {"snmpusername", "user_%"},
+    {"distinguishedname", "cn=u\\,% (x),dc=example"},
+    {"phonenumber", "+6173000%"},
+};
+
+/// Texts that the page's validator judges.
+const std::map<std::string, std::string> judged_values = {
+    {"config.auth.sessionlifetime", "%"},
+    {"config.bfprotection.limit", "%"},
+    {"config.bfprotection.timeout", "%"},
+    {"config.system.nagios.nsca.interval", "%"},
+    {"config.services.snmp.engineid", "0x80001f8800%0"},
+    {"config.system.snmp.engineid", "80001F8800%0"},
+    {"config.system.snmp.engineid2", "80001f8800%0"},
+};
+
+std::string filledIn(std::string pattern, std::size_t number) {
+    const auto place = pattern.find('%');
+    return place == std::string::npos ? pattern
+                                      : pattern.replace(place, 1, std::to_string(100 + number));
+}
+
+/// What an administrator enters into a field; nothing when its type has no typical value.
+std::string valueFor(const PageField &field, const std::string &type, std::size_t number) {
+    if (!field.options.empty())
+        return field.options.back();
+    if (field.kind == "checkbox")
+        return "on";
+    const auto judged = judged_values.find(field.name);
+    if (judged != judged_values.end())
+        return filledIn(judged->second, number);
+    const auto typical = typical_values.find(type);
+    return typical == typical_values.end() ? "" : filledIn(typical->second, number);
+}
+
+bool isPlain(const PageField &field) {
+    return field.kind == "hidden" || field.name.find("confirm") != std::string::npos;
+}
+
+/// What a browser sends when the fields stand as the page has them.
+Fields untouched(const std::vector<PageField> &fields,
+                 const std::map<std::string, std::string> &elements) {
+    Fields sent = {{"apply", "Apply"}};
+    std::set<std::string> names;
+    for (const PageField &field : fields)
+        if ((elements.contains(field.name) || isPlain(field)) && names.insert(field.name).second &&
+            (field.kind != "checkbox" || field.checked))
+            sent.emplace_back(field.name, field.value);
+    return sent;
+}
+
+TEST_P(SettingsPage, EveryValueComesBack) {
+    const Response empty = open();
+    const auto elements = readElements(empty.body);
+    if (elements.empty())
+        GTEST_SKIP() << "no settings";
+
+    Fields sent = {{"apply", "Apply"}};
+    std::map<std::string, std::string> typed;
+    for (const PageField &field : readFields(empty.body)) {
+        if (field.kind == "hidden" && field.name != "form")
+            sent.emplace_back(field.name, field.value);
+        if (const auto element = elements.find(field.name); element != elements.end()) {
+            const std::string value = valueFor(field, element->second, typed.size());
+            ASSERT_NE(value, "") << "no value of type " << element->second << " for " << field.name;
+            typed[field.name] = value;
+            sent.emplace_back(field.name, value);
+        } else if (isPlain(field) && field.kind == "password") {
+            sent.emplace_back(field.name, sent.back().second);
+        }
+    }
+    for (const auto &element : elements)
+        EXPECT_TRUE(typed.contains(element.first)) << "no input for " << element.first;
+
+    sent.emplace_back("form", GetParam());
+    const Response saved = post(sent, login());
+    ASSERT_EQ(saved.part("class=\"error-message\"", "</p>"), "");
+    EXPECT_TRUE(saved.has("Changes to configuration succeeded."));
+    for (const auto &[key, value] : typed) {
+        if (key == "config.system.password")
+            EXPECT_EQ(stored(key).substr(0, 1), "$") << "not in clear";
+        else
+            EXPECT_EQ(stored(key), value) << key;
+    }
+
+    const std::vector<PageField> fields = readFields(open().body);
+    for (const PageField &field : fields) {
+        const auto value = typed.find(field.name);
+        if (value == typed.end())
+            continue;
+        if (field.kind == "checkbox")
+            EXPECT_TRUE(field.checked) << field.name;
+        else if (field.kind == "password")
+            EXPECT_EQ(field.value, "********") << field.name;
+        else
+            EXPECT_EQ(field.current.empty() ? field.value : field.current, value->second)
+                << field.name;
+    }
+
+    // Sent again as it stands, the page changes nothing.
+    const std::string before = read("/etc/config/config.xml");
+    const Response second = post(untouched(fields, elements), login());
+    EXPECT_EQ(second.part("class=\"error-message\"", "</p>"), "");
+    EXPECT_EQ(read("/etc/config/config.xml"), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, SettingsPage, ::testing::ValuesIn(navigationLeaves()),
+                         [](const auto &parameter) { return parameter.param; });
+
+} // namespace
+} // namespace zandorin::test

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace zandorin::test {
+
+/// One field of a page as a browser has it; all texts with their entities resolved.
+struct PageField {
+    std::string name;
+    std::string kind =
+        ""; ///< "text", "password", "checkbox", "radio", "select", "textarea", "hidden"
+    std::string value = ""; ///< what it would send; of a check box: when it is checked
+    bool checked = false;   ///< of a check box
+    std::vector<std::string> options = {}; ///< values of a menu or of radio buttons
+    /// Of an unsafe input: the stored value shown beside it.
+    std::string current = "";
+};
+
+/// The fields of a page in their order; buttons are left out, radio buttons of one name are one.
+std::vector<PageField> readFields(const std::string &page);
+
+/// The elements that a page in debug mode says it has: name and type.
+std::map<std::string, std::string> readElements(const std::string &page);
+
+/// Form ids of the navigation tree that the release has.
+std::vector<std::string> navigationLeaves();
+
+} // namespace zandorin::test

@@ -1,13 +1,14 @@
 #include "util/files.h"
 
-#include "util/fd.h"
-
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -111,6 +112,23 @@ bool makeFolder(const std::string &path, mode_t mode) {
     if (::mkdir(path.c_str(), mode) != 0)
         return errno == EEXIST;
     return ::chmod(path.c_str(), mode) == 0 && syncFolder(folderOf(path));
+}
+
+UniqueFd lockFile(const std::string &path) {
+    using namespace std::chrono_literals;
+    UniqueFd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    const auto deadline = std::chrono::steady_clock::now() + 30s;
+    while (fd && ::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) {
+        const bool isTaken = errno == EWOULDBLOCK || errno == EINTR;
+        if (!isTaken || std::chrono::steady_clock::now() > deadline) {
+            const int reason = errno;
+            fd.reset();
+            errno = reason;
+        } else {
+            std::this_thread::sleep_for(5ms);
+        }
+    }
+    return fd;
 }
 
 } // namespace zandorin

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "util/fd.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -39,5 +41,9 @@ bool removeFile(const std::string &path);
 /// Makes the last folder of `path` with these permissions, whatever the umask, and syncs the folder
 /// it lies in; one that is there stays as it is. False when anything failed; errno tells why.
 bool makeFolder(const std::string &path, mode_t mode);
+
+/// Takes the exclusive lock of whoever agrees on the file `path`, made when missing; it ends with
+/// the descriptor. Waits 30 seconds at most; none when it was not to be had, errno tells why.
+UniqueFd lockFile(const std::string &path);
 
 } // namespace zandorin

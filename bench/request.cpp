@@ -73,6 +73,7 @@ int main(int argc, char **argv) {
                                       std::string("QUERY_STRING=") + argv[3],
                                       std::string("HTTP_COOKIE=ZdSessionId=") + argv[4]};
     std::vector<char *> environment;
+    environment.reserve(words.size() + 1);
     for (std::string &word : words)
         environment.push_back(word.data());
     environment.push_back(nullptr);

@@ -2,6 +2,7 @@
 
 #include "framework/registry.h"
 
+#include <map>
 #include <string>
 
 namespace zandorin {
@@ -13,6 +14,12 @@ struct FormElemType {
     bool allowMarkup; ///< a value that encode_safe would change may reach the validator
 };
 
-using ElemTypeRegistry = Registry<FormElemType>;
+/// Born with the console's own types. No static object registers them: most requests look up none,
+/// and would pay for all of them; and a linker leaves out of an archive what nobody calls.
+struct ElemTypes : std::map<std::string, FormElemType, std::less<>> {
+    ElemTypes();
+};
+
+using ElemTypeRegistry = Registry<FormElemType, ElemTypes>;
 
 } // namespace zandorin

@@ -1,12 +1,4 @@
 #pragma once
 
-#include <string>
-#include <string_view>
-#include <vector>
-
-namespace zandorin::utilities {
-
-/// The pieces of `text` between any of the characters in `separators`; empty pieces are dropped.
-std::vector<std::string> split(std::string_view text, std::string_view separators);
-
-} // namespace zandorin::utilities
+// The configuration library's name for it; the rule stands in one place.
+#include "util/split.h"

@@ -1,4 +1,4 @@
-#include "platform/libzandorin/split.h"
+#include "util/split.h"
 
 namespace zandorin::utilities {
 

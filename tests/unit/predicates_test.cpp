@@ -1,0 +1,210 @@
+#include "framework/elem_type.h"
+#include "framework/predicates.h"
+#include "tests/support/appliance_test.h"
+#include "tests/support/log_capture.h"
+#include "util/paths.h"
+
+#include <chrono>
+#include <filesystem>
+#include <sstream>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace zandorin {
+namespace {
+
+using namespace std::string_literals;
+
+const std::string ssh_body = " AAAAB3NzaC1yc2E/+09";
+
+const struct {
+    const char *type;
+    std::vector<std::string> accepted;
+    std::vector<std::string> refused;
+} rows[] = {
+    {"alphanum", {"", "aZ09.-_"}, {"a b", "a+", "\xe9", "a\0b"s, "a\n"}},
+    {"printablesafe", {"", "aZ09 ,./@:_-=$+&<>\"'"}, {";", "!", "(", "\\", "\t", "\xe9"}},
+    {"printablesafesemicolon", {"", "a;b", " ,./@:_-=$+&<>\"'"}, {"!", "`", "\n", "|"}},
+    {"boolean", {"on", "off", "ON", "Off"}, {"", "yes", "true", "1", "on ", "on\0"s}},
+    {"nic",
+     {"wan", "lan", "oobfo", "wlan", "dialout", "dialin", "vpn", "any"},
+     {"", "WAN", "eth0"}},
+    {"firewalldirection", {"ingress", "egress"}, {"", "Ingress", "in"}},
+    {"firewalltcpprotocol",
+     {"tcp", "udp", "tcp&udp", "tcpandudp", "icmp", "gre", "esp", "any"},
+     {"", "TCP", "tcp&amp;udp", "sctp"}},
+    {"ssh_delimiter", {"", ";", " ", "~"}, {"`", "'", "\"", "ab", "\t", "\xe9", "\0"s}},
+    {"userposix",
+     {"a", "0", "root", "a.b_c-d"},
+     {"", "-a", ".a", "_a", "a b", "a@b", "a\0b"s, "a\n"}},
+    {"username", {"root", "a.b@example.com"}, {"-a", "a@b", "a!"}},
+    {"snmpusername", {"", "a-b_C9"}, {"a.b", "a b", "a@"}},
+    {"printable", {"", " ~"}, {"a\tb", "a\nb", "\x7f", "\x80", "\0"s}},
+    {"multiline_printable", {"", "a\r\n\t\v\f b"}, {"a\bb", "\x7f", "\xff", "\0"s}},
+    {"unsafe_printable_braces",
+     {"", "(x)", "az ,-./09:@AZ_$+()"},
+     {"{x}", "[x]", "<", "a&b", "=", "'", "\t", "`"}},
+    {"phonenumber",
+     {"", " , ", "123", "+123", "555.1234", "(02)1234", "111,222 333", "s\\.",
+      "1.2.3.4.5.6.7.8.9.0.1.2.3.4.5.6.7.8.9.0.1.2.3.4", std::string(200, '1')},
+     {"12", "555-1234", "++123", "+", "abc", "123,4", "123\0"s,
+      "1.2.3.4.5.6.7.8.9.0.1.2.3.4.5.6.7.8.9.0.1.2.3.4.5"}},
+    {"asciigraphical", {"", "!~<>"}, {"a b", "\t", "\x7f", "\x80", "\0"s}},
+    {"filename", {"", "a b-c_d.e9", ".."}, {"a/b", "a\\b", "a:b", "\n"}},
+    {"email",
+     {"", "a@b.de", "a@b.de, c@d.org", "a@b.de c@d.org", "a.b_c-d\\@e-f.g.info", "a@[1.2.3.4]",
+      "a@b.123", "a@b.de]"},
+     {"a", "a@b", "@b.de", "a@b..de", "a+b@c.de", "a@b.museum", "a@b_c.de", "a@b.de;c@d.de",
+      "a@b.de, c", "a@b.de\0"s, "a@b.de\n"}},
+    {"ipsectunnelid",
+     {"%fromcert", "%none", "%myid", "10.0.0.1", "::1", "@example.com", "a@example.com", "host"},
+     {"%other", "%", "@", "@1.2", "@a_b", "1.2.3", "a b", "%myid\0"s, "%MYID"}},
+    {"numeric", {"", "0", "007", std::string(300, '9')}, {"-5", "+5", " 5", "5 ", "1.0", "5\0"s}},
+    {"integer", {"", "-5", "5", "-007"}, {"-", "--5", "+5", "5-", " 5"}},
+    {"unsigned16bit",
+     {"", "abc", "0", "65535", "-0", "80x", " 80"},
+     {"65536", "-1", "2147483647", "2147483648", "4294967296", "4294967376", "18446744073709551616",
+      "-99999999999999999999"}},
+    {"tcpport",
+     {"1", "65535", "80x", "+80", "080"},
+     {"", "0", "x", "65536", "-1", "4294967376", "99999999999999999999"}},
+    {"tcpportrange",
+     {"22", "1000-2000", "22-22", "-80", "--80--90", "1-65535", "1-2-zzz", "80-", "80x-90x"},
+     {"", "-", "0-10", "2000-1000", "22-65536", "65536", "22-x", "x", "4294967297-4294967300",
+      "22-99999999999999999999"}},
+    {"port",
+     {"1", "65534", "00080"},
+     {"", "0", "65535", "-1", "+80", "80x", " 80", "4294967376", "99999999999999999999", "80\0"s}},
+    {"netmask_ipv4_cidr", {"", "0", "32", "032"}, {"33", "-1", "4294967296", "24x", " 24"}},
+    {"netmask_cidr", {"", "0", "33", "128"}, {"129", "-1", "18446744073709551616", "/24"}},
+    {"mac",
+     {"", "00:0a:F7:ff:0:1", "00::11:22:33:44:55", ":00:11:22:33:44:55:", "0x1:+2: 3:4:5:-0"},
+     {":", "00:11:22:33:44", "00:11:22:33:44:55:66", "00:11:22:33:44:5g", "00:11:22:33:44:100",
+      "00:11:22:33:44:-1", "00:11:22:33:44:55 ", "00-11-22-33-44-55",
+      "00:11:22:33:44: ", "00:11:22:33:44:55\0"s, "00:11:22:33:44:10000000000000001"}},
+    {"ipv4",
+     {"0.0.0.0", "255.255.255.255"},
+     {"", "1.2.3", "1.2.3.256", "1.2.3.4 ", "1.2.3.4/8", "0x1.2.3.4", "::1", "1.2.3.4\0x"s}},
+    {"ipv6",
+     {"::", "::1", "[fe80::1]", "2001:db8::192.0.2.1"},
+     {"", "[]", "[", "[::1", "::1]", "[::1]]", "[[::1]]", "1::2::3", "fe80::1%eth0", "10.0.0.1",
+      "::1\0"s}},
+    {"ip", {"10.0.0.1", "[::1]"}, {"", "host", "10.0.0"}},
+    {"hostname",
+     {"a123", "1a", "a.b-c", "-a", "a."},
+     {"", "123", "1.2.3.4", "-.", "my_host", "a b", "\xe9t\xe9", "a\0"s}},
+    {"address", {"10.0.0.1", "::1", "a.b"}, {"", "1.2.3", "a_b", "a,b"}},
+    {"addresslist", {"a", "a,10.0.0.1,::1"}, {"", "a,,b", "a,", ",a", ",", "a, b"}},
+    {"addressportlist",
+     {"a", "a:80", "10.0.0.1:65534", "::1", "[::1]", "[::1]:80", "a:1,[::1]:2,b", "::1:80"},
+     {"", "a:", "a:0", "a:65535", ":80", "[::1]:", "[a]:80", "fe80::1::80", "a:80:90", "a:80,",
+      "123:80", "[::1:80"}},
+    {"netmask", {"", "24", "128", "255.255.0.0", "ffff::"}, {"129", "255.255.0", "x"}},
+    {"subnet",
+     {"10.0.0.0/8", "10.0.0.0/255.0.0.0", "::/0", "[fe80::]/64", "net/128"},
+     {"", "/", "10.0.0.0", "10.0.0.0/", "/8", "10.0.0.0/129", "10.0.0.0/8/8", "10.0.0.0/ 8"}},
+    {"subnetlist", {"10.0.0.0/8", "10.0.0.0/8,::/0"}, {"", "10.0.0.0/8,", "10.0.0.0/8,a"}},
+    {"iporsubnet", {"10.0.0.1", "10.0.0.0/8", "a/8"}, {"", "a", "10.0.0.0/"}},
+    {"sshauthkey",
+     {"ssh-rsa" + ssh_body, "ssh-ed25519" + ssh_body + "== me@host \xe9",
+      "ecdsa-sha2-nistp256" + ssh_body + "=", "ecdsa-sha2-nistp521" + ssh_body,
+      "ssh-rsa-cert-v01@openssh.com" + ssh_body, "ssh-rsa " + std::string(16000, 'A')},
+     {"", "ssh-rsa", "ssh-rsa ", "ssh-dss" + ssh_body, "ecdsa-sha2-nistp255" + ssh_body,
+      " ssh-rsa" + ssh_body, "ssh-rsa" + ssh_body + "===", "ssh-rsa" + ssh_body + "\nx",
+      "ssh-rsa-cert-v01@opensshxcom" + ssh_body, "ssh-rsa-cert-v01" + ssh_body,
+      "ssh-rsa\t" + ssh_body, "ssh-rsa" + ssh_body + "\0"s}},
+};
+
+TEST(ElemTypes, AcceptAndRefuse) {
+    for (const auto &row : rows) {
+        const FormElemType *type = ElemTypeRegistry::find(row.type);
+        ASSERT_NE(type, nullptr) << row.type;
+        for (const std::string &value : row.accepted)
+            EXPECT_TRUE(type->validator(value)) << row.type << " '" << value << "'";
+        for (const std::string &value : row.refused)
+            EXPECT_FALSE(type->validator(value)) << row.type << " '" << value << "'";
+    }
+}
+
+TEST(ElemTypes, AreAllThereAndAgreeAboutMarkup) {
+    // A "+" marks the types that let markup through.
+    std::istringstream names(
+        "alphanum+ printablesafe+ printablesafesemicolon+ boolean nic firewalldirection "
+        "ssh_delimiter+ firewalltcpprotocol userposix+ useremail+ username+ groupposix+ "
+        "snmpusername+ printable unsafe_printable+ multiline_printable "
+        "unsafe_multiline_printable+ unsafe_printable_braces+ phonenumber asciigraphical "
+        "unsafe_asciigraphical+ filename+ ipsectunnelid+ unixfile+ numeric integer unsigned16bit "
+        "distinguishedname+ ip+ ipv4+ ipv6+ hostname+ address+ addresslist+ addressportlist+ "
+        "port+ netmask+ netmask_cidr+ netmask_ipv4_cidr+ subnet+ subnetlist+ iporsubnet+ mac "
+        "sshauthkey+ password+ email tcpport tcpportrange");
+    std::size_t count = 0;
+    for (std::string name; names >> name; ++count) {
+        const bool markup = name.back() == '+';
+        if (markup)
+            name.pop_back();
+        const FormElemType *type = ElemTypeRegistry::find(name);
+        ASSERT_NE(type, nullptr) << name;
+        EXPECT_EQ(type->allowMarkup, markup) << name;
+        EXPECT_NE(type->description, "") << name;
+    }
+    EXPECT_EQ(count, 48U);
+    EXPECT_EQ(ElemTypeRegistry::entries().size(), count);
+    EXPECT_EQ(ElemTypeRegistry::find("IPv4"), nullptr);
+
+    // Pairs of types that share a test, and types that take anything.
+    EXPECT_EQ(ElemTypeRegistry::find("useremail")->validator, isValidEmail);
+    EXPECT_EQ(ElemTypeRegistry::find("groupposix")->validator, isValidPosixUser);
+    EXPECT_EQ(ElemTypeRegistry::find("unsafe_printable")->validator, isPrintable);
+    EXPECT_EQ(ElemTypeRegistry::find("unsafe_multiline_printable")->validator,
+              isMultiLinePrintable);
+    EXPECT_EQ(ElemTypeRegistry::find("unsafe_asciigraphical")->validator, isValidAsciiGraphical);
+    for (const char *name : {"password", "distinguishedname"})
+        EXPECT_TRUE(ElemTypeRegistry::find(name)->validator("\0\xff\n"s)) << name;
+
+    ElemTypeRegistry::add("ipv4", {"another", isValidPassword, false});
+    EXPECT_EQ(ElemTypeRegistry::find("ipv4")->description, "IPv4 Address");
+}
+
+TEST(ElemTypes, AnswerLongHostileValuesAtOnce) {
+    const auto start = std::chrono::steady_clock::now();
+    for (const char *piece :
+         {"1", "1.", ".", "a.", "a@", "a@a.", "a, ", ":", "-1", "ssh-rsa A", "["}) {
+        std::string value;
+        while (value.size() < 16383)
+            value += piece;
+        for (const auto &[name, type] : ElemTypeRegistry::entries())
+            type.validator(value);
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
+TEST(ElemTypes, IpsecIdentityIsLoggedWithWhatItIs) {
+    const test::LogCapture log;
+    for (const char *value : {"%none", "10.0.0.1", "@a.de", "a@b.de", "a.de"})
+        EXPECT_TRUE(isValidIpsecId(value)) << value;
+    EXPECT_EQ(log.records(), (std::vector<std::string>{
+                                 "600 Valid magic value found: %none",
+                                 "600 Valid IP Address found: 10.0.0.1",
+                                 "600 Valid domain preceeded by'@' found: @a.de",
+                                 "600 Valid email type ID found: a@b.de",
+                                 "600 Valid domain with no '@' found: a.de",
+                             }));
+}
+
+using UnixFile = test::ApplianceTest;
+
+TEST_F(UnixFile, IsARegularFileOfTheApplianceOrALinkToOne) {
+    put("/etc/file", "x");
+    std::filesystem::create_symlink("file", appliancePath("/etc/link"));
+    std::filesystem::create_symlink("none", appliancePath("/etc/dangling"));
+    EXPECT_TRUE(isValidUnixFilePath("/etc/file"));
+    EXPECT_TRUE(isValidUnixFilePath("/etc/link"));
+    const std::string host = appliancePath("/etc/file");
+    for (const std::string &path : {""s, "/etc"s, "/etc/dangling"s, "/etc/none"s, "etc/file"s,
+                                    "/etc/file/"s, "/etc/file\0"s, host})
+        EXPECT_FALSE(isValidUnixFilePath(path)) << path;
+}
+
+} // namespace
+} // namespace zandorin

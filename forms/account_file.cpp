@@ -9,6 +9,7 @@
 #include <array>
 #include <cerrno>
 #include <limits>
+#include <set>
 
 namespace zandorin {
 
@@ -82,6 +83,29 @@ UniqueFd lockAccounts() {
     return lock;
 }
 
+/// The third field of a group line; 0 when it is no number.
+gid_t groupId(std::string_view line) {
+    const auto second = line.find(':', line.find(':') + 1);
+    if (second == std::string_view::npos)
+        return 0;
+    const std::string_view id = line.substr(second + 1);
+    return number(id.substr(0, id.find(':'))).value_or(0);
+}
+
+/// Has `edit` change the lines of the group file under the lock; it answers whether it did.
+template <typename Edit> bool editGroups(Edit edit) {
+    const UniqueFd lock = lockAccounts();
+    const auto text = readFile(appliancePath(group_path));
+    bool done = lock && (text || errno == ENOENT);
+    if (done) {
+        std::vector<std::string> lines = linesOf(text.value_or(""));
+        done = !edit(lines) || replaceFile(appliancePath(group_path), joined(lines), readable);
+    }
+    if (!done)
+        logRecord(Priority::fatal, "Unable to open file: %s", group_path);
+    return done;
+}
+
 } // namespace
 
 bool AccountFile::open() {
@@ -140,21 +164,42 @@ bool AccountFile::save() const {
 }
 
 bool addGroup(const std::string &name, gid_t gid) {
-    const UniqueFd lock = lockAccounts();
-    const auto text = readFile(appliancePath(group_path));
-    if (!lock || (!text && errno != ENOENT)) {
-        logRecord(Priority::fatal, "Unable to open file: %s", group_path);
-        return false;
-    }
-    std::vector<std::string> lines = linesOf(text.value_or(""));
-    if (std::any_of(lines.begin(), lines.end(),
-                    [&](const std::string &line) { return isOf(line, name); }))
+    return editGroups([&](std::vector<std::string> &lines) {
+        if (std::any_of(lines.begin(), lines.end(),
+                        [&](const std::string &line) { return isOf(line, name); }))
+            return false;
+        lines.push_back(name + ":x:" + std::to_string(gid) + ":");
         return true;
-    lines.push_back(name + ":x:" + std::to_string(gid) + ":");
-    if (replaceFile(appliancePath(group_path), joined(lines), readable))
+    });
+}
+
+bool renameGroup(const std::string &name, const std::string &newName, gid_t system) {
+    return editGroups([&](std::vector<std::string> &lines) {
+        const auto line = std::find_if(lines.begin(), lines.end(), [&](const std::string &text) {
+            return isOf(text, name) && groupId(text) > system;
+        });
+        if (line == lines.end())
+            return false;
+        line->replace(0, name.size(), newName);
         return true;
-    logRecord(Priority::fatal, "Unable to open file: %s", group_path);
-    return false;
+    });
+}
+
+bool removeGroup(const std::string &name, gid_t system) {
+    return editGroups([&](std::vector<std::string> &lines) {
+        return std::erase_if(lines, [&](const std::string &line) {
+                   return isOf(line, name) && groupId(line) > system;
+               }) != 0;
+    });
+}
+
+gid_t freeGroupId(gid_t first) {
+    std::set<gid_t> used;
+    for (const std::string &line : linesOf(readFile(appliancePath(group_path)).value_or("")))
+        used.insert(groupId(line));
+    while (used.count(first) != 0)
+        ++first;
+    return first;
 }
 
 } // namespace zandorin

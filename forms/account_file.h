@@ -48,8 +48,16 @@ class AccountFile {
     std::vector<std::string> lines_;
 };
 
-/// Adds a group to /etc/config/group unless it is there. False, and a log record, when the file
-/// cannot be written.
+// /etc/config/group. False, and a log record, when the file cannot be written.
+
+/// Adds a group without members unless it is there.
 bool addGroup(const std::string &name, gid_t gid);
+/// Gives the group another name, its id above `system` taken as the sign that it is no group of
+/// the system's own; true when there is none.
+bool renameGroup(const std::string &name, const std::string &newName, gid_t system);
+bool removeGroup(const std::string &name, gid_t system);
+
+/// The smallest id at or above `first` that no group has.
+gid_t freeGroupId(gid_t first);
 
 } // namespace zandorin

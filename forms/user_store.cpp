@@ -2,6 +2,7 @@
 
 #include "forms/account_file.h"
 #include "util/fd.h"
+#include "util/files.h"
 #include "util/log.h"
 #include "util/paths.h"
 
@@ -26,6 +27,9 @@ constexpr gid_t users_group = 1000;
 constexpr uid_t first_uid = 1000;
 constexpr const char *homes = "/etc/config/users";
 constexpr const char *shell = "/bin/bash";
+constexpr const char *disabled_shell = "/bin/false";
+constexpr const char *no_password = "*"; ///< no hash, so no password has it
+constexpr char disabled_mark = '!';
 
 std::string homeOf(const std::string &name) {
     return std::string(homes) + "/" + name;
@@ -38,6 +42,11 @@ std::string crypted(const std::string &password, const char *setting) {
     std::string result = hash == nullptr || *hash == '*' ? "" : hash;
     ::explicit_bzero(&work, sizeof work);
     return result;
+}
+
+/// What stands in an account line for a clear password; "" when it cannot be made.
+std::string hashFor(const std::string &password) {
+    return password.empty() ? no_password : user_hashpassword(password);
 }
 
 void makeOwnedFolder(const std::string &path, uid_t owner) {
@@ -80,16 +89,39 @@ uid_t freeUid(const AccountFile &accounts) {
     return candidate;
 }
 
-/// Changes the account `name` under the lock; -1 when there is none or the file cannot be written.
-template <typename Change> int changeAccount(const std::string &name, Change change) {
-    AccountFile accounts;
-    if (!accounts.open())
-        return -1;
-    auto account = accounts.find(name);
-    if (!account || !change(accounts, *account))
-        return -1;
-    accounts.set(name, *account);
-    return accounts.save() ? 0 : -1;
+bool isDisabled(const Account &account) {
+    return account.hash.starts_with(disabled_mark);
+}
+
+void setHash(Account &account, const std::string &hash) {
+    account.hash = isDisabled(account) ? disabled_mark + hash : hash;
+    account.shell = isDisabled(account) ? disabled_shell : shell;
+}
+
+void setEnabled(Account &account, bool enabled) {
+    if (isDisabled(account) == enabled)
+        account.hash = enabled ? account.hash.substr(1) : disabled_mark + account.hash;
+    account.shell = enabled ? shell : disabled_shell;
+}
+
+bool isNameFree(const AccountFile &accounts, const std::string &name) {
+    std::error_code failure;
+    if (accounts.find(name))
+        logRecord(Priority::error, "Account exists: %s", name.c_str());
+    else if (std::filesystem::exists(
+                 std::filesystem::symlink_status(appliancePath(homeOf(name)), failure)))
+        logRecord(Priority::error, "Home folder exists: %s", homeOf(name).c_str());
+    else
+        return true;
+    return false;
+}
+
+void moveHome(const std::string &from, const Account &account) {
+    const std::string to = homeOf(account.name);
+    if (moveFile(appliancePath(from), appliancePath(to)))
+        return;
+    logRecord(Priority::error, "Failed to move: %s: %s", from.c_str(), std::strerror(errno));
+    makeHome(account.name, account.uid);
 }
 
 } // namespace
@@ -154,6 +186,22 @@ int user_addgroup(const std::string &name, gid_t gid) {
     return acceptable(name) && addGroup(name, gid) ? 0 : -1;
 }
 
+gid_t user_getfreegid() {
+    ZANDORIN_TRACE();
+    return freeGroupId(users_group + 1);
+}
+
+int user_renamegroup(const std::string &name, const std::string &newName) {
+    ZANDORIN_TRACE();
+    return acceptable(name) && acceptable(newName) && renameGroup(name, newName, users_group) ? 0
+                                                                                              : -1;
+}
+
+int user_delgroup(const std::string &name) {
+    ZANDORIN_TRACE();
+    return acceptable(name) && removeGroup(name, users_group) ? 0 : -1;
+}
+
 int user_adduser(const std::string &name, const std::string &password,
                  const std::string &description) {
     ZANDORIN_TRACE();
@@ -167,7 +215,7 @@ int user_adduser(const std::string &name, const std::string &password,
         return -1;
     }
     Account account = {.name = name,
-                       .hash = user_hashpassword(password),
+                       .hash = hashFor(password),
                        .uid = freeUid(accounts),
                        .gid = users_group,
                        .description = description,
@@ -182,60 +230,52 @@ int user_adduser(const std::string &name, const std::string &password,
     return 0;
 }
 
+int user_changeuser(const std::string &name, const AccountChange &change) {
+    ZANDORIN_TRACE();
+    const std::string newName = change.name.value_or(name);
+    const std::string hash = change.password ? hashFor(*change.password) : "";
+    if (!acceptable(name) || !acceptable(newName, change.description.value_or("")) ||
+        (change.password && hash.empty()))
+        return -1;
+    AccountFile accounts;
+    if (!accounts.open())
+        return -1;
+    auto account = accounts.find(name);
+    if (!account || (newName != name && !isNameFree(accounts, newName)))
+        return -1;
+    const std::string home = account->home;
+    const bool moves = newName != name && home == homeOf(name);
+    account->name = newName;
+    if (moves)
+        account->home = homeOf(newName);
+    if (change.description)
+        account->description = *change.description;
+    if (change.password)
+        setHash(*account, hash);
+    if (change.enabled)
+        setEnabled(*account, *change.enabled);
+    accounts.set(name, *account);
+    if (!accounts.save())
+        return -1;
+    if (moves)
+        moveHome(home, *account);
+    return 0;
+}
+
 int user_setuser(const std::string &name, const std::string &password,
                  const std::string &description) {
     ZANDORIN_TRACE();
-    const std::string hash = user_hashpassword(password);
-    if (hash.empty() || !acceptable(name, description))
-        return -1;
-    return changeAccount(name, [&](AccountFile &, Account &account) {
-        account.hash = hash;
-        account.description = description;
-        account.shell = shell;
-        return true;
-    });
+    return user_changeuser(name, {.password = password, .description = description});
 }
 
 int user_setdescription(const std::string &name, const std::string &description) {
     ZANDORIN_TRACE();
-    if (!acceptable(name, description))
-        return -1;
-    return changeAccount(name, [&](AccountFile &, Account &account) {
-        account.description = description;
-        return true;
-    });
+    return user_changeuser(name, {.description = description});
 }
 
 int user_renameuser(const std::string &name, const std::string &newName) {
     ZANDORIN_TRACE();
-    if (!acceptable(name) || !acceptable(newName))
-        return -1;
-    const std::string from = appliancePath(homeOf(name));
-    const std::string to = appliancePath(homeOf(newName));
-    std::error_code failure;
-    if (std::filesystem::exists(std::filesystem::symlink_status(to, failure))) {
-        logRecord(Priority::error, "Home folder exists: %s", homeOf(newName).c_str());
-        return -1;
-    }
-    const int result = changeAccount(name, [&](AccountFile &accounts, Account &account) {
-        if (accounts.find(newName)) {
-            logRecord(Priority::error, "Account exists: %s", newName.c_str());
-            return false;
-        }
-        account.name = newName;
-        if (account.home == homeOf(name))
-            account.home = homeOf(newName);
-        return true;
-    });
-    if (result != 0)
-        return result;
-    if (::rename(from.c_str(), to.c_str()) != 0) {
-        logRecord(Priority::error, "Failed to move: %s: %s", homeOf(name).c_str(),
-                  std::strerror(errno));
-        const passwd *account = ::getpwnam(newName.c_str());
-        makeHome(newName, account == nullptr ? 0 : account->pw_uid);
-    }
-    return 0;
+    return user_changeuser(name, {.name = newName});
 }
 
 int user_deluser(const std::string &name) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include <sys/types.h>
@@ -39,20 +40,38 @@ uid_t user_getfreeuid();
 /// Adds a group without members; one of that name is left as it is, and that is a success.
 int user_addgroup(const std::string &name, gid_t gid);
 
+/// The smallest id above 1000, the group of all accounts made here, that no group has.
+gid_t user_getfreegid();
+
+/// Gives a group another name, or removes it. Groups with ids up to 1000 are the system's and are
+/// left alone; that one, or none of that name, is a success.
+int user_renamegroup(const std::string &name, const std::string &newName);
+int user_delgroup(const std::string &name);
+
 /// Adds an account with a free id, group 1000, a home folder of its own and /bin/bash. Fails for a
-/// name that is taken.
+/// name that is taken. An empty password is none: nobody logs in with it.
 int user_adduser(const std::string &name, const std::string &password,
                  const std::string &description);
 
-/// Gives an account a new password and description, and /bin/bash. Ids and home folder stay.
+/// What to change of an account; what is left out stays.
+struct AccountChange {
+    std::optional<std::string> name = std::nullopt; ///< the home folder moves along
+    std::optional<std::string> password =
+        std::nullopt; ///< in clear; an empty one is none, as for user_adduser
+    std::optional<std::string> description = std::nullopt;
+    /// False: no login, whatever the way. The hash is kept behind a "!" and the shell is
+    /// /bin/false, until true brings both back. A new password does not enable an account.
+    std::optional<bool> enabled = std::nullopt;
+};
+
+/// Changes an account in one step: a reader sees the old line or the new one. Ids stay. Fails when
+/// there is no such account, or a new name is taken.
+int user_changeuser(const std::string &name, const AccountChange &change);
+
+// Changes of one kind.
 int user_setuser(const std::string &name, const std::string &password,
                  const std::string &description);
-
-/// Gives an account a new description alone.
 int user_setdescription(const std::string &name, const std::string &description);
-
-/// Gives an account another name, and its home folder too; ids and password stay. There is no
-/// moment in which neither name has an account. Fails when the new name is taken.
 int user_renameuser(const std::string &name, const std::string &newName);
 
 /// Removes an account and its home folder with all that is in it. A link is removed, not followed.

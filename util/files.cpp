@@ -95,6 +95,27 @@ bool replaceFile(const std::string &path, std::string_view contents, mode_t mode
     return durable == Durable::no || syncFolder(folder);
 }
 
+bool replaceFileIn(int folder, const std::string &name, std::string_view contents, mode_t mode,
+                   uid_t owner, gid_t group) {
+    const std::string temporary = ".new-" + std::to_string(::getpid());
+    ::unlinkat(folder, temporary.c_str(), 0); // left over by a process that had this id
+    UniqueFd fd(::openat(folder, temporary.c_str(),
+                         O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+    if (!fd)
+        return false;
+    const bool complete = writeAll(fd.get(), contents) && ::fchmod(fd.get(), mode) == 0 &&
+                          (::fchown(fd.get(), owner, group) == 0 || ::geteuid() != 0) &&
+                          ::fsync(fd.get()) == 0 && ::close(fd.release()) == 0 &&
+                          ::renameat(folder, temporary.c_str(), folder, name.c_str()) == 0;
+    if (!complete) {
+        const int reason = errno;
+        ::unlinkat(folder, temporary.c_str(), 0);
+        errno = reason;
+        return false;
+    }
+    return ::fsync(folder) == 0;
+}
+
 bool moveFile(const std::string &from, const std::string &to) {
     if (::rename(from.c_str(), to.c_str()) != 0)
         return false;

@@ -30,6 +30,12 @@ enum class Durable { no, yes };
 bool replaceFile(const std::string &path, std::string_view contents, mode_t mode,
                  Durable durable = Durable::yes);
 
+/// The same for the file `name` of the folder that is open as `folder`, where others may write: a
+/// link that somebody placed there is replaced, never followed. The new file belongs to `owner` and
+/// `group`, as far as this process may give files away.
+bool replaceFileIn(int folder, const std::string &name, std::string_view contents, mode_t mode,
+                   uid_t owner, gid_t group);
+
 /// Renames a file over `to`, on the same file system, and syncs both folders. False when anything
 /// failed; nothing has moved then, unless only a sync failed. errno tells why.
 bool moveFile(const std::string &from, const std::string &to);

@@ -28,7 +28,7 @@ bool mayTouch(Engine &engine, Cgi &cgi, const Record &record, const std::string 
 
 } // namespace
 
-void saveConfiguration(Engine &engine, Cgi &cgi) {
+void saveConfiguration(Engine &engine, Cgi &cgi, const std::string &done) {
     engine.setForceSubmit(true);
     try {
         engine.configure();
@@ -37,6 +37,7 @@ void saveConfiguration(Engine &engine, Cgi &cgi) {
                      "configuration says the same.");
         throw;
     }
+    cgi.addMessage(done);
 }
 
 void dropChanges(Engine &engine, Cgi &cgi, const char *failure) {
@@ -53,8 +54,7 @@ void removeUser(Engine &engine, Cgi &cgi, const Record &record) {
         return;
     }
     endSessions(record.name, "");
-    cgi.addMessage("User " + quoted(record.name) + " has been deleted.");
-    saveConfiguration(engine, cgi);
+    saveConfiguration(engine, cgi, "User " + quoted(record.name) + " has been deleted.");
 }
 
 void removeGroup(Engine &engine, Cgi &cgi, const Record &record) {
@@ -68,8 +68,7 @@ void removeGroup(Engine &engine, Cgi &cgi, const Record &record) {
         dropChanges(engine, cgi, "The group could not be deleted.");
         return;
     }
-    cgi.addMessage("Group " + quoted(record.name) + " has been deleted.");
-    saveConfiguration(engine, cgi);
+    saveConfiguration(engine, cgi, "Group " + quoted(record.name) + " has been deleted.");
 }
 
 void enableUser(Engine &engine, Cgi &cgi, const Record &record, bool enable) {
@@ -86,9 +85,9 @@ void enableUser(Engine &engine, Cgi &cgi, const Record &record, bool enable) {
     }
     if (!enable)
         endSessions(record.name, "");
-    cgi.addMessage("Account for user: " + encodeSafe(record.name) + " has been <b>" +
-                   (enable ? "enabled" : "disabled") + "</b>");
-    saveConfiguration(engine, cgi);
+    saveConfiguration(engine, cgi,
+                      "Account for user: " + encodeSafe(record.name) + " has been <b>" +
+                          (enable ? "enabled" : "disabled") + "</b>");
 }
 
 } // namespace zandorin::users

@@ -49,9 +49,10 @@ std::string roleBoxes(const RecordForm &form) {
         // What a group has without a record of it cannot be taken from it.
         const bool fixed = roles_has(all.get(), role->name) && !isStored(role->name);
         const bool checked = fixed || form.isTicked(roleField(role->name), isStored(role->name));
-        html += "<label>" + ui::checkInput(roleField(role->name), checked, fixed) + "<span" +
+        html += std::string(html.empty() ? "" : "<br>") + "<label>" +
+                ui::checkInput(roleField(role->name), checked, fixed) + "<span" +
                 ui::attribute("title", role->description) + ">" + escapeXmlText(role->name) +
-                "</span></label><br>";
+                "</span></label>";
     }
     return html;
 }
@@ -85,15 +86,15 @@ void showGroup(const RecordForm &form) {
     Cgi &cgi = form.cgi();
     ui::Form html(cgi, form.engine().formId());
     html.openForm("post", "group", "?form=users");
+    if (isBuiltIn(form.record().name))
+        html.hiddenInput(form.record().key + name_field.key, form.record().name);
     ui::Table table(cgi);
     table.open();
     table.titleRow(form.isNew() ? "Add Group" : "Edit Group");
-    if (isBuiltIn(form.record().name)) {
+    if (isBuiltIn(form.record().name))
         table.labelledTextRow(name_field.label, form.record().name);
-        html.hiddenInput(form.record().key + name_field.key, form.record().name);
-    } else {
+    else
         form.show(table, {&name_field, 1});
-    }
     form.show(table, {&description_field, 1});
     table.inputRow("Roles", roleBoxes(form), "What the members may do.");
     form.showPorts(table, "Ports that the members may use.");
@@ -124,7 +125,7 @@ void saveGroup(const RecordForm &form) {
         dropChanges(engine, form.cgi(), "The group could not be changed.");
         return;
     }
-    saveConfiguration(engine, form.cgi());
+    saveConfiguration(engine, form.cgi(), "Group " + quoted(name) + " has been saved.");
 }
 
 } // namespace zandorin::users

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 namespace zandorin {
 class Cgi;
 class Engine;
@@ -26,9 +28,10 @@ void removeUser(Engine &engine, Cgi &cgi, const Record &record);
 void removeGroup(Engine &engine, Cgi &cgi, const Record &record);
 void enableUser(Engine &engine, Cgi &cgi, const Record &record, bool enable);
 
-/// Saves the configuration once the accounts are changed; throws utilities::Exception when that
-/// fails, with an error of the request that says what was done already.
-void saveConfiguration(Engine &engine, Cgi &cgi);
+/// Saves the configuration once the accounts are changed, and says on the page that it is `done`,
+/// in markup. Throws utilities::Exception when it fails, with an error of the request that says how
+/// far it came.
+void saveConfiguration(Engine &engine, Cgi &cgi, const std::string &done);
 /// Drops what was set in the configuration, because an account could not be changed.
 void dropChanges(Engine &engine, Cgi &cgi, const char *failure);
 

@@ -114,9 +114,10 @@ std::string groupBoxes(const RecordForm &form) {
         const std::string description =
             record ? config.getElement(record->key + ".description") : "";
         const bool checked = std::find(ticked.begin(), ticked.end(), name) != ticked.end();
-        html += "<label>" + ui::checkInput(groupField(name), checked) + "<span" +
+        html += std::string(html.empty() ? "" : "<br>") + "<label>" +
+                ui::checkInput(groupField(name), checked) + "<span" +
                 ui::optionalAttribute("title", description) + ">" + escapeXmlText(name) +
-                "</span></label><br>";
+                "</span></label>";
     }
     return html;
 }
@@ -129,8 +130,9 @@ std::string outletBoxes(const RecordForm &form) {
         const std::string label =
             config.getElement(std::string(outlet_list) + "." + outlet_word + text + ".label");
         const std::string name = form.record().key + ".power.outlet" + text;
-        html += "<label>" + ui::checkInput(name, form.isTicked(name, config.getBoolean(name))) +
-                escapeXmlText(label.empty() ? "Outlet " + text : label) + "</label><br>";
+        html += std::string(html.empty() ? "" : "<br>") + "<label>" +
+                ui::checkInput(name, form.isTicked(name, config.getBoolean(name))) +
+                escapeXmlText(label.empty() ? "Outlet " + text : label) + "</label>";
     }
     return html;
 }
@@ -289,7 +291,7 @@ void saveUser(const RecordForm &form) {
     }
     if (!form.isNew() && (task.password || task.disabled || task.name != task.oldName))
         endSessions(task.oldName, engine.session().sessionId());
-    saveConfiguration(engine, cgi);
+    saveConfiguration(engine, cgi, "User " + quoted(task.name) + " has been saved.");
 }
 
 } // namespace zandorin::users

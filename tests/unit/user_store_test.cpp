@@ -86,6 +86,27 @@ TEST_F(UserStore, AddsChangesRenamesAndDeletesOneAccountAlone) {
     EXPECT_EQ(get(passwd), before + anna + "\n") << "other lines stay as they were";
 }
 
+TEST_F(UserStore, DisabledAccountKeepsItsPasswordAndLetsNobodyIn) {
+    ASSERT_EQ(user_adduser("ann", "first", "Ann"), 0);
+    const std::string enabled = lineOf("ann");
+    const std::string hash = enabled.substr(4, enabled.find(':', 4) - 4);
+    for (int i = 0; i < 2; ++i) { // the second time changes nothing
+        ASSERT_EQ(user_changeuser("ann", {.enabled = false}), 0);
+        EXPECT_EQ(lineOf("ann"),
+                  "ann:!" + hash + ":1000:1000:Ann:/etc/config/users/ann:/bin/false");
+    }
+    ASSERT_EQ(user_changeuser("ann", {.enabled = true}), 0);
+    EXPECT_EQ(lineOf("ann"), enabled);
+
+    ASSERT_EQ(user_changeuser("ann", {.enabled = false}), 0);
+    ASSERT_EQ(user_setuser("ann", "second", "Ann"), 0);
+    EXPECT_EQ(lineOf("ann").find("ann:!$1$"), 0U) << "a new password does not enable";
+    ASSERT_EQ(user_changeuser("ann", {.name = "bea", .password = "", .enabled = true}), 0);
+    EXPECT_EQ(lineOf("bea"), "bea:*:1000:1000:Ann:/etc/config/users/bea:/bin/bash")
+        << "an empty password is none";
+    EXPECT_EQ(lineOf("ann"), "");
+}
+
 TEST_F(UserStore, RefusesWhatCannotBeAnAccount) {
     const test::LogCapture log(Priority::fatal);
     ASSERT_EQ(user_adduser("ann", "p", ""), 0);
@@ -120,6 +141,18 @@ TEST_F(UserStore, AddsAGroupOnce) {
     ASSERT_EQ(user_addgroup("users", 1000), 0);
     ASSERT_EQ(user_addgroup("users", 1000), 0);
     EXPECT_EQ(get("/etc/config/group"), "root:x:0:\nusersx:x:7:\nusers:x:1000:\n");
+}
+
+TEST_F(UserStore, LeavesTheGroupsOfTheSystemAlone) {
+    const std::string system = "root:x:0:\nbroken\n\nadmin:x:10:root\n";
+    put("/etc/config/group", system + "ops:x:1001:\nopsy:x:1003:\n");
+    EXPECT_EQ(user_getfreegid(), 1002U);
+    ASSERT_EQ(user_renamegroup("ops", "night"), 0);
+    ASSERT_EQ(user_renamegroup("admin", "mine"), 0);
+    ASSERT_EQ(user_delgroup("root"), 0);
+    ASSERT_EQ(user_delgroup("opsy"), 0);
+    EXPECT_EQ(get("/etc/config/group"), system + "night:x:1001:\n");
+    EXPECT_EQ(user_renamegroup("night", "a:b"), -1);
 }
 
 TEST_F(UserStore, DeletingFollowsNoLink) {

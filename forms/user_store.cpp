@@ -50,11 +50,13 @@ std::string hashFor(const std::string &password) {
 }
 
 void makeOwnedFolder(const std::string &path, uid_t owner) {
-    const std::string folder = appliancePath(path);
-    if (::mkdir(folder.c_str(), 0755) != 0 && errno != EEXIST)
+    if (::mkdir(appliancePath(path).c_str(), 0755) != 0 && errno != EEXIST)
         logRecord(Priority::error, "Failed to make: %s: %s", path.c_str(), std::strerror(errno));
+    // Whatever a user may have put in the place of a folder of theirs, nothing else is given away.
+    const UniqueFd folder(
+        ::open(appliancePath(path).c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     // In development nobody but root can give a folder away.
-    if (::lchown(folder.c_str(), owner, users_group) != 0)
+    if (!folder || ::fchown(folder.get(), owner, users_group) != 0)
         logRecord(Priority::debug, "Failed to give away: %s: %s", path.c_str(),
                   std::strerror(errno));
 }
@@ -104,24 +106,44 @@ void setEnabled(Account &account, bool enabled) {
     account.shell = enabled ? shell : disabled_shell;
 }
 
-bool isNameFree(const AccountFile &accounts, const std::string &name) {
+bool isThere(const std::string &path) {
     std::error_code failure;
+    return std::filesystem::exists(std::filesystem::symlink_status(appliancePath(path), failure));
+}
+
+bool isNameFree(const AccountFile &accounts, const std::string &name) {
     if (accounts.find(name))
         logRecord(Priority::error, "Account exists: %s", name.c_str());
-    else if (std::filesystem::exists(
-                 std::filesystem::symlink_status(appliancePath(homeOf(name)), failure)))
+    else if (isThere(homeOf(name)))
         logRecord(Priority::error, "Home folder exists: %s", homeOf(name).c_str());
     else
         return true;
     return false;
 }
 
-void moveHome(const std::string &from, const Account &account) {
-    const std::string to = homeOf(account.name);
-    if (moveFile(appliancePath(from), appliancePath(to)))
+/// Sees to it that an account's home folder is where it should be: moved there from that of its old
+/// name, or made anew.
+void provideHome(const std::string &oldName, const Account &account) {
+    if (account.home != homeOf(account.name) || isThere(account.home))
         return;
-    logRecord(Priority::error, "Failed to move: %s: %s", from.c_str(), std::strerror(errno));
+    const std::string from = homeOf(oldName);
+    if (oldName != account.name && moveFile(appliancePath(from), appliancePath(account.home)))
+        return;
+    if (oldName != account.name)
+        logRecord(Priority::error, "Failed to move: %s: %s", from.c_str(), std::strerror(errno));
     makeHome(account.name, account.uid);
+}
+
+/// The account of `name`. When it is to be renamed and has the new name already, that one: a crash
+/// came between the steps of doing so before. None, with a log record, for a name that is taken.
+std::optional<Account> accountToChange(const AccountFile &accounts, const std::string &name,
+                                       const std::string &newName) {
+    auto account = accounts.find(name);
+    if (account)
+        return newName == name || isNameFree(accounts, newName) ? account : std::nullopt;
+    account = accounts.find(newName);
+    const bool isOwn = account && account->uid >= first_uid && account->home == homeOf(newName);
+    return isOwn ? account : std::nullopt;
 }
 
 } // namespace
@@ -240,25 +262,23 @@ int user_changeuser(const std::string &name, const AccountChange &change) {
     AccountFile accounts;
     if (!accounts.open())
         return -1;
-    auto account = accounts.find(name);
-    if (!account || (newName != name && !isNameFree(accounts, newName)))
+    auto account = accountToChange(accounts, name, newName);
+    if (!account)
         return -1;
-    const std::string home = account->home;
-    const bool moves = newName != name && home == homeOf(name);
-    account->name = newName;
-    if (moves)
+    const std::string before = account->name;
+    if (account->home == homeOf(name))
         account->home = homeOf(newName);
+    account->name = newName;
     if (change.description)
         account->description = *change.description;
     if (change.password)
         setHash(*account, hash);
     if (change.enabled)
         setEnabled(*account, *change.enabled);
-    accounts.set(name, *account);
+    accounts.set(before, *account);
     if (!accounts.save())
         return -1;
-    if (moves)
-        moveHome(home, *account);
+    provideHome(name, *account);
     return 0;
 }
 

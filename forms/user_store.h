@@ -64,8 +64,10 @@ struct AccountChange {
     std::optional<bool> enabled = std::nullopt;
 };
 
-/// Changes an account in one step: a reader sees the old line or the new one. Ids stay. Fails when
-/// there is no such account, or a new name is taken.
+/// Changes an account in one step: a reader sees the old line or the new one. Ids stay; a home
+/// folder that is missing is made. Fails when there is no such account, or a new name is taken. A
+/// rename that a crash interrupted can be done again: with no account of the old name, one of the
+/// new name is changed, and its home folder moved if that still has the old name.
 int user_changeuser(const std::string &name, const AccountChange &change);
 
 // Changes of one kind.

@@ -104,15 +104,12 @@ void checkAccount(const RecordForm &form, const std::string &name) {
 bool applyAccount(const AccountTask &task) {
     if (task.name == root_name)
         return user_setdescription(task.name, task.description) == 0;
-    AccountChange change = {
-        .password = task.password, .description = task.description, .enabled = !task.disabled};
-    if (!task.oldName.empty() && accountNamed(task.oldName)) {
-        if (task.name != task.oldName)
-            change.name = task.name;
-        return user_changeuser(task.oldName, change) == 0;
-    }
-    if (accountNamed(task.name))
-        return user_changeuser(task.name, change) == 0;
+    const std::string &oldName = task.oldName.empty() ? task.name : task.oldName;
+    if (accountNamed(oldName) || accountNamed(task.name))
+        return user_changeuser(oldName, {.name = task.name,
+                                         .password = task.password,
+                                         .description = task.description,
+                                         .enabled = !task.disabled}) == 0;
     return user_adduser(task.name, task.password.value_or(""), task.description) == 0 &&
            (!task.disabled || user_changeuser(task.name, {.enabled = false}) == 0);
 }

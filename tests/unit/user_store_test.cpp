@@ -107,6 +107,26 @@ TEST_F(UserStore, DisabledAccountKeepsItsPasswordAndLetsNobodyIn) {
     EXPECT_EQ(lineOf("ann"), "");
 }
 
+TEST_F(UserStore, InterruptedRenameIsCompleted) {
+    ASSERT_EQ(user_adduser("ann", "p", ""), 0);
+    put("/etc/config/users/ann/notes", "hers");
+    const std::string before = lineOf("ann");
+    ASSERT_EQ(user_renameuser("ann", "bea"), 0);
+    // A crash before the home folder has moved, and one before it was made.
+    std::filesystem::rename(appliancePath("/etc/config/users/bea"),
+                            appliancePath("/etc/config/users/ann"));
+    ASSERT_EQ(user_renameuser("ann", "bea"), 0);
+    EXPECT_EQ(get("/etc/config/users/bea/notes"), "hers");
+    std::filesystem::remove_all(appliancePath("/etc/config/users/bea"));
+    ASSERT_EQ(user_setdescription("bea", "Bea"), 0);
+    EXPECT_TRUE(exists("/etc/config/users/bea/.ssh"));
+
+    put(passwd, get(passwd) + "sys2:*:501:500::/etc/config/users/sys2:/bin/sh\n");
+    for (const char *name : {"root", "sys2"})
+        EXPECT_EQ(user_renameuser("nobody-here", name), -1) << name << ": not made here";
+    EXPECT_EQ(user_renameuser("nobody-here", "zoe"), -1);
+}
+
 TEST_F(UserStore, RefusesWhatCannotBeAnAccount) {
     const test::LogCapture log(Priority::fatal);
     ASSERT_EQ(user_adduser("ann", "p", ""), 0);

@@ -68,6 +68,9 @@ class Engine : public ConfigManagerListener {
     /// refusal are logged.
     bool isAuthorized(const std::string &formId);
 
+    /// True when a submitted value fits the element's type; otherwise an error of the request says
+    /// why. For forms whose fields are no elements. A password's value is shown nowhere.
+    bool acceptsValue(const FormElem &element, const std::string &value);
     /// Checks every declared element and, when the form was submitted without any error, puts the
     /// values into the store.
     void validateForm();

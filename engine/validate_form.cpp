@@ -46,6 +46,10 @@ class Validation {
             queue(name, element, value.raw);
     }
 
+    bool isAccepted(const FormElem &element, const CgiValue &value) {
+        return accepts(element, value);
+    }
+
     void save() const {
         for (const std::string &name : pending_.deletes)
             engine_.config().delElement(name);
@@ -135,6 +139,13 @@ class Validation {
 };
 
 } // namespace
+
+bool Engine::acceptsValue(const FormElem &element, const std::string &value) {
+    Cgi *request = requireCgi();
+    CgiValue both;
+    fillCgiValue(both, value);
+    return request != nullptr && Validation(*this, *request).isAccepted(element, both);
+}
 
 void Engine::validateForm() {
     ZANDORIN_TRACE();

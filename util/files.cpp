@@ -1,13 +1,14 @@
 #include "util/files.h"
 
-#include "util/fd.h"
-
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -94,6 +95,27 @@ bool replaceFile(const std::string &path, std::string_view contents, mode_t mode
     return durable == Durable::no || syncFolder(folder);
 }
 
+bool replaceFileIn(int folder, const std::string &name, std::string_view contents, mode_t mode,
+                   uid_t owner, gid_t group) {
+    const std::string temporary = ".new-" + std::to_string(::getpid());
+    ::unlinkat(folder, temporary.c_str(), 0); // left over by a process that had this id
+    UniqueFd fd(::openat(folder, temporary.c_str(),
+                         O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+    if (!fd)
+        return false;
+    const bool complete = writeAll(fd.get(), contents) && ::fchmod(fd.get(), mode) == 0 &&
+                          (::fchown(fd.get(), owner, group) == 0 || ::geteuid() != 0) &&
+                          ::fsync(fd.get()) == 0 && ::close(fd.release()) == 0 &&
+                          ::renameat(folder, temporary.c_str(), folder, name.c_str()) == 0;
+    if (!complete) {
+        const int reason = errno;
+        ::unlinkat(folder, temporary.c_str(), 0);
+        errno = reason;
+        return false;
+    }
+    return ::fsync(folder) == 0;
+}
+
 bool moveFile(const std::string &from, const std::string &to) {
     if (::rename(from.c_str(), to.c_str()) != 0)
         return false;
@@ -111,6 +133,23 @@ bool makeFolder(const std::string &path, mode_t mode) {
     if (::mkdir(path.c_str(), mode) != 0)
         return errno == EEXIST;
     return ::chmod(path.c_str(), mode) == 0 && syncFolder(folderOf(path));
+}
+
+UniqueFd lockFile(const std::string &path) {
+    using namespace std::chrono_literals;
+    UniqueFd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    const auto deadline = std::chrono::steady_clock::now() + 30s;
+    while (fd && ::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) {
+        const bool isTaken = errno == EWOULDBLOCK || errno == EINTR;
+        if (!isTaken || std::chrono::steady_clock::now() > deadline) {
+            const int reason = errno;
+            fd.reset();
+            errno = reason;
+        } else {
+            std::this_thread::sleep_for(5ms);
+        }
+    }
+    return fd;
 }
 
 } // namespace zandorin

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "util/fd.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -28,6 +30,12 @@ enum class Durable { no, yes };
 bool replaceFile(const std::string &path, std::string_view contents, mode_t mode,
                  Durable durable = Durable::yes);
 
+/// The same for the file `name` of the folder that is open as `folder`, where others may write: a
+/// link that somebody placed there is replaced, never followed. The new file belongs to `owner` and
+/// `group`, as far as this process may give files away.
+bool replaceFileIn(int folder, const std::string &name, std::string_view contents, mode_t mode,
+                   uid_t owner, gid_t group);
+
 /// Renames a file over `to`, on the same file system, and syncs both folders. False when anything
 /// failed; nothing has moved then, unless only a sync failed. errno tells why.
 bool moveFile(const std::string &from, const std::string &to);
@@ -39,5 +47,9 @@ bool removeFile(const std::string &path);
 /// Makes the last folder of `path` with these permissions, whatever the umask, and syncs the folder
 /// it lies in; one that is there stays as it is. False when anything failed; errno tells why.
 bool makeFolder(const std::string &path, mode_t mode);
+
+/// Takes the exclusive lock of whoever agrees on the file `path`, made when missing; it ends with
+/// the descriptor. Waits 30 seconds at most; none when it was not to be had, errno tells why.
+UniqueFd lockFile(const std::string &path);
 
 } // namespace zandorin

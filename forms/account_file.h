@@ -1,0 +1,63 @@
+#pragma once
+
+#include "util/fd.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace zandorin {
+
+/// One record of passwd(5).
+struct Account {
+    std::string name;
+    std::string hash;
+    uid_t uid = 0;
+    gid_t gid = 0;
+    std::string description;
+    std::string home;
+    std::string shell;
+};
+
+/// The lines of /etc/config/passwd. Driven as: open(), which takes the lock of all writers, change,
+/// save(); or read() alone to look. A line that is no account, or is not changed, stays as it is.
+class AccountFile {
+  public:
+    /// Takes the lock and reads. False, and a log record, when either failed.
+    bool open();
+    /// Reads without the lock. False when there is no such file.
+    bool read();
+
+    std::vector<Account> accounts() const;
+    std::optional<Account> find(std::string_view name) const;
+    void add(const Account &account);
+    /// Puts the account in the place of the line of `name`.
+    void set(std::string_view name, const Account &account);
+    /// Removes every line of `name`.
+    void remove(std::string_view name);
+
+    /// Replaces the file, mode 0644. False, and a log record, when that failed; the old file then
+    /// stands.
+    bool save() const;
+
+  private:
+    UniqueFd lock_;
+    std::vector<std::string> lines_;
+};
+
+// /etc/config/group. False, and a log record, when the file cannot be written.
+
+/// Adds a group without members unless it is there.
+bool addGroup(const std::string &name, gid_t gid);
+/// Gives the group another name, its id above `system` taken as the sign that it is no group of
+/// the system's own; true when there is none.
+bool renameGroup(const std::string &name, const std::string &newName, gid_t system);
+bool removeGroup(const std::string &name, gid_t system);
+
+/// The smallest id at or above `first` that no group has.
+gid_t freeGroupId(gid_t first);
+
+} // namespace zandorin

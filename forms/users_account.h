@@ -1,0 +1,46 @@
+#pragma once
+
+#include "forms/account_file.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace zandorin::users {
+
+class RecordForm;
+
+/// A user whose groups and password are not this page's business.
+inline constexpr const char *root_name = "root";
+
+std::optional<Account> accountNamed(const std::string &name);
+
+/// True for an account of the console: made by this page, or one like it. Others are the system's.
+bool isOwn(const Account &account);
+
+/// What a submission makes of a user's account.
+struct AccountTask {
+    std::string oldName; ///< "" for a new user
+    std::string name;
+    std::string description;
+    std::optional<std::string> password = std::nullopt; ///< in clear; none: as it is
+    bool disabled = false;
+};
+
+/// The submitted password when it is a new one; "" when the account is to have none. Adds an error
+/// for each rule that a password breaks. `groups` are those submitted, `before` those stored.
+std::optional<std::string> submittedPassword(const RecordForm &form, const std::string &name,
+                                             const std::vector<std::string> &groups,
+                                             const std::vector<std::string> &before);
+
+/// Adds an error when the account of that name is the system's, or another user's.
+void checkAccount(const RecordForm &form, const std::string &name);
+
+/// Makes or changes the account, in one step, and moves its home folder; an account that is there
+/// without a user becomes this user's. False, with the reason in the log, when that failed.
+bool applyAccount(const AccountTask &task);
+
+/// Ends the web sessions of a user, but that of the id `own`.
+void endSessions(const std::string &name, const std::string &own);
+
+} // namespace zandorin::users

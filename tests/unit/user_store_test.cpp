@@ -1,0 +1,205 @@
+#include "forms/user_store.h"
+#include "tests/support/appliance_test.h"
+#include "tests/support/log_capture.h"
+#include "util/paths.h"
+
+#include <filesystem>
+#include <regex>
+#include <set>
+
+#include <crypt.h>
+#include <gtest/gtest.h>
+
+namespace zandorin {
+namespace {
+
+constexpr const char *passwd = "/etc/config/passwd";
+
+class UserStore : public test::ApplianceTest {
+  protected:
+    void SetUp() override {
+        ApplianceTest::SetUp();
+        put(passwd, "root:$6$x$y:0:0:root:/root:/bin/bash\n# kept as it is\nsys:*:500:500:::\n");
+        makeFolder("/etc/config/users");
+    }
+
+    static std::string lineOf(const std::string &name) {
+        std::smatch match;
+        const std::string text = get(passwd);
+        return std::regex_search(text, match, std::regex("(^|\n)(" + name + ":[^\n]*)"))
+                   ? match[2].str()
+                   : "";
+    }
+    static std::string withoutHash(const std::string &line) {
+        return std::regex_replace(line, std::regex("\\$1\\$[^:]*"), "HASH");
+    }
+};
+
+TEST_F(UserStore, ChoosesTheFirstGapAmongTheUsersIds) {
+    const struct {
+        const char *name;
+        std::set<int> used;
+        uid_t next;
+    } rows[] = {
+        {"none", {}, 1000},
+        {"only a system account", {500}, 1000},
+        {"a gap", {1000, 1001, 1003}, 1002},
+        {"no gap", {1000, 1001}, 1002},
+        {"below the first is no gap", {1005}, 1006},
+    };
+    for (const auto &row : rows) {
+        std::string text;
+        for (const int id : row.used)
+            text += "u" + std::to_string(id) + ":x:" + std::to_string(id) + ":1000::/:/bin/sh\n";
+        put(passwd, text);
+        EXPECT_EQ(user_getfreeuid(), row.next) << row.name;
+    }
+    std::filesystem::remove(appliancePath(passwd));
+    EXPECT_EQ(user_getfreeuid(), 1000U);
+}
+
+TEST_F(UserStore, AddsChangesRenamesAndDeletesOneAccountAlone) {
+    const std::string before = get(passwd);
+    ASSERT_EQ(user_adduser("anna", "first", "Anna"), 0);
+    ASSERT_EQ(user_adduser("ann", "secret", "Ann of ops"), 0);
+    EXPECT_EQ(withoutHash(lineOf("ann")),
+              "ann:HASH:1001:1000:Ann of ops:/etc/config/users/ann:/bin/bash");
+    EXPECT_EQ(modeOf(passwd), 0644U);
+    EXPECT_EQ(modeOf("/etc/config/users/ann/.ssh"), 0755U);
+
+    const std::string anna = lineOf("anna");
+    ASSERT_EQ(user_setuser("ann", "other", "New"), 0);
+    const std::string changed = lineOf("ann");
+    EXPECT_EQ(withoutHash(changed), "ann:HASH:1001:1000:New:/etc/config/users/ann:/bin/bash");
+    const std::string hash = changed.substr(4, changed.find(':', 4) - 4);
+    EXPECT_STREQ(::crypt("other", hash.c_str()), hash.c_str());
+
+    put("/etc/config/users/ann/notes", "hers");
+    ASSERT_EQ(user_renameuser("ann", "bea"), 0);
+    EXPECT_EQ(lineOf("bea"), "bea:" + hash + ":1001:1000:New:/etc/config/users/bea:/bin/bash");
+    EXPECT_EQ(get("/etc/config/users/bea/notes"), "hers");
+    EXPECT_FALSE(exists("/etc/config/users/ann"));
+
+    ASSERT_EQ(user_setdescription("bea", ""), 0);
+    ASSERT_EQ(user_deluser("bea"), 0);
+    EXPECT_FALSE(exists("/etc/config/users/bea"));
+    EXPECT_EQ(get(passwd), before + anna + "\n") << "other lines stay as they were";
+}
+
+TEST_F(UserStore, DisabledAccountKeepsItsPasswordAndLetsNobodyIn) {
+    ASSERT_EQ(user_adduser("ann", "first", "Ann"), 0);
+    const std::string enabled = lineOf("ann");
+    const std::string hash = enabled.substr(4, enabled.find(':', 4) - 4);
+    for (int i = 0; i < 2; ++i) { // the second time changes nothing
+        ASSERT_EQ(user_changeuser("ann", {.enabled = false}), 0);
+        EXPECT_EQ(lineOf("ann"),
+                  "ann:!" + hash + ":1000:1000:Ann:/etc/config/users/ann:/bin/false");
+    }
+    ASSERT_EQ(user_changeuser("ann", {.enabled = true}), 0);
+    EXPECT_EQ(lineOf("ann"), enabled);
+
+    ASSERT_EQ(user_changeuser("ann", {.enabled = false}), 0);
+    ASSERT_EQ(user_setuser("ann", "second", "Ann"), 0);
+    EXPECT_EQ(lineOf("ann").find("ann:!$1$"), 0U) << "a new password does not enable";
+    ASSERT_EQ(user_changeuser("ann", {.name = "bea", .password = "", .enabled = true}), 0);
+    EXPECT_EQ(lineOf("bea"), "bea:*:1000:1000:Ann:/etc/config/users/bea:/bin/bash")
+        << "an empty password is none";
+    EXPECT_EQ(lineOf("ann"), "");
+}
+
+TEST_F(UserStore, InterruptedRenameIsCompleted) {
+    ASSERT_EQ(user_adduser("ann", "p", ""), 0);
+    put("/etc/config/users/ann/notes", "hers");
+    const std::string before = lineOf("ann");
+    ASSERT_EQ(user_renameuser("ann", "bea"), 0);
+    // A crash before the home folder has moved, and one before it was made.
+    std::filesystem::rename(appliancePath("/etc/config/users/bea"),
+                            appliancePath("/etc/config/users/ann"));
+    ASSERT_EQ(user_renameuser("ann", "bea"), 0);
+    EXPECT_EQ(get("/etc/config/users/bea/notes"), "hers");
+    std::filesystem::remove_all(appliancePath("/etc/config/users/bea"));
+    ASSERT_EQ(user_setdescription("bea", "Bea"), 0);
+    EXPECT_TRUE(exists("/etc/config/users/bea/.ssh"));
+
+    put(passwd, get(passwd) + "sys2:*:501:500::/etc/config/users/sys2:/bin/sh\n");
+    for (const char *name : {"root", "sys2"})
+        EXPECT_EQ(user_renameuser("nobody-here", name), -1) << name << ": not made here";
+    EXPECT_EQ(user_renameuser("nobody-here", "zoe"), -1);
+}
+
+TEST_F(UserStore, RefusesWhatCannotBeAnAccount) {
+    const test::LogCapture log(Priority::fatal);
+    ASSERT_EQ(user_adduser("ann", "p", ""), 0);
+    const std::string before = get(passwd);
+    const char *const names[] = {
+        "", "-rf", "../x", "a/b", "a b", "a:b", "a\nroot::0:0:::", "a;id", "$(id)", ".ann", "\xe4"};
+    for (const char *name : names) {
+        EXPECT_FALSE(user_isname(name)) << name;
+        EXPECT_EQ(user_adduser(name, "p", ""), -1) << name;
+        EXPECT_EQ(user_deluser(name), -1) << name;
+        EXPECT_EQ(user_renameuser("ann", name), -1) << name;
+        EXPECT_EQ(user_addgroup(name, 1), -1) << name;
+    }
+    for (const char *description : {"a:b", "a\nroot::0:0:::", "\x7f"}) {
+        EXPECT_EQ(user_adduser("joe", "p", description), -1) << description;
+        EXPECT_EQ(user_setuser("ann", "p", description), -1) << description;
+    }
+    EXPECT_EQ(user_adduser("ann", "p", ""), -1) << "taken";
+    EXPECT_EQ(user_renameuser("ann", "root"), -1) << "taken";
+    EXPECT_EQ(user_setuser("nobody-here", "p", ""), -1);
+    EXPECT_EQ(get(passwd), before);
+    EXPECT_EQ(get("/etc/config/group"), "(missing)");
+}
+
+TEST_F(UserStore, NamesThatMayBe) {
+    for (const char *name : {"a", "0", "ann.lee", "ann_lee-2", "ann@example.org"})
+        EXPECT_TRUE(user_isname(name)) << name;
+}
+
+TEST_F(UserStore, AddsAGroupOnce) {
+    put("/etc/config/group", "root:x:0:\nusersx:x:7:");
+    ASSERT_EQ(user_addgroup("users", 1000), 0);
+    ASSERT_EQ(user_addgroup("users", 1000), 0);
+    EXPECT_EQ(get("/etc/config/group"), "root:x:0:\nusersx:x:7:\nusers:x:1000:\n");
+}
+
+TEST_F(UserStore, LeavesTheGroupsOfTheSystemAlone) {
+    const std::string system = "root:x:0:\nbroken\n\nadmin:x:10:root\n";
+    put("/etc/config/group", system + "ops:x:1001:\nopsy:x:1003:\n");
+    EXPECT_EQ(user_getfreegid(), 1002U);
+    ASSERT_EQ(user_renamegroup("ops", "night"), 0);
+    ASSERT_EQ(user_renamegroup("admin", "mine"), 0);
+    ASSERT_EQ(user_delgroup("root"), 0);
+    ASSERT_EQ(user_delgroup("opsy"), 0);
+    EXPECT_EQ(get("/etc/config/group"), system + "night:x:1001:\n");
+    EXPECT_EQ(user_renamegroup("night", "a:b"), -1);
+}
+
+TEST_F(UserStore, DeletingFollowsNoLink) {
+    ASSERT_EQ(user_adduser("ann", "p", ""), 0);
+    put("/etc/keep", "kept");
+    std::filesystem::create_directory_symlink(appliancePath("/etc"),
+                                              appliancePath("/etc/config/users/ann/etc"));
+    ASSERT_EQ(user_deluser("ann"), 0);
+    EXPECT_EQ(get("/etc/keep"), "kept");
+}
+
+TEST_F(UserStore, SaltsDiffer) {
+    std::set<std::string> salts;
+    for (int i = 0; i < 50; ++i) {
+        const std::string salt = user_makesalt();
+        EXPECT_TRUE(std::regex_match(salt, std::regex("\\$1\\$[./0-9A-Za-z]{9}"))) << salt;
+        salts.insert(salt);
+    }
+    EXPECT_EQ(salts.size(), 50U);
+}
+
+TEST_F(UserStore, MissingFileIsReported) {
+    std::filesystem::remove(appliancePath(passwd));
+    const test::LogCapture log(Priority::fatal);
+    EXPECT_EQ(user_adduser("ann", "p", ""), -1);
+    EXPECT_TRUE(log.has("0 Failed to open: /etc/config/passwd"));
+}
+
+} // namespace
+} // namespace zandorin

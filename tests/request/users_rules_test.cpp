@@ -100,6 +100,10 @@ TEST_F(Users, RemoteAuthenticationNeedsNoPasswordButForDialIn) {
     ASSERT_TRUE(saved(post(user(1, "", "joe", ""), login())));
     EXPECT_EQ(account("joe"), "joe:*:1000:1000::/etc/config/users/joe:/bin/bash")
         << "no password opens this account";
+    configure("config.auth.type", "Local");
+    EXPECT_TRUE(post(user(1, "joe", "joe", "********"), login())
+                    .has("Password cannot be empty when using <i>Local File</i>"))
+        << "none is stored";
 }
 
 TEST_F(Users, OldPagesAndStrangeRequestsChangeNothing) {

@@ -89,6 +89,25 @@ TEST_F(Users, RenamingMovesTheAccountAndEndsItsSessions) {
     EXPECT_FALSE(exists("/var/run/.sessions/session-anns-session"));
 }
 
+TEST_F(Users, RootHasKeysHereAndItsPasswordElsewhere) {
+    configure("config.users.user1.username", "root");
+    configure("config.users.total", "1");
+    const std::string before = account("root");
+    const Response page = get("form=users&action=edit&index=1&type=user", login());
+    for (const char *field : {".username", ".password", ".disabled"})
+        EXPECT_FALSE(page.has(std::string("config.users.user1") + field + "\"")) << field;
+    ASSERT_TRUE(saved(post(user(1, "root", "toor", "new",
+                                {{"config.users.user1.description", "Chief"},
+                                 {"config.users.user1.disabled", "on"},
+                                 {"group.dialin", "on"},
+                                 {"config.users.user1.ssh_auth_keys", key_one}}),
+                           login())));
+    EXPECT_EQ(account("root"), std::regex_replace(before, std::regex("Administrator"), "Chief"));
+    EXPECT_EQ(read("/etc/config/users/root/.ssh/authorized_keys"), std::string(key_one) + "\n");
+    for (const char *field : {"disabled", "password", "groups.group1"})
+        EXPECT_EQ(value(std::string("users.user1.") + field), "") << field;
+}
+
 TEST_F(Users, LinksEnableDisableAndDelete) {
     addTwo();
     const std::string hash = account("bea");

@@ -15,7 +15,7 @@ namespace zandorin {
 
 std::string dialinPort(Engine &engine) {
     if (const Cgi *cgi = engine.cgi()) {
-        const std::string asked = cgi->getVarString("port").raw;
+        std::string asked = cgi->getVarString("port").raw;
         if (!asked.empty())
             return asked;
     }

@@ -16,7 +16,7 @@ namespace {
 
 /// The message stands in a file, not in the configuration; the form's validator writes it.
 std::string motdInput(Engine &engine) {
-    constexpr std::size_t longest = 65536;
+    constexpr std::size_t longest = std::size_t{64} * 1024;
     constexpr int rows = 5;
     constexpr int cols = 60;
     ui::UnsafeInput input{.name = "config.system.motd"};

@@ -49,13 +49,18 @@ bool isOwn(const Account &account) {
     return account.uid >= first_uid && account.home == "/etc/config/users/" + account.name;
 }
 
+bool hasPassword(const std::string &name) {
+    const auto account = accountNamed(name);
+    return account && account->hash != "*" && account->hash != "!*";
+}
+
 std::optional<std::string> submittedPassword(const RecordForm &form, const std::string &name,
                                              const std::vector<std::string> &groups,
                                              const std::vector<std::string> &before) {
     Cgi &cgi = form.cgi();
     std::string password = form.value(".password", password_limit);
     const bool repeated = password == form.value(".confirm", password_limit);
-    const bool isStored = !form.isNew() && accountNamed(form.record().name);
+    const bool isStored = hasPassword(form.record().name);
     const bool unchanged = isStored && password == ui::password_placeholder;
     if (!isStored && password == ui::password_placeholder)
         password.clear();

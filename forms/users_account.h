@@ -18,6 +18,9 @@ std::optional<Account> accountNamed(const std::string &name);
 /// True for an account of the console: made by this page, or one like it. Others are the system's.
 bool isOwn(const Account &account);
 
+/// True when there is an account of that name and it has a password.
+bool hasPassword(const std::string &name);
+
 /// What a submission makes of a user's account.
 struct AccountTask {
     std::string oldName; ///< "" for a new user

@@ -17,8 +17,10 @@ constexpr unsigned most_entries = 10000;
 void copyBelow(ConfigManager &config, const std::string &from, const std::string &to) {
     if (const std::string value = config.getElement(from); !value.empty())
         config.setElement(to, value);
-    for (const std::string &child : config.getSubElements(from))
-        copyBelow(config, from + "." + child, to + "." + child);
+    for (const std::string &child : config.getSubElements(from)) {
+        const std::string below = "." + child;
+        copyBelow(config, from + below, to + below);
+    }
 }
 
 void addOnce(std::vector<std::string> &names, const std::string &name) {

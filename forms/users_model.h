@@ -25,7 +25,7 @@ inline constexpr Kind group_kind = {"group", "config.groups", ".name"};
 
 struct Record {
     unsigned index = 0; ///< from 1
-    std::string key;    ///< "config.users.user1"
+    std::string key;    ///< of the record, such as config.users.user1
     std::string name;   ///< "" when it is not stored yet
 };
 

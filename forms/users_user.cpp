@@ -138,10 +138,9 @@ std::string outletBoxes(const RecordForm &form) {
 }
 
 std::string passwordInput(const RecordForm &form, const char *key) {
-    // An account has a password, which is never shown: any text makes the placeholder.
-    const bool stored = !form.isNew() && accountNamed(form.record().name);
+    // A stored password is never shown: any text makes the placeholder.
     return ui::textInput({.name = form.record().key + key,
-                          .value = stored ? "x" : "",
+                          .value = hasPassword(form.record().name) ? "x" : "",
                           .type = "password",
                           .maxlength = 255,
                           .allowAutocomplete = false});

@@ -92,6 +92,11 @@ class Row {
         return input;
     }
 
+    std::string choiceInput(decltype(menuInput) &markupOf) const {
+        const std::string selected = shown();
+        return markupOf(key_, options(selected), selected, "");
+    }
+
     std::string input() const {
         switch (setting_.input) {
         case Input::text:
@@ -109,9 +114,9 @@ class Row {
         case Input::check:
             return checkInput(key_, shownChecked(engine_, key_));
         case Input::menu:
-            return menuInput(key_, options(shown()), shown());
+            return choiceInput(menuInput);
         case Input::radio:
-            return radioInput(key_, options(shown()), shown());
+            return choiceInput(radioInput);
         case Input::custom:
             break;
         }

@@ -16,6 +16,7 @@ class SettingsPage : public RequestTest, public ::testing::WithParamInterface<st
         put("/etc/config/ssl_cert.pem", "certificate");
         put("/etc/config/ssl_key.pem", "key");
         put("/var/run/snmpd/snmpapp.conf", "oldEngineID 0x8000\n");
+        put("/var/log/messages", "a line\n");
     }
 
     Response open() { return get("form=" + GetParam(), login()); }

@@ -95,7 +95,7 @@ def test_a_user_from_beginning_to_end(browser, tmp_path):
     browser.submit_login("ann", "wren-1")
     browser.open()
     leaves = [leaf.text for leaf in browser.all("#related-links .branch a")]
-    assert leaves == ["Summary", "Web Sessions"]
+    assert "Summary" in leaves and not {"Users & Groups", "Administration", "System Log"} & set(leaves)
     assert browser.complaints() == []
     browser.open("?form=users")
     assert "not authorized" in browser.one(".fatal-message").text

@@ -98,8 +98,10 @@ TEST_F(SupportLibrary, ProgramIsStartedAndLeftAlone) {
         ::usleep(10000);
     EXPECT_EQ(get("/started"), std::to_string(pid) + " -o \n");
     // No child of this process, which has nothing to wait for.
-    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
-    EXPECT_EQ(errno, ECHILD);
+    const pid_t child = ::waitpid(-1, nullptr, WNOHANG);
+    const int reason = errno; // before an expectation can touch it
+    EXPECT_EQ(child, -1);
+    EXPECT_EQ(reason, ECHILD);
     EXPECT_EQ(::kill(pid, SIGKILL), 0);
 
     const struct {

@@ -1,13 +1,13 @@
 #include "util/files.h"
 
-#include "util/fd.h"
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -92,6 +92,23 @@ bool replaceFile(const std::string &path, std::string_view contents, mode_t mode
         return false;
     }
     return durable == Durable::no || syncFolder(folder);
+}
+
+UniqueFd lockFile(const std::string &path, std::chrono::milliseconds patience) {
+    using namespace std::chrono_literals;
+    UniqueFd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (fd && ::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) {
+        const int error = errno;
+        const bool isTaken = error == EWOULDBLOCK || error == EINTR;
+        if (isTaken && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::sleep_for(5ms);
+            continue;
+        }
+        fd.reset();
+        errno = error;
+    }
+    return fd;
 }
 
 bool moveFile(const std::string &from, const std::string &to) {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "util/fd.h"
+
+#include <chrono>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,6 +30,12 @@ enum class Durable { no, yes };
 /// tells why.
 bool replaceFile(const std::string &path, std::string_view contents, mode_t mode,
                  Durable durable = Durable::yes);
+
+/// Takes an exclusive lock (flock(2)) on a file, which is made when it is not there and never
+/// removed; the lock lasts as long as the descriptor. None when it could not be had in `patience`;
+/// errno tells why.
+UniqueFd lockFile(const std::string &path,
+                  std::chrono::milliseconds patience = std::chrono::seconds(30));
 
 /// Renames a file over `to`, on the same file system, and syncs both folders. False when anything
 /// failed; nothing has moved then, unless only a sync failed. errno tells why.

@@ -7,12 +7,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
-#include <thread>
 
 #include <fcntl.h>
-#include <sys/file.h>
 
 namespace zandorin::platform {
 
@@ -77,16 +74,7 @@ bool saveConfigFile(const std::string &path, const XmlDocument &document) {
 }
 
 UniqueFd lockStore(const std::string &path) {
-    using namespace std::chrono_literals;
-    UniqueFd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-    const auto deadline = std::chrono::steady_clock::now() + 30s;
-    while (fd && ::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) {
-        const bool isTaken = errno == EWOULDBLOCK || errno == EINTR;
-        if (!isTaken || std::chrono::steady_clock::now() > deadline)
-            fd.reset();
-        else
-            std::this_thread::sleep_for(5ms);
-    }
+    UniqueFd fd = lockFile(path);
     if (!fd)
         logFailure("lock", path);
     return fd;

@@ -32,9 +32,9 @@ void actionRow(const ConfigManager &config, ui::Table &table, const ActionList &
     const std::string rest = "&modify_index=" + std::to_string(number);
     constexpr const char *cell_class = "field-output";
     table.openRow();
-    table.cell(cell_class, (delay.empty() ? "0" : delay) + " s");
-    table.cell(cell_class, config.getElement(keys + name + ".name"));
-    table.cell(cell_class, type == nullptr ? name : type->title);
+    textCell(table, (delay.empty() ? "0" : delay) + " s");
+    textCell(table, config.getElement(keys + name + ".name"));
+    textCell(table, type == nullptr ? name : type->title);
     table.unsafeCell(cell_class, ui::link(target(list.word, record, rest), "Modify"));
     table.unsafeCell(
         cell_class,

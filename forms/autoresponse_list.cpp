@@ -30,10 +30,9 @@ void renderRecords(Engine &engine, Cgi &cgi) {
         const std::string amounts =
             shownAmounts(config, config.getElement(keys + "check_type"), keys);
         table.openRow();
-        table.cell(cell_class, recordName(config, number));
-        table.cell(cell_class,
-                   checkTitle(config, number) + (amounts.empty() ? "" : " (" + amounts + ")"));
-        table.cell(cell_class, report.status);
+        textCell(table, recordName(config, number));
+        textCell(table, checkTitle(config, number) + (amounts.empty() ? "" : " (" + amounts + ")"));
+        textCell(table, report.status);
         table.unsafeCell(cell_class, ui::link(target("modify", number), "Modify"));
         table.unsafeCell(cell_class, ui::link(target("delete", number), "Delete"));
         table.unsafeCell(cell_class, ui::link(target("cancel", number), "Cancel"));

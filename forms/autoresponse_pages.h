@@ -32,6 +32,8 @@ std::string target(const std::string &action, unsigned record, const std::string
 std::string recordName(const ConfigManager &config, unsigned record);
 /// The title of a record's check.
 std::string checkTitle(const ConfigManager &config, unsigned record);
+/// One cell of a list.
+void textCell(ui::Table &table, const std::string &text);
 /// A row of column headings.
 void headingRow(ui::Table &table, const std::vector<std::string> &titles);
 /// A row of label and input for each field.

@@ -3,6 +3,7 @@
 #include "cgi/cgi.h"
 #include "engine/engine.h"
 #include "forms/autoresponse_records.h"
+#include "ui/escape.h"
 #include "ui/form.h"
 #include "ui/inputs.h"
 #include "ui/page.h"
@@ -29,10 +30,14 @@ std::string checkTitle(const ConfigManager &config, unsigned record) {
     return check == nullptr ? name : check->title;
 }
 
+void textCell(ui::Table &table, const std::string &text) {
+    table.unsafeCell("field-output", escapeXmlText(text));
+}
+
 void headingRow(ui::Table &table, const std::vector<std::string> &titles) {
     table.openRow();
     for (const std::string &title : titles)
-        table.cell("field-label", title);
+        table.unsafeCell("field-label", escapeXmlText(title));
     table.closeRow();
 }
 

@@ -72,7 +72,7 @@ void renderStatus(Engine &engine, Cgi &cgi) {
              {recordName(config, number), checkTitle(config, number),
               report.subject.empty() ? subjectOf(config, recordKey(number)) : report.subject,
               report.value, report.user, report.status})
-            table.cell("field-output", text);
+            textCell(table, text);
         table.closeRow();
     }
     if (count == 0)

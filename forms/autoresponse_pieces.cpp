@@ -1,0 +1,87 @@
+#include "forms/autoresponse_pages.h"
+
+#include "cgi/cgi.h"
+#include "engine/engine.h"
+#include "forms/autoresponse_records.h"
+#include "ui/escape.h"
+#include "ui/form.h"
+#include "ui/inputs.h"
+#include "ui/page.h"
+#include "ui/table.h"
+
+namespace zandorin::autoresponse {
+
+std::string target(const std::string &action, const std::string &rest) {
+    return "?form=autoresponse" + (action.empty() ? "" : "&action=" + action) + rest;
+}
+
+std::string target(const std::string &action, unsigned record, const std::string &rest) {
+    return target(action, "&index=" + std::to_string(record) + rest);
+}
+
+std::string recordName(const ConfigManager &config, unsigned record) {
+    const std::string name = config.getElement(recordKey(record) + ".name");
+    return name.empty() ? "Auto-Response " + std::to_string(record) : name;
+}
+
+std::string checkTitle(const ConfigManager &config, unsigned record) {
+    const std::string name = config.getElement(recordKey(record) + ".check_type");
+    const Type *check = findType(checkTypes(), name);
+    return check == nullptr ? name : check->title;
+}
+
+void textCell(ui::Table &table, const std::string &text) {
+    table.unsafeCell("field-output", escapeXmlText(text));
+}
+
+void headingRow(ui::Table &table, const std::vector<std::string> &titles) {
+    table.openRow();
+    for (const std::string &title : titles)
+        table.unsafeCell("field-label", escapeXmlText(title));
+    table.closeRow();
+}
+
+void fieldRows(Engine &engine, Cgi &cgi, ui::Table &table, std::span<const Field> fields,
+               const Place &place) {
+    for (const Field &field : fields)
+        table.inputRow(field.label, fieldInput(engine, cgi, field, place), field.help);
+}
+
+void hiddenRecord(Engine &engine, Cgi &cgi, ui::Form &form, unsigned record, bool submitted) {
+    form.hiddenInput("index", std::to_string(record));
+    // A submission that was refused goes on being about what it was opened as.
+    form.hiddenInput(opened_field, submitted ? cgi.getVarString(opened_field).raw
+                                             : fingerprint(engine.config(), record));
+}
+
+void typeMenuRow(Engine &engine, Cgi &cgi, ui::Table &table, const TypeMenu &menu,
+                 const Place &place) {
+    std::vector<ui::Option> options;
+    bool isChosen = false;
+    for (const Type *type : menu.types) {
+        options.emplace_back(type->name, type->title);
+        isChosen = isChosen || type->name == menu.chosen;
+    }
+    const std::string suffix = std::string("_") + menu.menu + "_div";
+    table.openRow();
+    table.openCell("field-label", 0, "top");
+    cgi << ui::radioInput(menu.name, options, menu.chosen,
+                          std::string("checkMenuSelect(this.value, '") + menu.menu + "')");
+    // The script takes the button away.
+    cgi << "<div class=\"type-select\">" + ui::getApplyButton("select", "Select") + "</div>";
+    table.closeCell();
+    table.openCell("field-input");
+    cgi << ui::openDiv("none" + suffix, "", !isChosen) << menu.none << ui::closeDiv();
+    for (const Type *type : menu.types) {
+        cgi << ui::openDiv(type->name + suffix, "", type->name == menu.chosen);
+        table.open();
+        table.titleRow(type->title);
+        fieldRows(engine, cgi, table, type->fields, place);
+        table.close();
+        cgi << ui::closeDiv();
+    }
+    table.closeCell();
+    table.closeRow();
+}
+
+} // namespace zandorin::autoresponse

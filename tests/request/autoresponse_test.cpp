@@ -1,0 +1,560 @@
+#include "platform/libzandorin/xml_tree.h"
+#include "tests/support/request_test.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <sstream>
+
+namespace zandorin::test {
+namespace {
+
+using ::testing::HasSubstr;
+
+const std::string record1 = "config.autoresponse.autoresponse1.";
+const std::string fresh = "config.autoresponse.new.";
+
+class AutoResponse : public RequestTest {
+  protected:
+    AutoResponse() {
+        configure("config.system.model", "HX9008");
+        configure("config.ports.port2.device.type", "ups");
+        configure("config.ports.port3.device.type", "enviro");
+        configure("config.ports.port4.device.type", "rpc");
+        cookie = login();
+    }
+
+    Response open(const std::string &query) { return get("form=autoresponse" + query, cookie); }
+    Response submit(const Fields &fields) {
+        Fields all = {{"form", "autoresponse"}};
+        all.insert(all.end(), fields.begin(), fields.end());
+        return post(all, cookie);
+    }
+
+    std::string stored(const std::string &key) const {
+        const auto document = platform::parseXml(read("/etc/config/config.xml"));
+        const platform::XmlNode *node = document ? &document->root : nullptr;
+        std::istringstream segments(key.substr(key.find('.') + 1));
+        for (std::string segment; node != nullptr && std::getline(segments, segment, '.');)
+            node = node->child(segment);
+        return node == nullptr ? "" : node->text();
+    }
+
+    static std::string opened(const Response &page) {
+        const std::string field = page.part("name=\"opened\" value=\"", "\" ");
+        return field.substr(std::min(field.size(), std::string("name=\"opened\" value=\"").size()),
+                            16);
+    }
+    /// The fingerprint of a record as it is now.
+    std::string opened(int index) {
+        return opened(open("&action=modify&index=" + std::to_string(index)));
+    }
+
+    /// What a browser would send of a field that the page shows.
+    static bool shows(const Response &page, const std::string &name, const std::string &value) {
+        const std::string input = page.part(" name=\"" + name + "\"", ">");
+        if (input.find("value=\"" + value + "\"") != std::string::npos &&
+            input.find("size=") != std::string::npos)
+            return true;
+        if (value == "on" && input.ends_with(" checked>"))
+            return true;
+        return page.part("<select name=\"" + name + "\">", "</select>")
+                   .find("value=\"" + value + "\" selected>") != std::string::npos;
+    }
+
+    void makeRecord(const std::string &name = "rule", const Fields &more = {}) {
+        Fields fields = {{"action", "apply"},
+                         {"index", "0"},
+                         {"apply", "1"},
+                         {fresh + "name", name},
+                         {fresh + "check_type", "webui_login"}};
+        fields.insert(fields.end(), more.begin(), more.end());
+        const Response response = submit(fields);
+        ASSERT_TRUE(response.has("Changes to configuration succeeded.")) << response.body;
+    }
+    Response addAction(const std::string &list, const std::string &type, const std::string &name,
+                       Fields fields = {}) {
+        fields.insert(fields.end(), {{"action", list + "_new"},
+                                     {"index", "1"},
+                                     {"opened", opened(1)},
+                                     {list + "_action_type", type},
+                                     {list + ".new." + type + ".name", name}});
+        return submit(fields);
+    }
+    std::string names(const std::string &list) const {
+        const std::string prefix = record1 + list + "_actions.";
+        std::string text;
+        for (int number = 1; number <= std::atoi(stored(prefix + "total").c_str()); ++number)
+            text += stored(prefix + "action" + std::to_string(number) + ".snmp.name") + " ";
+        return text;
+    }
+
+    std::string cookie;
+};
+
+struct Row {
+    const char *type;
+    const char *title;
+    Fields values; ///< what is typed, by key, and what comes back
+};
+
+TEST_F(AutoResponse, EveryCheckComesBackAsTyped) {
+    configure("config.system.sms.method", "cellular");
+    const Row rows[] = {
+        {"webui_login",
+         "Web UI Login/Logout Check",
+         {{"webui_login.trigger_login", "on"},
+          {"webui_login.trigger_logout", "on"},
+          {"webui_login.trigger_auth_error", "on"}}},
+        {"cli_login",
+         "CLI Session Check",
+         {{"cli_login.trigger_login", "on"},
+          {"cli_login.trigger_logout", "on"},
+          {"cli_login.trigger_auth_error", "on"}}},
+        {"routeddata",
+         "Routed Data Usage Check",
+         {{"routeddata.interface", "wan"},
+          {"routeddata.src_mac_addr", "00:13:c6:00:2b:01"},
+          {"routeddata.src_ip_addr", "192.0.2.7"},
+          {"routeddata.data_kb", "500"},
+          {"routeddata.period_m", "60"},
+          {"routeddata.resolve_m", "5"}}},
+        {"celldata",
+         "Cellular Data Usage Check",
+         {{"celldata.cell_device", "modem01"},
+          {"celldata.data_kb", "1"},
+          {"celldata.data_mb", "2"},
+          {"celldata.period_s", "3"},
+          {"celldata.period_m", "4"},
+          {"celldata.period_h", "5"},
+          {"celldata.period_d", "6"}}},
+        {"sms",
+         "SMS Command Check",
+         {{"sms.phone_number", "+15550100"}, {"sms.message_pattern", "reboot.now"}}},
+        {"net_ping",
+         "ICMP Ping Check",
+         {{"net.ping.interface", "any"},
+          {"net.ping.address", "gateway.example.com"},
+          {"net.ping.frequency", "30"},
+          {"net.ping.num_packets", "3"}}},
+        {"ups_status",
+         "UPS Status Check",
+         {{"ups_status.dev_ref", "config.ports.port2"},
+          {"ups_status.trigger_condition", "on_battery"}}},
+        {"power",
+         "UPS Power Check",
+         {{"power.dev_ref", "config.ports.port2"},
+          {"power.trigger_value", "20"},
+          {"power.comparison", "below"},
+          {"power.hysteresis", "5"}}},
+        {"alarm",
+         "Digital I/O Input Check",
+         {{"alarm.dev", "dio2"}, {"alarm.trigger_value", "0"}, {"alarm.trigger_on_change", "on"}}},
+        {"environmental",
+         "Environmental Check",
+         {{"enviro.dev_ref", "config.ports.port3.enviro.humid"},
+          {"enviro.trigger_value", "-5"},
+          {"enviro.comparison", "above"},
+          {"enviro.hysteresis", "1"}}},
+        {"conman",
+         "Interface Event Check",
+         {{"conman.ref", "config.interfaces.lan"},
+          {"conman.input_event_starting", "on"},
+          {"conman.input_event_up", "on"},
+          {"conman.input_event_stopping", "on"},
+          {"conman.input_event_down", "on"},
+          {"conman.input_event_failed", "on"}}},
+        {"serial_login",
+         "Serial Login/Logout Check",
+         {{"serial_login.trigger_login", "on"},
+          {"serial_login.trigger_logout", "on"},
+          {"serial.login.dev_refs.dev_ref2", "on"},
+          {"serial.login.dev_refs.dev_ref8", "on"}}},
+        {"serial_signal",
+         "Serial Signal Check",
+         {{"serial_signal.signal", "DCD"},
+          {"serial_signal.trigger_change", "on"},
+          {"serial_signal.trigger_value", "1"},
+          {"serial.signal.dev_refs.dev_ref1", "on"}}},
+        {"serial_pattern",
+         "Serial Pattern Check",
+         {{"serial_pattern.trigger_tx", "on"},
+          {"serial_pattern.trigger_rx", "on"},
+          {"serial_pattern.disconnect", "on"},
+          {"serial.pattern.dev_refs.dev_ref3", "on"}}},
+        {"usb_console_status",
+         "USB Console Status Check",
+         {{"usb_console_status.trigger_connect", "on"},
+          {"usb_console_status.trigger_disconnect", "on"},
+          {"usb_console_status.dev_refs.dev_ref1", "on"}}},
+        {"custom",
+         "Custom Check",
+         {{"custom.script", "/etc/version"},
+          {"custom.check_delta", "60"},
+          {"custom.timeout", "10"},
+          {"custom.trigger_code", "2"}}},
+    };
+    makeRecord();
+    for (const Row &row : rows) {
+        Fields fields = {{"action", "apply"},
+                         {"index", "1"},
+                         {"apply", "1"},
+                         {"opened", opened(1)},
+                         {record1 + "name", "rule"},
+                         {record1 + "check_type", row.type}};
+        for (const auto &[key, value] : row.values)
+            fields.emplace_back(record1 + key, value);
+        const Response answer = submit(fields);
+        EXPECT_TRUE(answer.has("Changes to configuration succeeded.") ||
+                    std::string(row.type) == "webui_login")
+            << row.type << answer.part("<p class=\"error-message\">", "</p>");
+        const Response page = open("&action=modify&index=1");
+        EXPECT_TRUE(page.has(std::string("<div id=\"") + row.type +
+                             "_check_div\" style=\"display: block\">"))
+            << row.type;
+        for (const auto &[key, value] : row.values) {
+            EXPECT_TRUE(shows(page, record1 + key, value)) << key;
+            if (key.find("dev_refs") == std::string::npos) {
+                EXPECT_EQ(stored(record1 + key), value) << key;
+            }
+        }
+        // Nothing is left of the check before.
+        const std::string file = read("/etc/config/config.xml");
+        EXPECT_EQ(file.find("<webui_login>") != std::string::npos,
+                  std::string(row.type) == "webui_login");
+        EXPECT_TRUE(open("").has(row.title));
+    }
+}
+
+TEST_F(AutoResponse, PortsAreStoredAsAListOfReferences) {
+    makeRecord();
+    Fields fields = {{"action", "apply"},
+                     {"index", "1"},
+                     {"opened", opened(1)},
+                     {record1 + "name", "rule"},
+                     {record1 + "check_type", "serial_login"},
+                     {record1 + "serial.login.dev_refs.dev_ref2", "on"},
+                     {record1 + "serial.login.dev_refs.dev_ref8", "on"}};
+    submit(fields);
+    EXPECT_EQ(stored(record1 + "serial.login.dev_refs.total"), "2");
+    EXPECT_EQ(stored(record1 + "serial.login.dev_refs.dev_ref1"), "config.ports.port2");
+    EXPECT_EQ(stored(record1 + "serial.login.dev_refs.dev_ref2"), "config.ports.port8");
+    EXPECT_TRUE(get("form=autoresponsestatus", cookie).has("Port 2, Port 8"));
+
+    fields[2].second = opened(1);
+    fields[4].second = "power";
+    for (std::size_t i = 5; i < fields.size(); ++i)
+        fields[i].first = record1 + "power.dev_refs.dev_ref" + std::to_string(i);
+    EXPECT_TRUE(submit(fields).has("Check type 'power' is not for multiple devices"));
+    EXPECT_EQ(stored(record1 + "check_type"), "serial_login");
+}
+
+TEST_F(AutoResponse, EveryActionComesBackAsTyped) {
+    const Row rows[] = {
+        {"email",
+         "Email Action",
+         {{"email.to_addr", "a@example.com, b@example.com"}, {"email.subject", "tank 7"}}},
+        {"sms",
+         "SMS Action",
+         {{"sms.number", "+15550100"}, {"sms.gateway_email", "s@example.com"}}},
+        {"snmp", "SNMP Trap Action", {}},
+        {"nagios",
+         "Nagios Event Action",
+         {{"nagios.message", "tank"}, {"nagios.return_code", "2"}}},
+        {"conman",
+         "Network Interface Event Action",
+         {{"conman.ref", "config.interfaces.wan"}, {"conman.action", "restart"}}},
+        {"rpc",
+         "RPC/PDU Action",
+         {{"rpc.outlet", "config.ports.port4.power.outlet8"}, {"rpc.action", "cycle"}}},
+        {"dio", "Digital Output Action", {{"dio.pin", "dio4"}, {"dio.value", "1"}}},
+        {"custom",
+         "Custom Script Action",
+         {{"custom.script", "/etc/version"}, {"custom.timeout", "9"}}},
+    };
+    makeRecord();
+    int number = 0;
+    for (const Row &row : rows) {
+        ++number;
+        const std::string type = row.type;
+        Fields values = row.values;
+        values.emplace_back(type + ".delay_time", "15");
+        Fields fields;
+        for (const auto &[key, value] : values)
+            fields.emplace_back("resolve.new." + key, value);
+        const Response answer = addAction("resolve", type, "act " + type, fields);
+        EXPECT_TRUE(answer.has("Changes to configuration succeeded.")) << type << answer.body;
+        EXPECT_TRUE(answer.has(">15 s</td>"));
+        EXPECT_TRUE(answer.has(std::string(">") + row.title + "</td>")) << type;
+        const std::string place = "resolve." + std::to_string(number) + ".";
+        const std::string keys = record1 + "resolve_actions.action" + std::to_string(number) + ".";
+        EXPECT_EQ(stored(keys + "type"), type);
+        values.emplace_back(type + ".name", "act " + type);
+        const Response page =
+            open("&action=resolve&index=1&modify_index=" + std::to_string(number));
+        for (const auto &[key, value] : values) {
+            EXPECT_EQ(stored(keys + key), value);
+            EXPECT_TRUE(shows(page, place + key, value)) << key;
+        }
+    }
+    EXPECT_EQ(stored(record1 + "resolve_actions.total"), "8");
+    EXPECT_TRUE(open("&action=modify&index=1").has("No Actions Scheduled")) << "trigger actions";
+}
+
+TEST_F(AutoResponse, RefusedValuesStoreNothingAndStayOnThePage) {
+    const struct {
+        const char *name;
+        const char *type;
+        const char *key;
+        const char *value;
+        const char *message;
+    } rows[] = {
+        {"no type", "", "name", "rule", "No Check type selected"},
+        {"unknown type", "magic", "name", "rule", "No Check type selected"},
+        {"type that is not offered", "sms", "name", "rule", "No Check type selected"},
+        {"no name", "cli_login", "name", " ", "Please give the auto-response a name."},
+        {"taken name", "cli_login", "name", "first", "another auto-response named '<i>first</i>'"},
+        {"markup", "cli_login", "name", "a<b>", "<i>Name</i> can not contain markup."},
+        {"mac", "routeddata", "routeddata.src_mac_addr", "00:13", "MAC Address"},
+        {"interface", "routeddata", "routeddata.interface", "eth0", "is not among the choices"},
+        {"address", "net_ping", "net.ping.address", "a_b", "Network Address"},
+        {"negative", "net_ping", "net.ping.frequency", "-1", "Non-negative Integer"},
+        {"too large", "net_ping", "net.ping.frequency", "2147483648", "at most 2147483647"},
+        {"script", "custom", "custom.script", "/etc", "File Path for an existing File"},
+        {"pin of another direction", "alarm", "alarm.dev", "dio3", "is not among the choices"},
+        {"timeout", "cli_login", "reset_timeout", "x", "Non-negative Integer"},
+        {"hour", "cli_login", "time_monday_from_hour", "24", "may be at most 23"},
+        {"half a window", "cli_login", "time_friday_to_hour", "9", "hours from and to"},
+    };
+    expectLog("can not contain markup");
+    makeRecord("first");
+    const std::string before = read("/etc/config/config.xml");
+    for (const auto &row : rows) {
+        Fields fields = {{"action", "apply"},
+                         {"index", "0"},
+                         {fresh + row.key, row.value},
+                         {fresh + "check_type", row.type},
+                         {fresh + "repeat_timeout", "77"}};
+        if (std::string(row.key) != "name")
+            fields.emplace_back(fresh + "name", "rule");
+        const Response response = submit(fields);
+        EXPECT_THAT(response.part("<p class=\"error-message\">", "</p>"), HasSubstr(row.message))
+            << row.name;
+        EXPECT_TRUE(shows(response, fresh + "repeat_timeout", "77")) << row.name;
+        EXPECT_EQ(read("/etc/config/config.xml"), before) << row.name;
+        EXPECT_FALSE(response.has("<b>\"")) << row.name;
+    }
+}
+
+TEST_F(AutoResponse, TextsThatAreNotShownBackAreKeptOrDeleted) {
+    makeRecord();
+    const std::string hostile = "</textarea><script>alert(1)</script>";
+    addAction("trigger", "email", "mail", {{"trigger.new.email.body", hostile + "\r\nbye"}});
+    const std::string body = record1 + "trigger_actions.action1.email.body";
+    EXPECT_THAT(stored(body), HasSubstr("</textarea><script>"));
+    const auto save = [&](const Fields &more) {
+        Fields fields = {{"action", "trigger_save"},
+                         {"index", "1"},
+                         {"opened", opened(1)},
+                         {"modify_index", "1"},
+                         {"trigger_action_type", "email"},
+                         {"trigger.1.email.name", "mail"}};
+        fields.insert(fields.end(), more.begin(), more.end());
+        return submit(fields);
+    };
+    save({{"trigger.1.email.subject", "s"}});
+    EXPECT_THAT(stored(body), HasSubstr("bye"));
+    EXPECT_FALSE(open("&action=trigger&index=1&modify_index=1").has("<script>alert"));
+    // A refused save deletes nothing either.
+    save({{"trigger.1.email.body.delete", "on"}, {"trigger.1.email.to_addr", "nobody"}});
+    EXPECT_THAT(stored(body), HasSubstr("bye"));
+    save({{"trigger.1.email.body.delete", "on"}});
+    EXPECT_EQ(stored(body), "");
+}
+
+TEST_F(AutoResponse, ArgumentsAreAListThatGrowsAndShrinks) {
+    makeRecord();
+    addAction("trigger", "custom", "run", {{"trigger.new.custom.argument", "one"}});
+    const std::string list = record1 + "trigger_actions.action1.custom.args.";
+    const auto save = [&](const Fields &more) {
+        Fields fields = {{"action", "trigger_save"},
+                         {"index", "1"},
+                         {"opened", opened(1)},
+                         {"modify_index", "1"},
+                         {"trigger_action_type", "custom"}};
+        fields.insert(fields.end(), more.begin(), more.end());
+        submit(fields);
+        std::string text = stored(list + "total") + ":";
+        for (const char *number : {"1", "2", "3"})
+            text += " " + stored(list + "arg" + number);
+        return text;
+    };
+    EXPECT_EQ(save({{"trigger.1.custom.argument", "<two>"}}), "2: one <two> ");
+    EXPECT_EQ(save({{"trigger.1.custom.args.arg1.delete", "on"},
+                    {"trigger.1.custom.args.arg2", "2"},
+                    {"trigger.1.custom.argument", "three"}}),
+              "2: 2 three ");
+    EXPECT_EQ(save({{"trigger.1.custom.args.arg1.delete", "on"},
+                    {"trigger.1.custom.args.arg2.delete", "on"}}),
+              ":   ");
+}
+
+TEST_F(AutoResponse, ActionsAreOrderedModifiedAndDeleted) {
+    EXPECT_TRUE(open("&action=edit")
+                    .has("Please select a check type and save the Auto-Response "
+                         "before attempting to add actions"));
+    makeRecord();
+    for (const char *name : {"one", "two", "three"})
+        addAction("trigger", "snmp", name);
+    EXPECT_EQ(names("trigger"), "one two three ");
+    const auto command = [&](const char *name, const Fields &more) {
+        Fields fields = {{"action", name}, {"index", "1"}, {"opened", opened(1)}};
+        fields.insert(fields.end(), more.begin(), more.end());
+        return submit(fields);
+    };
+    command("trigger_save", {{"modify_index", "3"},
+                             {"trigger_action_type", "snmp"},
+                             {"trigger.3.snmp.name", "drei"},
+                             {"trigger.3.position", "1"}});
+    EXPECT_EQ(names("trigger"), "drei one two ");
+    EXPECT_TRUE(open("&action=delete&index=1&list=trigger&modify_index=2")
+                    .has("Delete the action 'one' of 'rule'?"));
+    EXPECT_EQ(names("trigger"), "drei one two ") << "a link deletes nothing";
+    command("delete", {{"list", "trigger"}, {"modify_index", "2"}});
+    EXPECT_EQ(names("trigger"), "drei two ");
+
+    EXPECT_TRUE(command("trigger_new", {}).has("Unknown Action Type"));
+    EXPECT_TRUE(command("trigger_new", {{"trigger_action_type", "magic"}}).has("Unknown Action"));
+    expectLog("Modifying action out of range 3 -> 2");
+    expectLog("Modifying action out of range 0 -> 2");
+    expectLog("Unrecognized prefix: other");
+    for (const char *index : {"3", "0", "-1", "x", "99999999999"}) {
+        EXPECT_TRUE(
+            command("trigger_save", {{"modify_index", index}, {"trigger_action_type", "snmp"}})
+                .has("There is no such action any more."))
+            << index;
+        command("delete", {{"list", "trigger"}, {"modify_index", index}});
+        EXPECT_TRUE(open(std::string("&action=trigger&index=1&modify_index=") + index)
+                        .has("There is no such action any more."));
+    }
+    expectLog("Modifying action out of range");
+    EXPECT_TRUE(
+        command("delete", {{"list", "other"}, {"modify_index", "1"}}).has("no such action"));
+    EXPECT_EQ(names("trigger"), "drei two ");
+    EXPECT_EQ(names("resolve"), "");
+}
+
+TEST_F(AutoResponse, StaleSubmissionsAreRefused) {
+    for (const char *name : {"one", "two", "three"})
+        makeRecord(name);
+    const std::string second = opened(2);
+    const auto command = [&](const char *name, const char *index, const std::string &seen) {
+        const std::string prefix = std::string("config.autoresponse.autoresponse") + index + ".";
+        return submit({{"action", name},
+                       {"index", index},
+                       {"opened", seen},
+                       {"trigger_action_type", "snmp"},
+                       {prefix + "name", "late"},
+                       {prefix + "check_type", "cli_login"}});
+    };
+    // Somebody deletes the first: the second is now what the third was, and the third is none.
+    EXPECT_TRUE(open("&action=delete&index=1").has("Delete the auto-response 'one'"));
+    EXPECT_EQ(stored("config.autoresponse.total"), "3") << "a link deletes nothing";
+    command("delete", "1", opened(1));
+    EXPECT_EQ(stored("config.autoresponse.total"), "2");
+    EXPECT_EQ(stored("config.autoresponse.autoresponse2.name"), "three");
+    EXPECT_EQ(stored("config.autoresponse.autoresponse3"), "");
+    const std::string before = read("/etc/config/config.xml");
+    for (const char *name : {"apply", "delete", "cancel", "trigger_new", "trigger_save"}) {
+        const Response changed = command(name, "2", second);
+        EXPECT_TRUE(changed.has("was changed after this page was opened")) << name;
+        EXPECT_TRUE(command(name, "2", "").has("was changed after this page")) << name;
+        EXPECT_TRUE(command(name, "3", second).has("no such auto-response any more")) << name;
+        EXPECT_EQ(std::string(name) == "apply", changed.has("value=\"late\"")) << name;
+    }
+    EXPECT_TRUE(open("&action=modify&index=3").has("no such auto-response any more"));
+    EXPECT_EQ(read("/etc/config/config.xml"), before);
+    // What a refused page shows again stays refused.
+    EXPECT_EQ(opened(command("apply", "2", second)), second);
+}
+
+TEST_F(AutoResponse, CancelIsACommandToTheService) {
+    makeRecord("Tank 7");
+    EXPECT_TRUE(open("&action=cancel&index=1").has("Cancel what 'Tank 7' is doing?"));
+    EXPECT_EQ(stored("config.autoresponse.command"), "");
+    submit({{"action", "cancel"}, {"index", "1"}, {"opened", opened(1)}});
+    EXPECT_EQ(stored("config.autoresponse.command"), "cancel Tank 7");
+}
+
+TEST_F(AutoResponse, GlobalSettingsAndTimesAreSaved) {
+    const auto save = [&](const std::string &delay) {
+        return submit({{"action", "apply"},
+                       {"apply", "Save Settings"},
+                       {"config.autoresponse.logging.enabled", "on"},
+                       {"config.autoresponse.boot_delay", delay}});
+    };
+    EXPECT_TRUE(save("soon").has("Non-negative Integer"));
+    EXPECT_EQ(stored("config.autoresponse.logging.enabled"), "");
+    save("90");
+    EXPECT_TRUE(shows(open(""), "config.autoresponse.boot_delay", "90"));
+    EXPECT_TRUE(shows(open(""), "config.autoresponse.logging.enabled", "on"));
+
+    const Fields general = {{"time_monday_from_hour", "8"}, {"time_monday_from_min", "30"},
+                            {"time_monday_to_hour", "17"},  {"time_monday_to_min", "0"},
+                            {"reset_timeout", "5"},         {"repeat_trigger", "on"},
+                            {"repeat_timeout", "6"},        {"disable_time_period", "on"}};
+    Fields fields;
+    for (const auto &[key, value] : general)
+        fields.emplace_back(fresh + key, value);
+    makeRecord("rule", fields);
+    for (const auto &[key, value] : general) {
+        EXPECT_EQ(stored(record1 + key), value);
+        EXPECT_TRUE(shows(open("&action=modify&index=1"), record1 + key, value)) << key;
+    }
+}
+
+TEST_F(AutoResponse, SelectButtonShowsThePanelAndSavesNothing) {
+    const std::string before = read("/etc/config/config.xml");
+    const Response response = submit({{"action", "apply"},
+                                      {"index", "0"},
+                                      {"select", "Select"},
+                                      {fresh + "name", "typed"},
+                                      {fresh + "check_type", "power"}});
+    EXPECT_TRUE(response.has("<div id=\"power_check_div\" style=\"display: block\">"));
+    EXPECT_TRUE(response.has("<div id=\"none_check_div\" style=\"display: none\">"));
+    EXPECT_TRUE(shows(response, fresh + "name", "typed"));
+    EXPECT_FALSE(response.has("error-message"));
+    EXPECT_EQ(read("/etc/config/config.xml"), before);
+    EXPECT_TRUE(open("&action=edit")
+                    .has("<div id=\"none_check_div\" style=\"display: block\">Add a "
+                         "new check by selecting a check type from the left menu"));
+    EXPECT_FALSE(response.has("SMS Command Check")) << "there is no cellular modem for it";
+}
+
+TEST_F(AutoResponse, HostileConfigurationIsShownEscaped) {
+    const std::string hostile = "\"><script>alert(1)</script>";
+    configure("config.autoresponse.total", "4000000000");
+    for (const char *key : {"name", "check_type", "power.dev_ref", "reset_timeout",
+                            "time_monday_from_hour", "trigger_actions.action1.type"})
+        configure(record1 + key, hostile);
+    configure(record1 + "trigger_actions.total", "1");
+    configure("config.ports.port2.label", hostile);
+    put("/var/run/autoresponse.status", "1\t<script>alert(1)</script>\tx\n");
+    for (const char *query :
+         {"", "&action=modify&index=1", "&action=delete&index=1", "&action=cancel&index=1",
+          "&action=trigger&index=1&modify_index=1",
+          "&action=delete&index=1&list=trigger&modify_index=1",
+          "&action=%3Cscript%3Ealert&index=%3Cscript%3Ealert&list=%3Cscript%3Ealert"}) {
+        const Response response = open(query);
+        EXPECT_FALSE(response.has("<script>alert")) << query;
+        EXPECT_TRUE(response.body.ends_with("</html>\n")) << query;
+    }
+    const Response status = get("form=autoresponsestatus", cookie);
+    EXPECT_FALSE(status.has("<script>alert"));
+    for (const char *title : {"Name", "Type", "Checked Device/Property", "Event/Measured Value",
+                              "User/Device Name", "Status"})
+        EXPECT_TRUE(status.has(std::string(">") + title + "</td>")) << title;
+}
+
+} // namespace
+} // namespace zandorin::test

@@ -1,0 +1,190 @@
+#include "forms/autoresponse_fields.h"
+#include "forms/autoresponse_pages.h"
+#include "forms/autoresponse_records.h"
+#include "forms/autoresponse_settings.h"
+
+#include "framework/elem_type.h"
+#include "platform/libzandorin/config_manager.h"
+#include "tests/support/appliance_test.h"
+#include "tests/support/log_capture.h"
+
+#include <set>
+
+namespace zandorin::autoresponse {
+namespace {
+
+class AutoResponse : public test::ApplianceTest {
+  protected:
+    void SetUp() override {
+        ApplianceTest::SetUp();
+        put("/etc/config/config.xml", "<config/>");
+        ASSERT_TRUE(config.read());
+    }
+
+    /// Three actions, the second with a list of its own.
+    std::string threeActions() {
+        for (const char *name : {"one", "two", "three"}) {
+            const std::string key = resolveActionKey(config, recordKey(1), "trigger.new.");
+            config.setElement(key + "type", "custom");
+            config.setElement(key + "custom.name", name);
+            config.setElement(recordKey(1) + ".trigger_actions.total", std::to_string(++actions));
+        }
+        const std::string list = actionList(recordKey(1), "trigger");
+        writeValues(config, list + "2.custom.args.arg", {"a", "b"});
+        return list;
+    }
+    std::string names(const std::string &list) {
+        std::string text = config.getElement(recordKey(1) + ".trigger_actions.total") + ":";
+        for (unsigned number = 1; number <= countEntries(config, list); ++number)
+            text += " " + config.getElement(list + std::to_string(number) + ".custom.name");
+        return text;
+    }
+
+    ConfigManager config{"/etc/config/config.xml", "."};
+    unsigned actions = 0;
+};
+
+TEST_F(AutoResponse, ListsAreNumberedAnew) {
+    const std::string list = threeActions();
+    EXPECT_EQ(names(list), "3: one two three");
+    moveEntry(config, list, 2, 1);
+    EXPECT_EQ(names(list), "3: two one three");
+    EXPECT_EQ(readValues(config, list + "1.custom.args.arg"), (std::vector<std::string>{"a", "b"}));
+    EXPECT_TRUE(readValues(config, list + "2.custom.args.arg").empty());
+    for (const unsigned outside : {0U, 4U, 4000000000U}) {
+        removeEntry(config, list, outside);
+        moveEntry(config, list, 1, outside);
+        moveEntry(config, list, outside, 1);
+    }
+    EXPECT_EQ(names(list), "3: two one three");
+    removeEntry(config, list, 1);
+    EXPECT_EQ(names(list), "2: one three");
+    EXPECT_TRUE(config.getSubElements(list + "3").empty()) << "nothing is left behind the end";
+    removeEntry(config, list, 2);
+    removeEntry(config, list, 1);
+    EXPECT_EQ(names(list), "0:");
+}
+
+TEST_F(AutoResponse, CountIsNeverMoreThanThereIs) {
+    config.setElement("config.autoresponse.total", "4000000000");
+    EXPECT_EQ(countEntries(config, all_records), 1U);
+    config.setElement("config.autoresponse.total", "-1");
+    EXPECT_EQ(countEntries(config, all_records), 0U);
+}
+
+TEST_F(AutoResponse, FieldsOfActionsAreResolved) {
+    threeActions();
+    const std::string record = "config.autoresponse.autoresponse1";
+    const struct {
+        const char *field;
+        std::string key;
+    } rows[] = {
+        {"trigger.2.email.name", record + ".trigger_actions.action2.email.name"},
+        {"trigger.new.email.name", record + ".trigger_actions.action4.email.name"},
+        {"resolve.new.", record + ".resolve_actions.action1."},
+        {"resolve.7", record + ".resolve_actions.action7"},
+        {"trigger", ""},
+        {"trigger.", ""},
+        {"trigger.0.x", ""},
+        {"trigger.-1.x", ""},
+        {"trigger.2x.x", ""},
+    };
+    test::LogCapture log(Priority::error);
+    for (const auto &row : rows)
+        EXPECT_EQ(resolveActionKey(config, record, row.field), row.key) << row.field;
+    EXPECT_TRUE(log.records().empty());
+    EXPECT_EQ(resolveActionKey(config, record, "other.2.x"), "");
+    EXPECT_TRUE(log.has("300 Unrecognized prefix: other"));
+}
+
+TEST_F(AutoResponse, FingerprintFollowsEveryChange) {
+    EXPECT_EQ(fingerprint(config, 1), "");
+    config.setElement("config.autoresponse.total", "2");
+    config.setElement(recordKey(1) + ".name", "a");
+    config.setElement(recordKey(2) + ".name", "a");
+    std::set<std::string> seen = {fingerprint(config, 1), fingerprint(config, 2)};
+    EXPECT_EQ(seen.size(), 2U) << "the number counts";
+    const std::pair<const char *, const char *> changes[] = {
+        {".name", "b"},
+        {".reset_timeout", "1"},
+        {".trigger_actions.total", "1"},
+        {".trigger_actions.action1.email.body", "x"},
+    };
+    for (const auto &[key, value] : changes) {
+        config.setElement(recordKey(1) + key, value);
+        EXPECT_TRUE(seen.insert(fingerprint(config, 1)).second) << key << "=" << value;
+    }
+    EXPECT_EQ(fingerprint(config, 3), "");
+}
+
+TEST_F(AutoResponse, AmountsAddUpOverTheirUnits) {
+    const std::string keys = recordKey(1) + ".";
+    config.setElement(keys + "celldata.data_mb", "5");
+    config.setElement(keys + "celldata.data_kb", "1030");
+    config.setElement(keys + "celldata.period_d", "1");
+    config.setElement(keys + "celldata.period_s", "2147483647");
+    storeAmounts(config, "celldata", keys);
+    EXPECT_EQ(config.getElement(keys + "celldata.data.amount"), "6150");
+    EXPECT_EQ(config.getElement(keys + "celldata.data.display_mb"), "on");
+    EXPECT_EQ(config.getElement(keys + "celldata.period.display_h"), "");
+    EXPECT_EQ(shownAmounts(config, "celldata", keys), "6 MB 6 kB in 24856 d 11647 s");
+    EXPECT_EQ(shownAmounts(config, "power", keys), "");
+    storeAmounts(config, "power", keys);
+    EXPECT_EQ(config.getElement(keys + "celldata.data.amount"), "");
+}
+
+TEST_F(AutoResponse, ReportsOfTheServiceAreReadByNumber) {
+    put("/var/run/autoresponse.status", "2\tTriggered\tPort 3\t<b>\tann\textra\n"
+                                        "9\tTriggered\n0\tX\nno number\n\n1\t\tPort 1\n3");
+    const auto reports = readReports(3);
+    ASSERT_EQ(reports.size(), 3U);
+    EXPECT_EQ(reports[0].status, "Normal");
+    EXPECT_EQ(reports[0].subject, "Port 1");
+    EXPECT_EQ(reports[1].status, "Triggered");
+    EXPECT_EQ(reports[1].value, "<b>");
+    EXPECT_EQ(reports[1].user, "ann");
+    EXPECT_EQ(reports[2].status, "Normal");
+    put("/var/run/autoresponse.status", std::string(70000, '1'));
+    EXPECT_EQ(readReports(1)[0].status, "Normal");
+}
+
+void holdsTogether(const Type &type) {
+    std::set<std::string> keys;
+    bool hasSubject = *type.subject == '\0';
+    for (const Field &field : type.fields) {
+        const std::string label = std::string(type.title) + ", " + field.label;
+        EXPECT_TRUE(keys.insert(field.key).second) << label;
+        hasSubject = hasSubject || std::string(field.key) == type.subject;
+        EXPECT_TRUE(field.input == Input::ports || ElemTypeRegistry::find(field.type) != nullptr)
+            << label << ": " << field.type;
+        EXPECT_EQ(field.input == Input::menu, !field.choices.empty() || field.offered != nullptr)
+            << label;
+        EXPECT_EQ(field.input == Input::ports || field.input == Input::arguments,
+                  *field.list != '\0')
+            << label;
+    }
+    EXPECT_TRUE(hasSubject) << type.title;
+}
+
+TEST_F(AutoResponse, VocabularyHoldsTogether) {
+    EXPECT_EQ(checkTypes().size(), 16U);
+    EXPECT_EQ(actionTypes().size(), 8U);
+    std::set<std::string> keys;
+    for (const Type &check : checkTypes()) {
+        holdsTogether(check);
+        for (const Field &field : check.fields)
+            EXPECT_TRUE(keys.insert(field.key).second) << "two checks share " << field.key;
+        EXPECT_EQ(findType(checkTypes(), check.name), &check);
+    }
+    for (const Type &action : actionTypes()) {
+        holdsTogether(action);
+        const std::string name = action.name;
+        EXPECT_EQ(action.fields[0].key, name + ".name");
+        EXPECT_EQ(action.fields[1].key, name + ".delay_time");
+    }
+    EXPECT_EQ(findType(checkTypes(), ""), nullptr);
+    EXPECT_EQ(findType(actionTypes(), "net_ping"), nullptr);
+}
+
+} // namespace
+} // namespace zandorin::autoresponse

@@ -17,6 +17,8 @@ struct ActionList {
     const char *title;
     const char *button;
 };
+/// Where a link to an action leads on the page.
+constexpr const char *panel_id = "action-panel";
 constexpr ActionList lists[] = {
     {"trigger", "Trigger Actions", "New Trigger Action"},
     {"resolve", "Resolve Actions", "New Resolve Action"},
@@ -30,19 +32,20 @@ void actionRow(const ConfigManager &config, ui::Table &table, const ActionList &
     const Type *type = findType(actionTypes(), name);
     const std::string delay = config.getElement(keys + name + ".delay_time");
     const std::string rest = "&modify_index=" + std::to_string(number);
+    const std::string panel = std::string("#") + panel_id;
     constexpr const char *cell_class = "field-output";
     table.openRow();
     textCell(table, (delay.empty() ? "0" : delay) + " s");
     textCell(table, config.getElement(keys + name + ".name"));
     textCell(table, type == nullptr ? name : type->title);
-    table.unsafeCell(cell_class, ui::link(target(list.word, record, rest), "Modify"));
+    table.unsafeCell(cell_class, ui::link(target(list.word, record, rest + panel), "Modify"));
     table.unsafeCell(
         cell_class,
         ui::link(target("delete", record, "&list=" + std::string(list.word) + rest), "Delete"));
     table.closeRow();
 }
 
-void renderPanel(Engine &engine, Cgi &cgi, const Command &command) {
+void renderPanel(Engine &engine, Cgi &cgi, const Command &command, const char *newTitle) {
     const ConfigManager &config = engine.config();
     const bool isNew = command.isNewAction();
     const unsigned total = countEntries(config, actionList(recordKey(command.index), command.list));
@@ -54,13 +57,14 @@ void renderPanel(Engine &engine, Cgi &cgi, const Command &command) {
                                                       : config.getElement(place.keys + "type");
     const Type *known = findType(actionTypes(), type);
 
+    cgi << ui::openDiv(panel_id, "", true) << ui::closeDiv();
     ui::Form form(cgi, engine.formId());
     form.openForm("post", "action", target());
     form.hiddenInput("action", command.list + (isNew ? "_new" : "_save"));
     hiddenRecord(engine, cgi, form, command.index, place.submitted);
     ui::Table table(cgi);
     table.open();
-    table.titleRow(isNew ? "New Action" : known == nullptr ? "Action" : known->title);
+    table.titleRow(isNew ? newTitle : known == nullptr ? "Action" : known->title);
     if (isNew) {
         TypeMenu menu = {.menu = "action",
                          .name = typeField,
@@ -116,10 +120,10 @@ void renderActions(Engine &engine, Cgi &cgi, const Command &command, unsigned re
         table.close();
         cgi << "<br>";
         if (command.list == list.word && wantsPanel(engine, command, total)) {
-            renderPanel(engine, cgi, command);
+            renderPanel(engine, cgi, command, list.button);
         } else {
             ui::Form form(cgi, engine.formId());
-            form.openForm("get", list.word, "?");
+            form.openForm("get", list.word, std::string("?#") + panel_id);
             form.hiddenInput("action", std::string(list.word) + "_new");
             form.hiddenInput("index", std::to_string(record));
             cgi << std::string("<input type=\"submit\" class=\"formbtn\" value=\"") + list.button +

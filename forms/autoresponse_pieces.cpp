@@ -56,17 +56,17 @@ void hiddenRecord(Engine &engine, Cgi &cgi, ui::Form &form, unsigned record, boo
 
 void typeMenuRow(Engine &engine, Cgi &cgi, ui::Table &table, const TypeMenu &menu,
                  const Place &place) {
-    std::vector<ui::Option> options;
     bool isChosen = false;
-    for (const Type *type : menu.types) {
-        options.emplace_back(type->name, type->title);
+    for (const Type *type : menu.types)
         isChosen = isChosen || type->name == menu.chosen;
-    }
     const std::string suffix = std::string("_") + menu.menu + "_div";
     table.openRow();
     table.openCell("field-label", 0, "top");
-    cgi << ui::radioInput(menu.name, options, menu.chosen,
-                          std::string("checkMenuSelect(this.value, '") + menu.menu + "')");
+    const std::string script = std::string("checkMenuSelect(this.value, '") + menu.menu + "')";
+    for (const Type *type : menu.types)
+        cgi << "<label class=\"type-choice\">" +
+                   ui::radioInput(menu.name, {{type->name, type->title}}, menu.chosen, script) +
+                   "</label>";
     // The script takes the button away.
     cgi << "<div class=\"type-select\">" + ui::getApplyButton("select", "Select") + "</div>";
     table.closeCell();

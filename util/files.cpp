@@ -135,10 +135,10 @@ bool makeFolder(const std::string &path, mode_t mode) {
     return ::chmod(path.c_str(), mode) == 0 && syncFolder(folderOf(path));
 }
 
-UniqueFd lockFile(const std::string &path) {
+UniqueFd lockFile(const std::string &path, std::chrono::milliseconds patience) {
     using namespace std::chrono_literals;
     UniqueFd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-    const auto deadline = std::chrono::steady_clock::now() + 30s;
+    const auto deadline = std::chrono::steady_clock::now() + patience;
     while (fd && ::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) {
         const bool isTaken = errno == EWOULDBLOCK || errno == EINTR;
         if (!isTaken || std::chrono::steady_clock::now() > deadline) {

@@ -2,6 +2,7 @@
 
 #include "util/fd.h"
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -48,8 +49,10 @@ bool removeFile(const std::string &path);
 /// it lies in; one that is there stays as it is. False when anything failed; errno tells why.
 bool makeFolder(const std::string &path, mode_t mode);
 
-/// Takes the exclusive lock of whoever agrees on the file `path`, made when missing; it ends with
-/// the descriptor. Waits 30 seconds at most; none when it was not to be had, errno tells why.
-UniqueFd lockFile(const std::string &path);
+/// Takes an exclusive lock (flock(2)) on a file, which is made when it is not there and never
+/// removed; the lock lasts as long as the descriptor. None when it could not be had in `patience`;
+/// errno tells why.
+UniqueFd lockFile(const std::string &path,
+                  std::chrono::milliseconds patience = std::chrono::seconds(30));
 
 } // namespace zandorin

@@ -244,7 +244,7 @@ std::string storedWords(const ConfigManager &config, const Field &field, const s
         }
         return words;
     }
-    const std::string stored = config.getElement(keys + field.key);
+    std::string stored = config.getElement(keys + field.key);
     for (const ui::Option &option : optionsOf(config, field))
         if (option.value == stored)
             return option.label;

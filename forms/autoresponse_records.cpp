@@ -25,8 +25,10 @@ void collect(const ConfigManager &config, const std::string &key, const std::str
              Entry &entry) {
     if (std::string value = config.getElement(key); !value.empty())
         entry.emplace_back(relative, std::move(value));
-    for (const std::string &name : config.getSubElements(key))
-        collect(config, key + "." + name, relative + "." + name, entry);
+    for (const std::string &name : config.getSubElements(key)) {
+        const std::string step = "." + name;
+        collect(config, key + step, relative + step, entry);
+    }
 }
 
 Entry readEntry(const ConfigManager &config, const std::string &key) {
@@ -68,6 +70,7 @@ unsigned countEntries(const ConfigManager &config, const std::string &list) {
 std::vector<Entry> readList(const ConfigManager &config, const std::string &list) {
     std::vector<Entry> entries;
     const unsigned count = countEntries(config, list);
+    entries.reserve(count);
     for (unsigned number = 1; number <= count; ++number)
         entries.push_back(readEntry(config, list + std::to_string(number)));
     return entries;
@@ -107,6 +110,7 @@ void moveEntry(ConfigManager &config, const std::string &list, unsigned from, un
 std::vector<std::string> readValues(const ConfigManager &config, const std::string &list) {
     std::vector<std::string> values;
     const unsigned count = countEntries(config, list);
+    values.reserve(count);
     for (unsigned number = 1; number <= count; ++number)
         values.push_back(config.getElement(list + std::to_string(number)));
     return values;
@@ -119,6 +123,7 @@ void writeValues(ConfigManager &config, const std::string &list,
         return;
     }
     std::vector<Entry> entries;
+    entries.reserve(values.size());
     for (const std::string &value : values)
         entries.push_back({{"", value}});
     writeList(config, list, entries);

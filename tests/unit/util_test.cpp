@@ -72,6 +72,18 @@ TEST_F(Files, ReplaceSetsTheModeWhateverTheUmask) {
     EXPECT_EQ(modeOf("/file"), 0644U);
 }
 
+TEST_F(Files, LockIsHeldByOneAtATimeAndWaitedForOnlySoLong) {
+    const std::string path = appliancePath("/lock");
+    UniqueFd lock = lockFile(path);
+    ASSERT_TRUE(lock);
+    EXPECT_FALSE(lockFile(path, std::chrono::milliseconds(20)));
+    EXPECT_EQ(errno, EWOULDBLOCK);
+    lock.reset();
+    EXPECT_TRUE(lockFile(path, std::chrono::milliseconds(0)));
+    EXPECT_FALSE(lockFile(appliancePath("/none/lock")));
+    EXPECT_EQ(errno, ENOENT);
+}
+
 TEST_F(Files, ReadRefusesWhatIsTooLong) {
     put("/file", std::string(100, 'x'));
     EXPECT_EQ(readFile(appliancePath("/file"), 100).value_or("").size(), 100U);

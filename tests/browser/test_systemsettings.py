@@ -2,8 +2,6 @@
 import time
 import xml.etree.ElementTree as ElementTree
 
-from selenium.webdriver.support.ui import WebDriverWait
-
 PATIENCE_SECONDS = 20
 
 
@@ -19,18 +17,8 @@ def fill(browser, name, text):
 
 
 def submit(browser, button="form[name=systemsettings] input[type=submit]"):
-    gone = browser.one(button)
-    gone.click()
-    WebDriverWait(browser.driver, PATIENCE_SECONDS).until(lambda _: is_stale(gone))
+    browser.press(button)
     return browser.text()
-
-
-def is_stale(element):
-    try:
-        element.is_enabled()
-    except Exception:  # the driver has several names for it
-        return True
-    return False
 
 
 def becomes(question):

@@ -1,6 +1,7 @@
 #include "cgi/session.h"
 
 #include "cgi/cgi.h"
+#include "cgi/session_activity.h"
 #include "cgi/session_file.h"
 #include "platform/libzdsupport/process.h"
 #include "platform/pam-client/protocol.h"
@@ -31,6 +32,8 @@ constexpr int connect_attempts = 5;
 constexpr useconds_t connect_pause_us = 200000;
 /// A helper that is silent for longer has failed. Seconds.
 constexpr int helper_patience = 30;
+/// So many sessions are looked at in each request; of more, each is in its turn.
+constexpr std::size_t sessions_per_request = 32;
 
 std::int64_t now() {
     return std::time(nullptr);
@@ -248,10 +251,44 @@ std::vector<std::string> Session::getSessionCookies() {
 
 void Session::clearOldSessions(const std::string &except) {
     ZANDORIN_TRACE();
-    for (const std::string &id : listSessionIds())
+    std::vector<std::string> ids = listSessionIds();
+    if (ids.size() > sessions_per_request)
+        return clearCrowd(std::move(ids), except);
+    for (const std::string &id : ids)
         if (id != except) {
             const Session other(id, false);
         }
+}
+
+void Session::clearCrowd(std::vector<std::string> ids, const std::string &except) {
+    const std::int64_t time = now();
+    const auto before = SessionActivity::load();
+    const bool all = !before || before->mayHaveEnded(time);
+    if (!all && before->last == time)
+        return;
+    SessionActivity after = all ? SessionActivity{.since = time} : *before;
+    after.last = time;
+    if (!all) {
+        const auto turn = std::upper_bound(ids.begin(), ids.end(), before->cursor);
+        std::rotate(ids.begin(), turn, ids.end());
+        ids.resize(sessions_per_request);
+        after.cursor = ids.back();
+    }
+    for (const std::string &id : ids) {
+        if (id != except)
+            const Session other(id, false);
+        const auto record = all ? readSessionRecord(id) : std::nullopt;
+        if (record)
+            after.admit(*record);
+    }
+    const UniqueFd lock = lockSessions();
+    // Somebody may have logged in meanwhile.
+    const auto current = SessionActivity::load();
+    if (current && current != before) {
+        after.shortest = std::min(after.shortest, current->shortest);
+        after.firstEnd = std::min(after.firstEnd, current->firstEnd);
+    }
+    after.save();
 }
 
 bool Session::loadSession(const std::vector<std::string> &ids) {
@@ -274,6 +311,9 @@ bool Session::loadSession(const std::vector<std::string> &ids) {
         sourceIp_ = record->sourceIp;
         sourcePort_ = record->sourcePort;
         sessionStart_ = record->sessionStart;
+        if (const auto activity =
+                now() > expiryTime_ && autorefresh_ ? SessionActivity::load() : std::nullopt)
+            expiryTime_ = activity->expiryOf(*record);
     }
     // The helper of somebody else's unfinished login is only looked for: talking to it would make
     // this request wait for that login, and could write its state over what its owner just saved.
@@ -298,7 +338,13 @@ bool Session::saveSession() {
     if (sessionStart_ != 0)
         return updateSessionRecord(sessionId_, record);
     record.sessionStart = sessionStart_ = now();
-    return writeSessionRecord(sessionId_, record);
+    const bool written = writeSessionRecord(sessionId_, record);
+    const UniqueFd lock = lockSessions();
+    if (auto activity = SessionActivity::load()) {
+        activity->admit(record);
+        activity->save();
+    }
+    return written;
 }
 
 void Session::refresh() {

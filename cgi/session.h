@@ -65,9 +65,12 @@ class Session {
     static std::vector<std::string> getSessionCookies();
     /// Loads every stored session once: expired ones are deleted, those that refresh themselves
     /// get a new expiry, whoever they belong to. The one called `except` is left alone.
+    /// Of many sessions it loads some, each in its turn, and keeps the others alive all the same
+    /// (see SessionActivity); all are loaded when one may have ended.
     static void clearOldSessions(const std::string &except = "");
 
   private:
+    static void clearCrowd(std::vector<std::string> ids, const std::string &except);
     bool loadSession(const std::vector<std::string> &ids);
     bool saveSession();
     /// Extends and saves a valid session that refreshes itself; a failed login is not kept alive.

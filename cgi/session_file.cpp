@@ -63,15 +63,6 @@ std::string format(const SessionRecord &record) {
     return text;
 }
 
-/// Held while a session is removed or written over, so that neither happens in the middle of the
-/// other; let go of with the descriptor.
-UniqueFd lockFolder() {
-    UniqueFd folder(::open(sessionFolder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (folder)
-        ::flock(folder.get(), LOCK_EX);
-    return folder;
-}
-
 } // namespace
 
 bool isSessionId(std::string_view id) {
@@ -166,15 +157,22 @@ bool writeSessionRecord(std::string_view id, const SessionRecord &record) {
            replaceFile(path, text, 0600, Durable::no);
 }
 
+UniqueFd lockSessions() {
+    UniqueFd folder(::open(sessionFolder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder)
+        ::flock(folder.get(), LOCK_EX);
+    return folder;
+}
+
 bool updateSessionRecord(std::string_view id, const SessionRecord &record) {
-    const UniqueFd lock = lockFolder();
+    const UniqueFd lock = lockSessions();
     return lock && ::access(sessionPath(id).c_str(), F_OK) == 0 && writeSessionRecord(id, record);
 }
 
 void removeSessionRecord(std::string_view id) {
     if (!isSessionId(id))
         return;
-    const UniqueFd lock = lockFolder();
+    const UniqueFd lock = lockSessions();
     ::unlink(sessionPath(id).c_str());
 }
 

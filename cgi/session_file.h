@@ -1,5 +1,7 @@
 #pragma once
 
+#include "util/fd.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -50,6 +52,10 @@ bool writeSessionRecord(std::string_view id, const SessionRecord &record);
 /// The same for a session that is stored already: false, with nothing written, when its file has
 /// gone. A session that another request ends meanwhile stays ended.
 bool updateSessionRecord(std::string_view id, const SessionRecord &record);
+
+/// Held while a session is removed or written over, so that neither happens in the middle of the
+/// other; let go of with the descriptor. None when there is no folder of sessions.
+UniqueFd lockSessions();
 
 /// Removes the session's file, if there is one.
 void removeSessionRecord(std::string_view id);

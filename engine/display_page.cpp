@@ -99,6 +99,9 @@ void Engine::establishUser() {
         formId_ = formFile_ = "login";
         return;
     }
+    // Only for a user who asked for no form: the default form costs a password hash.
+    if (formId_.empty())
+        formId_ = formFile_ = defaultForm();
     if (formId_ == "index" && session_.username() != "root")
         formId_ = "dashboardsummary";
     authorized_ = isAuthorized("");

@@ -36,9 +36,6 @@ Engine::Engine()
     stylesheet_ = "/css/management.css?v=2580759488";
 
     formId_ = cgi_->getVarString("form").raw;
-    // Only without a form asked for: the default form costs a password hash.
-    if (formId_.empty())
-        formId_ = defaultForm();
     formFile_ = formId_;
     logRecord(Priority::trace, "%s:%d using form: %s file: %s", __func__, __LINE__, formId_.c_str(),
               formFile_.c_str());

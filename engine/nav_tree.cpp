@@ -1,11 +1,9 @@
 #include "engine/nav_tree.h"
 
 #include "platform/libzandorin/config_manager.h"
-#include "platform/libzandorin/config_text.h"
 #include "platform/libzandorin/split.h"
-#include "platform/libzandorin/xml_tree.h"
+#include "platform/libzandorin/xml_snapshot.h"
 #include "util/exception.h"
-#include "util/files.h"
 #include "util/log.h"
 #include "util/paths.h"
 #include "util/strings.h"
@@ -17,71 +15,83 @@ namespace zandorin {
 
 namespace {
 
-using platform::XmlNode;
+using platform::XmlImage;
+using Element = XmlImage::Element;
 
-std::string attribute(const XmlNode &node, std::string_view name) {
-    const std::string *value = node.attribute(name);
-    return value == nullptr ? "" : platform::latin1FromUtf8(*value);
+bool isNamed(const XmlImage &file, Element element, std::string_view name) {
+    return equalsIgnoreCase(file.name(element), name);
 }
 
-bool isNamed(const XmlNode &node, std::string_view name) {
-    return equalsIgnoreCase(node.value, name);
-}
-
-void reportNode(const XmlNode &node) {
-    logRecord(Priority::fatal, "Invalid node in navtree: %s", node.value.c_str());
+void reportElement(const XmlImage &file, Element element) {
+    logRecord(Priority::fatal, "Invalid node in navtree: %s",
+              std::string(file.name(element)).c_str());
 }
 
 /// Calls `use` for every child element; text and comments between them mean nothing.
-template <typename Use> void eachElement(const XmlNode &parent, Use use) {
-    for (const XmlNode &child : parent.children)
-        if (child.kind == XmlNode::Kind::element)
-            use(child);
+template <typename Use> void eachChild(const XmlImage &file, Element parent, Use use) {
+    for (Element child = file.firstChild(parent); child != XmlImage::none; child = file.next(child))
+        use(child);
 }
 
 /// Adds the roles that an "allow" element lists; at the tree's level other children are reported.
-void loadRoles(const XmlNode &allow, utilities::Roles &roles, bool reportOthers) {
-    eachElement(allow, [&](const XmlNode &child) {
-        const std::string text = child.text();
-        if (isNamed(child, "role"))
+void loadRoles(const XmlImage &file, Element allow, utilities::Roles &roles, bool reportOthers) {
+    eachChild(file, allow, [&](Element child) {
+        const std::string text(file.text(child));
+        if (isNamed(file, child, "role"))
             roles_add_role(roles.handle(), text.c_str());
         else if (reportOthers && !text.empty())
             logRecord(Priority::fatal, "Invalid 'allow' type in navtree: %s", text.c_str());
     });
 }
 
-void loadLeaf(const XmlNode &node, NavBranch &branch) {
+void loadLeaf(const XmlImage &file, Element element, NavBranch &branch) {
     NavLeaf leaf;
-    leaf.id = attribute(node, "id");
-    leaf.label = attribute(node, "label");
-    if (node.attribute("label") == nullptr) {
+    bool isLabelled = false;
+    for (Element attribute = file.firstAttribute(element); attribute != XmlImage::none;
+         attribute = file.nextAttribute(attribute)) {
+        const std::string_view name = file.name(attribute);
+        const std::string_view text = file.text(attribute);
+        isLabelled = isLabelled || name == "label";
+        if (name == "id")
+            leaf.id = text;
+        else if (name == "label")
+            leaf.label = text;
+        else if (name == "file")
+            leaf.file = text;
+        else if (name == "args")
+            leaf.args = text;
+        else if (name == "hidden")
+            leaf.hidden = true;
+        else if (name == "shortcut")
+            leaf.shortcut = text;
+        else if (name == "shortcut_precedence")
+            leaf.shortcutPrecedence = std::strtol(std::string(text).c_str(), nullptr, 10);
+        else if (name == "check")
+            leaf.check = text;
+    }
+    if (!isLabelled) {
         logRecord(Priority::fatal, "Invalid leaf in navtree.\n");
         return;
     }
     if (leaf.id.empty())
         return;
-    leaf.file = node.attribute("file") == nullptr ? leaf.id : attribute(node, "file");
-    leaf.args = attribute(node, "args");
+    if (!file.attribute(element, "file"))
+        leaf.file = leaf.id;
     leaf.branchLabel = branch.label;
-    leaf.hidden = node.attribute("hidden") != nullptr;
-    leaf.shortcut = attribute(node, "shortcut");
-    leaf.shortcutPrecedence =
-        std::strtol(attribute(node, "shortcut_precedence").c_str(), nullptr, 10);
-    leaf.check = attribute(node, "check");
     branch.leaves.push_back(std::move(leaf));
 }
 
-bool loadBranch(const XmlNode &node, NavBranch &branch) {
-    branch.label = attribute(node, "label");
+bool loadBranch(const XmlImage &file, Element element, NavBranch &branch) {
+    branch.label = file.attribute(element, "label").value_or("");
     if (branch.label.empty())
         return false;
-    eachElement(node, [&](const XmlNode &child) {
-        if (isNamed(child, "allow"))
-            loadRoles(child, branch.roles, false);
-        else if (isNamed(child, "leaf"))
-            loadLeaf(child, branch);
+    eachChild(file, element, [&](Element child) {
+        if (isNamed(file, child, "allow"))
+            loadRoles(file, child, branch.roles, false);
+        else if (isNamed(file, child, "leaf"))
+            loadLeaf(file, child, branch);
         else
-            reportNode(child);
+            reportElement(file, child);
     });
     return true;
 }
@@ -103,26 +113,25 @@ NavTree::NavTree(const std::string &path) {
 }
 
 int NavTree::load(const std::string &path) {
-    const auto bytes = readFile(appliancePath(path));
-    if (!bytes)
-        return -1;
     std::string fault;
-    const auto document = platform::parseXml(*bytes, &fault);
-    if (!document) {
-        logRecord(Priority::error, "%s: %s", path.c_str(), fault.c_str());
+    const auto loaded = platform::readXmlFile(appliancePath(path), "nav", fault);
+    if (!loaded) {
+        if (!fault.empty())
+            logRecord(Priority::error, "%s: %s", path.c_str(), fault.c_str());
         return -1;
     }
-    if (!document->root.isElement("tree"))
+    const XmlImage &file = loaded->image;
+    if (file.name(XmlImage::root) != "tree")
         return -1;
-    eachElement(document->root, [&](const XmlNode &child) {
-        if (isNamed(child, "allow")) {
-            loadRoles(child, roles_, true);
-        } else if (child.value == "branch") {
+    eachChild(file, XmlImage::root, [&](Element child) {
+        if (isNamed(file, child, "allow")) {
+            loadRoles(file, child, roles_, true);
+        } else if (file.name(child) == "branch") {
             NavBranch branch;
-            if (loadBranch(child, branch))
+            if (loadBranch(file, child, branch))
                 branches_.push_back(std::move(branch));
         } else {
-            reportNode(child);
+            reportElement(file, child);
         }
     });
     inheritRoles();

@@ -1,5 +1,5 @@
 #include "cgi/cgi.h"
-#include "cgi/session_file.h"
+#include "cgi/session_activity.h"
 #include "engine/engine.h"
 #include "framework/formlet.h"
 #include "ui/page.h"
@@ -59,10 +59,13 @@ void renderSessions(Engine &engine) {
         table.cell("field-label", column.title);
     table.closeRow();
     const std::string own = engine.session().sessionId();
+    const auto activity = SessionActivity::load();
     for (const std::string &id : listSessionIds()) {
-        const auto session = readSessionRecord(id);
+        auto session = readSessionRecord(id);
         if (!session || session->authState != Session::state_authenticated)
             continue;
+        if (activity)
+            session->expiryTime = activity->expiryOf(*session);
         table.openRow();
         for (const Column &column : columns) {
             const bool mark = id == own && &column == &columns.front();

@@ -1,6 +1,7 @@
 #include "forms/user_store.h"
 
 #include "forms/account_file.h"
+#include "platform/libzandorin/password_hash.h"
 #include "util/fd.h"
 #include "util/files.h"
 #include "util/log.h"
@@ -13,7 +14,6 @@
 #include <filesystem>
 #include <set>
 
-#include <crypt.h>
 #include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
@@ -33,15 +33,6 @@ constexpr char disabled_mark = '!';
 
 std::string homeOf(const std::string &name) {
     return std::string(homes) + "/" + name;
-}
-
-/// crypt(3); "" when it fails (its answer then begins with "*").
-std::string crypted(const std::string &password, const char *setting) {
-    struct crypt_data work = {};
-    const char *hash = ::crypt_r(password.c_str(), setting, &work);
-    std::string result = hash == nullptr || *hash == '*' ? "" : hash;
-    ::explicit_bzero(&work, sizeof work);
-    return result;
 }
 
 /// What stands in an account line for a clear password; "" when it cannot be made.
@@ -185,7 +176,7 @@ const char *user_makesalt() {
 std::string user_hashpassword(const std::string &password) {
     ZANDORIN_TRACE();
     const char *salt = user_makesalt();
-    return salt == nullptr ? "" : crypted(password, salt);
+    return salt == nullptr ? "" : platform::hashPassword(password, salt);
 }
 
 int user_ispassword(const std::string &name, const std::string &password) {
@@ -194,7 +185,7 @@ int user_ispassword(const std::string &name, const std::string &password) {
     if (account == nullptr)
         return 0;
     const std::string stored = account->pw_passwd;
-    return !stored.empty() && crypted(password, stored.c_str()) == stored ? 1 : 0;
+    return !stored.empty() && platform::hashPassword(password, stored.c_str()) == stored ? 1 : 0;
 }
 
 uid_t user_getfreeuid() {

@@ -1,5 +1,6 @@
 #include "platform/libzandorin/accounts.h"
 
+#include "platform/libzandorin/password_hash.h"
 #include "util/files.h"
 #include "util/log.h"
 #include "util/paths.h"
@@ -7,9 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <memory>
 
-#include <crypt.h>
 #include <string.h>
 #include <sys/random.h>
 
@@ -21,18 +20,7 @@ void wipe(std::string &secret) {
     ::explicit_bzero(secret.data(), secret.size());
 }
 
-/// The hash of `password` in the way that `setting` (a salt or a whole hash) says; "" when
-/// crypt(3) does not take the setting or the password.
-std::string hashPassword(const std::string &password, const std::string &setting) {
-    if (password.find('\0') != std::string::npos)
-        return ""; // crypt(3) would not see what follows
-    const auto data = std::make_unique<crypt_data>();
-    const char *hash = ::crypt_r(password.c_str(), setting.c_str(), data.get());
-    // A refusal is a text that begins with "*" and never equals the setting.
-    std::string result = hash == nullptr || *hash == '*' ? "" : hash;
-    ::explicit_bzero(data.get(), sizeof *data);
-    return result;
-}
+using platform::hashPassword;
 
 /// Takes as long whatever differs.
 bool equalInConstantTime(const std::string &a, const std::string &b) {

@@ -13,10 +13,6 @@ namespace {
 
 using KeySet = std::set<std::string, std::less<>>;
 
-std::string valueOf(const XmlNode *element) {
-    return element == nullptr ? "" : latin1FromUtf8(element->text());
-}
-
 /// In an ordered container, all keys below `key` stand in [key + ".", key + "/"): "/" follows ".".
 std::string firstBelow(std::string_view key) {
     return std::string(key) + '.';
@@ -35,14 +31,15 @@ bool covers(const KeySet &keys, std::string_view key) {
     return keys.contains(key);
 }
 
-using Test = std::function<bool(const std::string &key, const XmlNode &element)>;
+using Test = std::function<bool(const std::string &key, XmlImage::Element element)>;
 
 /// True when `test` is true for the element of `key` or any below it.
-bool anyElement(const std::string &key, const XmlNode &element, const Test &test) {
+bool anyElement(const XmlImage &image, const std::string &key, XmlImage::Element element,
+                const Test &test) {
     if (test(key, element))
         return true;
-    for (const XmlNode *child : distinctChildren(element))
-        if (anyElement(firstBelow(key) + child->value, *child, test))
+    for (const XmlImage::Element child : distinctChildren(image, element))
+        if (anyElement(image, firstBelow(key).append(image.name(child)), child, test))
             return true;
     return false;
 }
@@ -64,22 +61,21 @@ bool ConfigChanges::isSetAtOrBelow(const std::string &key) const {
     return sets_.contains(key) || (below != sets_.end() && below->first < pastBelow(key));
 }
 
-std::string ConfigChanges::value(const XmlNode &base, std::string_view key) const {
+std::string ConfigChanges::value(const XmlImage &base, std::string_view key) const {
     const auto set = sets_.find(key);
     if (set != sets_.end())
         return set->second.value;
-    return covers(deleted_, key) ? "" : valueOf(findElement(base, key));
+    return std::string(covers(deleted_, key) ? "" : valueOf(base, key));
 }
 
-std::vector<std::string> ConfigChanges::children(const XmlNode &base, std::string_view key) const {
+std::vector<std::string> ConfigChanges::children(const XmlImage &base, std::string_view key) const {
     std::vector<std::string> names;
-    const XmlNode *element = covers(deleted_, key) ? nullptr : findElement(base, key);
-    if (element != nullptr) {
-        for (const XmlNode *child : distinctChildren(*element)) {
-            const std::string childKey = firstBelow(key) + child->value;
-            if (!deleted_.contains(childKey) || isSetAtOrBelow(childKey))
-                names.push_back(latin1FromUtf8(child->value));
-        }
+    const auto element = covers(deleted_, key) ? XmlImage::none : findElement(base, key);
+    for (const XmlImage::Element child : distinctChildren(base, element)) {
+        const std::string_view name = base.name(child);
+        const std::string childKey = firstBelow(key).append(name);
+        if (!deleted_.contains(childKey) || isSetAtOrBelow(childKey))
+            names.emplace_back(name);
     }
     const auto first = sets_.lower_bound(firstBelow(key));
     const auto last = sets_.lower_bound(pastBelow(key));
@@ -95,7 +91,7 @@ std::vector<std::string> ConfigChanges::children(const XmlNode &base, std::strin
     return names;
 }
 
-void ConfigChanges::set(const XmlNode &base, std::string_view key, std::string_view newValue) {
+void ConfigChanges::set(const XmlImage &base, std::string_view key, std::string_view newValue) {
     if (value(base, key) == newValue)
         return;
     const auto [set, isNew] =
@@ -106,47 +102,47 @@ void ConfigChanges::set(const XmlNode &base, std::string_view key, std::string_v
         set->second.value = newValue;
 }
 
-void ConfigChanges::remove(const XmlNode &base, std::string_view key) {
+void ConfigChanges::remove(const XmlImage &base, std::string_view key) {
     const std::string from = firstBelow(key);
     const std::string to = pastBelow(key);
     sets_.erase(std::string(key));
     sets_.erase(sets_.lower_bound(from), sets_.lower_bound(to));
-    if (covers(deleted_, key) || findElement(base, key) == nullptr)
+    if (covers(deleted_, key) || findElement(base, key) == XmlImage::none)
         return;
     deleted_.erase(deleted_.lower_bound(from), deleted_.lower_bound(to));
     deleted_.emplace(key);
 }
 
-bool ConfigChanges::alterValues(const XmlNode &base) const {
+bool ConfigChanges::alterValues(const XmlImage &base) const {
     const auto differs = [&base](const auto &set) {
-        return set.second.value != valueOf(findElement(base, set.first));
+        return set.second.value != valueOf(base, set.first);
     };
     const auto loses = [&](const std::string &key) {
-        return anyElement(key, *findElement(base, key),
-                          [this](const std::string &below, const XmlNode &element) {
-                              return !sets_.contains(below) && !element.text().empty();
+        return anyElement(base, key, findElement(base, key),
+                          [&](const std::string &below, XmlImage::Element element) {
+                              return !sets_.contains(below) && !base.text(element).empty();
                           });
     };
     return std::any_of(sets_.begin(), sets_.end(), differs) ||
            std::any_of(deleted_.begin(), deleted_.end(), loses);
 }
 
-std::vector<ConfigEdit> ConfigChanges::edits(const XmlNode &base) const {
+std::vector<ConfigEdit> ConfigChanges::edits(const XmlImage &base) const {
     std::vector<ConfigEdit> result;
     KeySet gone;
     for (const std::string &key : deleted_) {
         // An element that only holds others comes back with them.
-        const auto missing = [this](const std::string &below, const XmlNode &element) {
+        const auto missing = [&](const std::string &below, XmlImage::Element element) {
             return !sets_.contains(below) &&
-                   (!element.text().empty() || distinctChildren(element).empty());
+                   (!base.text(element).empty() || base.firstChild(element) == XmlImage::none);
         };
-        if (anyElement(key, *findElement(base, key), missing)) {
+        if (anyElement(base, key, findElement(base, key), missing)) {
             result.push_back({key, std::nullopt});
             gone.insert(key);
         }
     }
     for (const auto &set : inOrder(sets_.begin(), sets_.end()))
-        if (covers(gone, set->first) || set->second.value != valueOf(findElement(base, set->first)))
+        if (covers(gone, set->first) || set->second.value != valueOf(base, set->first))
             result.push_back({set->first, set->second.value});
     return result;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/libzandorin/xml_tree.h"
+#include "platform/libzandorin/xml_image.h"
 
 #include <cstddef>
 #include <map>
@@ -20,28 +20,28 @@ struct ConfigEdit {
 };
 
 /// What one request has set and deleted, kept apart from the configuration it was read from: `base`
-/// is that configuration's root element, the same in every call. Values are ISO-8859-1, keys are
+/// is that configuration, the same in every call. Values are ISO-8859-1, keys are
 /// keys of the store.
 class ConfigChanges {
   public:
     /// The value with the changes, "" when there is none.
-    std::string value(const XmlNode &base, std::string_view key) const;
+    std::string value(const XmlImage &base, std::string_view key) const;
 
     /// Names of the child elements with the changes: first those of the base.
-    std::vector<std::string> children(const XmlNode &base, std::string_view key) const;
+    std::vector<std::string> children(const XmlImage &base, std::string_view key) const;
 
     /// Setting what `value` answers already does nothing, so that no element is made for an empty
     /// value.
-    void set(const XmlNode &base, std::string_view key, std::string_view value);
-    void remove(const XmlNode &base, std::string_view key);
+    void set(const XmlImage &base, std::string_view key, std::string_view value);
+    void remove(const XmlImage &base, std::string_view key);
 
     /// True when a value differs from the base.
-    bool alterValues(const XmlNode &base) const;
+    bool alterValues(const XmlImage &base) const;
 
     /// The edits that make the changes, in the order in which they must be applied. What was set
     /// back to the base's value is not among them, nor is a deletion below which every value was
     /// set anew: another request's change there is not to be undone.
-    std::vector<ConfigEdit> edits(const XmlNode &base) const;
+    std::vector<ConfigEdit> edits(const XmlImage &base) const;
 
     void clear();
 

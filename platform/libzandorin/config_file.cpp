@@ -9,13 +9,11 @@
 #include <cerrno>
 #include <cstring>
 
-#include <fcntl.h>
-
 namespace zandorin::platform {
 
 namespace {
 
-constexpr std::size_t max_size = std::size_t{64} * 1024 * 1024;
+constexpr std::string_view root_name = "config";
 
 // Logs what failed with errno's reason and keeps errno.
 void logFailure(const char *what, const std::string &path) {
@@ -24,50 +22,51 @@ void logFailure(const char *what, const std::string &path) {
     errno = reason;
 }
 
-bool sameTime(const timespec &a, const timespec &b) {
-    return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
+/// Logs why the configuration is refused.
+void logDamage(const std::string &path, const std::string &reason) {
+    logRecord(Priority::error, "Damaged configuration: %s: %s", path.c_str(), reason.c_str());
+    errno = EBADMSG;
+}
+
+bool isConfiguration(std::string_view root, const std::string &path) {
+    if (root != root_name)
+        logDamage(path, "the root element is not \"config\"");
+    return root == root_name;
 }
 
 } // namespace
 
-std::optional<FileStamp> FileStamp::take(const std::string &path) {
-    FileStamp stamp;
-    stamp.file_.reset(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!stamp.file_ || ::fstat(stamp.file_.get(), &stamp.status_) != 0)
-        return std::nullopt;
-    return stamp;
+std::optional<XmlFile> loadConfigFile(const std::string &path, const std::string &snapshot) {
+    std::string fault;
+    auto file = readXmlFile(path, snapshot, fault);
+    if (file && isConfiguration(file->image.name(XmlImage::root), path))
+        return file;
+    if (!fault.empty())
+        logDamage(path, fault);
+    else if (!file)
+        logFailure("read", path);
+    return std::nullopt;
 }
 
-bool FileStamp::holds(const std::string &path) const {
-    struct stat now = {};
-    return ::stat(path.c_str(), &now) == 0 && now.st_dev == status_.st_dev &&
-           now.st_ino == status_.st_ino && now.st_size == status_.st_size &&
-           sameTime(now.st_mtim, status_.st_mtim);
-}
-
-std::optional<ConfigFile> loadConfigFile(const std::string &path) {
-    auto stamp = FileStamp::take(path);
-    const auto bytes = stamp ? readFile(stamp->descriptor(), max_size) : std::nullopt;
+std::optional<XmlDocument> loadConfigDocument(const std::string &path) {
+    const auto bytes = readFile(path, max_xml_size);
     if (!bytes) {
         logFailure("read", path);
         return std::nullopt;
     }
-    std::string reason;
-    auto document = parseXml(*bytes, &reason);
-    if (document && document->root.value != "config")
-        reason = "the root element is not \"config\"";
-    if (!reason.empty()) {
-        logRecord(Priority::error, "Damaged configuration: %s: %s", path.c_str(), reason.c_str());
-        errno = EBADMSG;
-        return std::nullopt;
-    }
-    return ConfigFile{std::move(*document), std::move(*stamp)};
+    std::string fault;
+    auto document = parseXml(*bytes, &fault);
+    if (!document)
+        logDamage(path, fault);
+    else if (!isConfiguration(document->root.value, path))
+        document.reset();
+    return document;
 }
 
 bool saveConfigFile(const std::string &path, const XmlDocument &document) {
     const std::string bytes = renderXml(document);
     errno = EFBIG;
-    if (bytes.size() <= max_size && replaceFile(path, bytes, 0600))
+    if (bytes.size() <= max_xml_size && replaceFile(path, bytes, 0600))
         return true;
     logFailure("write", path);
     return false;

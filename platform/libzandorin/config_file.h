@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/libzandorin/xml_snapshot.h"
 #include "platform/libzandorin/xml_tree.h"
 #include "util/fd.h"
 
@@ -7,38 +8,16 @@
 #include <string>
 #include <vector>
 
-#include <sys/stat.h>
-
 /// The files of the configuration store. Paths are paths of this machine.
 namespace zandorin::platform {
 
-/// Remembers which file stands at a path. The file is held open, so that its inode number cannot
-/// come back with another file.
-class FileStamp {
-  public:
-    /// Of the file at `path`; none when it cannot be opened, errno tells why.
-    static std::optional<FileStamp> take(const std::string &path);
+/// Reads a configuration's values, by way of the snapshot of that name (see readXmlFile). None, and
+/// a log record, when the file cannot be read, is no whole XML document or has another root element
+/// than "config"; errno is then ENOENT only when there is no such file.
+std::optional<XmlFile> loadConfigFile(const std::string &path, const std::string &snapshot);
 
-    /// True while that file still stands at `path`, unchanged.
-    bool holds(const std::string &path) const;
-
-    int descriptor() const { return file_.get(); }
-
-  private:
-    UniqueFd file_;
-    struct stat status_ = {};
-};
-
-/// A configuration as read from a file.
-struct ConfigFile {
-    XmlDocument document;
-    FileStamp stamp;
-};
-
-/// Reads a configuration. None, and a log record, when the file cannot be read, is no whole XML
-/// document or has another root element than "config"; errno is then ENOENT only when there is no
-/// such file.
-std::optional<ConfigFile> loadConfigFile(const std::string &path);
+/// Reads a configuration as the document that it is, to be changed and saved; none as above.
+std::optional<XmlDocument> loadConfigDocument(const std::string &path);
 
 /// Replaces the configuration at `path`, mode 0600. False, and a log record, when that failed or
 /// the text is longer than loadConfigFile takes.

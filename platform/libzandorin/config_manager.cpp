@@ -43,7 +43,7 @@ bool ConfigManager::readCommitted() {
 }
 
 std::string ConfigManager::getElement(std::string_view key) const {
-    const platform::XmlNode *base = store_->base();
+    const platform::XmlImage *base = store_->base();
     return base != nullptr && platform::isConfigKey(key) ? store_->changes.value(*base, key) : "";
 }
 
@@ -58,7 +58,7 @@ unsigned ConfigManager::getSize(std::string_view key) const {
 }
 
 std::vector<std::string> ConfigManager::getSubElements(std::string_view key) const {
-    const platform::XmlNode *base = store_->base();
+    const platform::XmlImage *base = store_->base();
     if (base == nullptr || !platform::isConfigKey(key))
         return {};
     return store_->changes.children(*base, key);

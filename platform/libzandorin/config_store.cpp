@@ -16,9 +16,8 @@ using namespace platform;
 
 namespace {
 
-bool isDelayedOn(const XmlNode &root) {
-    const XmlNode *flag = findElement(root, "config.delayed");
-    return flag != nullptr && isTrue(flag->text());
+bool isDelayedOn(const XmlImage &values) {
+    return isTrue(valueOf(values, "config.delayed"));
 }
 
 void makeEdits(XmlNode &root, const std::vector<ConfigEdit> &edits) {
@@ -28,10 +27,6 @@ void makeEdits(XmlNode &root, const std::vector<ConfigEdit> &edits) {
         else
             removeElement(root, edit.key);
     }
-}
-
-std::string textOf(const XmlNode *element) {
-    return element == nullptr ? "" : element->text();
 }
 
 /// True also when it cannot be told, so that opening the file tells why.
@@ -57,17 +52,17 @@ ConfigManager::Store::Store(std::string path)
 std::optional<ConfigManager::Store::State> ConfigManager::Store::load() const {
     // Readers take no lock. A commit between the two files makes the first one stale: start again.
     for (int attempt = 0; attempt < 10; ++attempt) {
-        auto committed = loadConfigFile(committed_);
+        auto committed = loadConfigFile(committed_, "config");
         if (!committed)
             return std::nullopt;
-        const bool delayedMode = !committedOnly_ && isDelayedOn(committed->document.root);
-        State state{std::move(committed->document), delayedMode, std::move(committed->stamp), {}};
+        const bool delayedMode = !committedOnly_ && isDelayedOn(committed->image);
+        State state{std::move(committed->image), delayedMode, std::move(committed->stamp), {}};
         if (!delayedMode)
             return state;
         if (isThere(delayed_)) {
-            auto delayed = loadConfigFile(delayed_);
+            auto delayed = loadConfigFile(delayed_, "config-delayed");
             if (delayed) {
-                state.document = std::move(delayed->document);
+                state.values = std::move(delayed->image);
                 state.delayed = std::move(delayed->stamp);
                 return state;
             }
@@ -104,7 +99,7 @@ bool ConfigManager::Store::write() {
         return false;
     // The edits are this request's own, told against what it has seen; they go into what stands
     // in the file by now. What was read is kept until the new file stands.
-    const std::vector<ConfigEdit> edits = changes.edits(state_->document.root);
+    const std::vector<ConfigEdit> edits = changes.edits(state_->values);
     std::optional<State> fresh;
     if (!isCurrent(*state_)) {
         fresh = load();
@@ -113,28 +108,38 @@ bool ConfigManager::Store::write() {
     }
     const State &before = fresh ? *fresh : *state_;
     const bool delayedMode = before.delayedMode;
-    XmlDocument document = before.document;
-    makeEdits(document.root, edits);
-    if (delayedMode ? !saveDelayed(document, !edits.empty())
-                    : !edits.empty() && !saveCommitted(before.document.root, document, edits))
-        return false;
-
+    std::optional<XmlImage> after;
+    if (edits.empty()) {
+        if (delayedMode && !saveDelayed(nullptr))
+            return false;
+    } else {
+        auto document = loadConfigDocument(before.delayed ? delayed_ : committed_);
+        if (!document)
+            return false;
+        makeEdits(document->root, edits);
+        after.emplace(document->root);
+        if (delayedMode ? !saveDelayed(&*document)
+                        : !saveCommitted(before.values, *document, isDelayedOn(*after), edits))
+            return false;
+    }
     if (fresh)
         state_ = std::move(fresh);
-    state_->document = std::move(document);
+    if (after)
+        state_->values = std::move(*after);
     changes.clear();
     if (delayedMode)
         state_->delayed = FileStamp::take(delayed_);
-    else if (isDelayedOn(state_->document.root))
+    else if (isDelayedOn(state_->values))
         state_->committed = FileStamp(); // the next write is a delayed one and must load again
     else
         state_->committed = FileStamp::take(committed_).value_or(FileStamp());
     return true;
 }
 
-bool ConfigManager::Store::saveCommitted(const XmlNode &before, const XmlDocument &document,
+bool ConfigManager::Store::saveCommitted(const XmlImage &before, const XmlDocument &document,
+                                         bool delayedFromNowOn,
                                          const std::vector<ConfigEdit> &edits) {
-    if (isDelayedOn(document.root)) {
+    if (delayedFromNowOn) {
         // What is queued stays queued, but a delayed file left over from earlier would come to life
         // with the mode.
         const bool ready = isDelayedOn(before) ? carryOver(before, edits)
@@ -145,22 +150,22 @@ bool ConfigManager::Store::saveCommitted(const XmlNode &before, const XmlDocumen
     return saveConfigFile(committed_, document);
 }
 
-bool ConfigManager::Store::carryOver(const XmlNode &before, const std::vector<ConfigEdit> &edits) {
+bool ConfigManager::Store::carryOver(const XmlImage &before, const std::vector<ConfigEdit> &edits) {
     // A damaged file is refused by whoever wants to commit it.
-    auto queued = isThere(delayed_) ? loadConfigFile(delayed_) : std::nullopt;
+    auto queued = isThere(delayed_) ? loadConfigDocument(delayed_) : std::nullopt;
     if (!queued)
         return true;
-    XmlNode &root = queued->document.root;
+    const XmlImage values(queued->root);
     std::vector<ConfigEdit> inherited;
     for (const ConfigEdit &edit : edits)
-        if (textOf(findElement(root, edit.key)) == textOf(findElement(before, edit.key)))
+        if (valueOf(values, edit.key) == valueOf(before, edit.key))
             inherited.push_back(edit);
-    makeEdits(root, inherited);
-    return inherited.empty() || saveConfigFile(delayed_, queued->document);
+    makeEdits(queued->root, inherited);
+    return inherited.empty() || saveConfigFile(delayed_, *queued);
 }
 
-bool ConfigManager::Store::saveDelayed(const XmlDocument &document, bool hasEdits) {
-    if (!hasEdits && scheduled.empty())
+bool ConfigManager::Store::saveDelayed(const XmlDocument *document) {
+    if (document == nullptr && scheduled.empty())
         return true;
     std::vector<std::string> names = readQueue(queue_);
     for (const std::string &name : scheduled)
@@ -170,7 +175,7 @@ bool ConfigManager::Store::saveDelayed(const XmlDocument &document, bool hasEdit
         addOnce(names, "config");
     // The names come first: a crash in between leaves one too many, which does no harm.
     if (!logged(makeFolder(area_, 0700), "make", area_) || !saveQueue(queue_, names) ||
-        (hasEdits && !saveConfigFile(delayed_, document)))
+        (document != nullptr && !saveConfigFile(delayed_, *document)))
         return false;
     scheduled.clear();
     return true;
@@ -192,7 +197,7 @@ bool ConfigManager::Store::doDelayedCommit() {
             return false;
         state_->committed = std::move(*state_->delayed);
         state_->delayed.reset();
-        state_->delayedMode = isDelayedOn(state_->document.root);
+        state_->delayedMode = isDelayedOn(state_->values);
     }
     // The list goes last: after a crash before that, the next commit runs what it names.
     for (const std::string &name : readQueue(queue_))

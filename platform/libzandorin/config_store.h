@@ -20,8 +20,8 @@ class ConfigManager::Store {
     bool discardDelayedCommit();
     std::vector<std::string> queuedConfigurators() const { return platform::readQueue(queue_); }
 
-    /// The root element of what was read, null before read() has succeeded.
-    const platform::XmlNode *base() const { return state_ ? &state_->document.root : nullptr; }
+    /// The values that were read, null before read() has succeeded.
+    const platform::XmlImage *base() const { return state_ ? &state_->values : nullptr; }
     bool delayedMode() const { return state_ && state_->delayedMode; }
     const std::string &folder() const { return folder_; }
     const std::string &path() const { return committed_; }
@@ -32,7 +32,7 @@ class ConfigManager::Store {
 
   private:
     struct State {
-        platform::XmlDocument document;
+        platform::XmlImage values;
         bool delayedMode; // the committed file's
         platform::FileStamp committed;
         std::optional<platform::FileStamp> delayed; // none when there was no delayed file
@@ -40,12 +40,14 @@ class ConfigManager::Store {
 
     std::optional<State> load() const;
     bool isCurrent(const State &state) const;
-    bool saveDelayed(const platform::XmlDocument &document, bool hasEdits);
-    bool saveCommitted(const platform::XmlNode &before, const platform::XmlDocument &document,
-                       const std::vector<platform::ConfigEdit> &edits);
+    /// Null when only the scheduled configurators are to be queued.
+    bool saveDelayed(const platform::XmlDocument *document);
+    bool saveCommitted(const platform::XmlImage &before, const platform::XmlDocument &document,
+                       bool delayedFromNowOn, const std::vector<platform::ConfigEdit> &edits);
     /// Makes the edits in the delayed file too, each where that file still has the value of
     /// `before`: committing it must not bring the old value back.
-    bool carryOver(const platform::XmlNode &before, const std::vector<platform::ConfigEdit> &edits);
+    bool carryOver(const platform::XmlImage &before,
+                   const std::vector<platform::ConfigEdit> &edits);
 
     std::string committed_;
     std::string folder_;

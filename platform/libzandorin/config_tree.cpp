@@ -2,8 +2,6 @@
 
 #include "platform/libzandorin/config_text.h"
 
-#include <unordered_set>
-
 namespace zandorin::platform {
 
 namespace {
@@ -17,21 +15,32 @@ XmlNode makeNode(XmlNode::Kind kind, std::string value) {
 
 } // namespace
 
+XmlImage::Element findElement(const XmlImage &image, std::string_view key) {
+    takeSegment(key);
+    XmlImage::Element element = XmlImage::root;
+    while (element != XmlImage::none && !key.empty())
+        element = image.child(element, takeSegment(key));
+    return element;
+}
+
+std::string_view valueOf(const XmlImage &image, std::string_view key) {
+    return image.text(findElement(image, key));
+}
+
+std::vector<XmlImage::Element> distinctChildren(const XmlImage &image, XmlImage::Element element) {
+    std::vector<XmlImage::Element> found;
+    for (auto child = image.firstChild(element); child != XmlImage::none; child = image.next(child))
+        if (image.child(element, image.name(child)) == child)
+            found.push_back(child);
+    return found;
+}
+
 const XmlNode *findElement(const XmlNode &root, std::string_view key) {
     takeSegment(key);
     const XmlNode *element = &root;
     while (element != nullptr && !key.empty())
         element = element->child(takeSegment(key));
     return element;
-}
-
-std::vector<const XmlNode *> distinctChildren(const XmlNode &element) {
-    std::vector<const XmlNode *> found;
-    std::unordered_set<std::string_view> names;
-    for (const XmlNode &child : element.children)
-        if (child.kind == XmlNode::Kind::element && names.insert(child.value).second)
-            found.push_back(&child);
-    return found;
 }
 
 void setElementText(XmlNode &root, std::string_view key, std::string text) {

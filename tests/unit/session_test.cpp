@@ -1,11 +1,13 @@
 #include "cgi/session.h"
 
+#include "cgi/session_activity.h"
 #include "cgi/session_file.h"
 #include "platform/pam-client/protocol.h"
 #include "tests/support/appliance_test.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/mock_helper.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <ctime>
 #include <optional>
@@ -201,6 +203,109 @@ TEST_F(SessionTest, EveryRequestRefreshesEverybodyAndClearsWhatExpired) {
     EXPECT_EQ(readSessionRecord("theirs")->sourcePort, "1024");
     EXPECT_FALSE(stored("old"));
     EXPECT_EQ(helper.endedBy(), SIGTERM);
+}
+
+/// So many that a request does not look at each.
+class CrowdTest : public SessionTest {
+  protected:
+    static constexpr int count = 200;
+    const std::int32_t now_ = static_cast<std::int32_t>(std::time(nullptr));
+
+    void SetUp() override {
+        SessionTest::SetUp();
+        for (int n = 0; n < count; ++n)
+            store(
+                "s" + std::to_string(1000 + n),
+                {.expiryTime = now_ + 5, .authState = 7, .sessionLength = 20, .autorefresh = true});
+    }
+
+    static int storedCount() { return static_cast<int>(listSessionIds().size()); }
+    static int freshCount(std::int32_t since) {
+        const auto ids = listSessionIds();
+        return static_cast<int>(std::count_if(ids.begin(), ids.end(), [since](const auto &id) {
+            return readSessionRecord(id)->expiryTime > since;
+        }));
+    }
+    static void remember(std::int64_t since, std::int64_t last) {
+        SessionActivity activity;
+        activity.since = since;
+        activity.last = last;
+        activity.shortest = 20;
+        ASSERT_TRUE(activity.save());
+    }
+};
+
+TEST_F(CrowdTest, TheFirstRequestLooksAtEachAndLaterOnesAtSome) {
+    Session::clearOldSessions();
+    EXPECT_EQ(freshCount(now_ + 60), count);
+    for (int n = 0; n < count; ++n)
+        store("s" + std::to_string(1000 + n),
+              {.expiryTime = now_ + 5, .authState = 7, .sessionLength = 20, .autorefresh = true});
+    remember(now_ - 3600, now_ - 1);
+    Session::clearOldSessions();
+    EXPECT_EQ(freshCount(now_ + 60), 32);
+    for (int request = 0; request < 6; ++request) {
+        auto activity = SessionActivity::load();
+        ASSERT_TRUE(activity);
+        --activity->last; // a second goes by
+        ASSERT_TRUE(activity->save());
+        Session::clearOldSessions();
+    }
+    EXPECT_EQ(freshCount(now_ + 60), count) << "each in its turn";
+    EXPECT_EQ(storedCount(), count);
+}
+
+TEST_F(CrowdTest, AnyRequestKeepsEveryRefreshingSessionAlive) {
+    const SessionRecord stale = {
+        .expiryTime = now_ - 60, .authState = 7, .sessionLength = 20, .autorefresh = true};
+    const struct {
+        const char *name;
+        std::int64_t since, last; ///< seconds before now
+        SessionRecord record;
+        bool alive;
+    } rows[] = {
+        {"used all the time", 3600, 30, stale, true},
+        {"a long pause", 3600, 1300, stale, false},
+        {"a long pause since its last refresh", 600, 30, stale, false},
+        {"clock set back", 3600, -100, stale, true},
+        {"does not refresh itself", 3600, 30, {.expiryTime = now_ - 60, .authState = 7}, false},
+        {"failed login",
+         3600,
+         30,
+         {.expiryTime = now_ - 60, .authState = 8, .sessionLength = 20, .autorefresh = true},
+         false},
+    };
+    for (const auto &row : rows) {
+        store("mine", row.record);
+        remember(now_ - row.since, now_ - row.last);
+        const Session session("mine", false);
+        EXPECT_EQ(session.isValid(), row.alive) << row.name;
+        EXPECT_EQ(stored("mine"), row.alive) << row.name;
+    }
+}
+
+TEST_F(CrowdTest, WhatEndedIsCleared) {
+    store("fixed", {.expiryTime = now_ + 1000, .authState = 7});
+    Session::clearOldSessions();
+    auto activity = SessionActivity::load();
+    ASSERT_TRUE(activity);
+    EXPECT_EQ(activity->firstEnd, now_ + 1000);
+    EXPECT_EQ(activity->shortest, 20);
+
+    store("fixed", {.expiryTime = now_ - 1, .authState = 7});
+    activity->firstEnd = now_ - 1;
+    ASSERT_TRUE(activity->save());
+    Session::clearOldSessions();
+    EXPECT_FALSE(stored("fixed"));
+    EXPECT_EQ(storedCount(), count);
+
+    // Nobody came for longer than any session lives.
+    for (const std::string &id : listSessionIds())
+        store(id,
+              {.expiryTime = now_ - 100, .authState = 7, .sessionLength = 20, .autorefresh = true});
+    remember(now_ - 7200, now_ - 1300);
+    Session::clearOldSessions();
+    EXPECT_EQ(storedCount(), 0);
 }
 
 TEST_F(SessionTest, AnUnfinishedLoginOfSomebodyElseIsOnlyLookedFor) {

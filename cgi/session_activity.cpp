@@ -1,0 +1,70 @@
+#include "cgi/session_activity.h"
+
+#include "cgi/session.h"
+#include "platform/pam-client/protocol.h"
+#include "util/files.h"
+
+#include <algorithm>
+#include <array>
+#include <cinttypes>
+#include <cstdio>
+
+namespace zandorin {
+
+namespace {
+
+std::string activityPath() {
+    const std::string session = auth::sessionFilePath("");
+    return session.substr(0, session.rfind('/')) + "/.activity";
+}
+
+/// A failed login is not kept alive.
+bool refreshesItself(const SessionRecord &session) {
+    return session.autorefresh && session.authState != Session::state_helper_failed &&
+           session.authState != Session::state_rejected;
+}
+
+} // namespace
+
+std::optional<SessionActivity> SessionActivity::load() {
+    const auto text = readFile(activityPath(), 1024);
+    SessionActivity activity;
+    std::array<char, 256> cursor = {};
+    if (!text || std::sscanf(text->c_str(), "%" SCNd64 " %" SCNd64 " %" SCNd32 " %" SCNd32 " %255s",
+                             &activity.since, &activity.last, &activity.shortest,
+                             &activity.firstEnd, cursor.data()) != 5)
+        return std::nullopt;
+    activity.cursor = cursor.data();
+    return activity;
+}
+
+bool SessionActivity::save() const {
+    const std::string text = std::to_string(since) + " " + std::to_string(last) + " " +
+                             std::to_string(shortest) + " " + std::to_string(firstEnd) + " " +
+                             cursor + "\n";
+    return replaceFile(activityPath(), text, 0600, Durable::no);
+}
+
+bool SessionActivity::mayHaveEnded(std::int64_t now) const {
+    // A clock that was set back makes every stored end wrong.
+    return now < last || now - last > std::int64_t{60} * shortest || now > firstEnd;
+}
+
+void SessionActivity::admit(const SessionRecord &session) {
+    if (refreshesItself(session))
+        shortest = std::min(shortest, session.sessionLength);
+    else
+        firstEnd = std::min(firstEnd, session.expiryTime);
+}
+
+std::int32_t SessionActivity::expiryOf(const SessionRecord &session) const {
+    const std::int64_t length = std::int64_t{60} * session.sessionLength;
+    // What was written before `since` may have ended in a long pause.
+    const bool wasRefreshed = refreshesItself(session) && session.expiryTime - length >= since;
+    if (!wasRefreshed || last + length <= session.expiryTime)
+        return session.expiryTime;
+    return static_cast<std::int32_t>(
+        std::min<std::int64_t>(last + length, std::numeric_limits<std::int32_t>::max()));
+}
+
+} // namespace zandorin

@@ -1,0 +1,36 @@
+#include "platform/libzandorin/file_stamp.h"
+
+#include <fcntl.h>
+
+namespace zandorin::platform {
+
+namespace {
+
+FileIdentity identityOf(const struct stat &status) {
+    return {.device = status.st_dev,
+            .inode = status.st_ino,
+            .size = static_cast<std::uint64_t>(status.st_size),
+            .modifiedSeconds = status.st_mtim.tv_sec,
+            .modifiedNanoseconds = status.st_mtim.tv_nsec,
+            .changedSeconds = status.st_ctim.tv_sec,
+            .changedNanoseconds = status.st_ctim.tv_nsec};
+}
+
+} // namespace
+
+std::optional<FileStamp> FileStamp::take(const std::string &path) {
+    FileStamp stamp;
+    stamp.file_.reset(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    struct stat status = {};
+    if (!stamp.file_ || ::fstat(stamp.file_.get(), &status) != 0)
+        return std::nullopt;
+    stamp.identity_ = identityOf(status);
+    return stamp;
+}
+
+bool FileStamp::holds(const std::string &path) const {
+    struct stat status = {};
+    return ::stat(path.c_str(), &status) == 0 && identityOf(status) == identity_;
+}
+
+} // namespace zandorin::platform

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "platform/libzandorin/xml_tree.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zandorin::platform {
+
+/// The elements of an XML document as one run of bytes, to be looked at where it lies: a process
+/// that maps it pays for the elements it asks for, not for the document. Names, attributes and
+/// texts are ISO-8859-1 (see latin1FromUtf8); comments and instructions are left out. It is made
+/// for the machine it was made on: numbers are 32 bits in this machine's byte order.
+///
+/// Every offset is checked when it is followed: of bytes that are no image the answers are wrong,
+/// but nothing outside of them is read.
+class XmlImage {
+  public:
+    /// An element; 0 is the root.
+    using Element = std::uint32_t;
+    static constexpr Element root = 0;
+    static constexpr Element none = 0xffffffff;
+
+    /// Holds nothing: the root has no name, and nothing is found.
+    XmlImage() = default;
+    explicit XmlImage(const XmlNode &document);
+    XmlImage(XmlImage &&other) noexcept;
+    XmlImage &operator=(XmlImage &&other) noexcept;
+    XmlImage(const XmlImage &) = delete;
+    XmlImage &operator=(const XmlImage &) = delete;
+    ~XmlImage();
+
+    /// The image that stands in the open file from the byte `offset` (a multiple of 8) to the end,
+    /// mapped, not read. The file may be replaced meanwhile, but must not be written in place. None
+    /// when the lengths do not fit together.
+    static std::optional<XmlImage> map(int fd, std::size_t offset);
+
+    /// What stands before the mapped image in its file; valid as long as the image is.
+    std::string_view preface() const {
+        return mapped_.substr(0, mapped_.size() - (mapped_.empty() ? 0 : bytes_.size()));
+    }
+
+    /// What map() finds again; valid as long as the image is.
+    std::string_view bytes() const { return bytes_; }
+
+    /// The first child element of that name, none when there is none.
+    Element child(Element parent, std::string_view name) const;
+    /// Child elements in the document's order, each name as often as it stands there: the first,
+    /// and the one that follows.
+    Element firstChild(Element parent) const;
+    Element next(Element element) const;
+
+    /// Attributes, to be named and read as elements are: the first, and the one that follows.
+    Element firstAttribute(Element element) const;
+    Element nextAttribute(Element attribute) const;
+
+    std::string_view name(Element element) const;
+    /// The element's own text: its texts joined, white space kept.
+    std::string_view text(Element element) const;
+    /// None when the element has no attribute of that name.
+    std::optional<std::string_view> attribute(Element element, std::string_view name) const;
+
+  private:
+    class Builder;
+    struct Node;
+
+    bool adopt(std::string_view bytes);
+    void unmap();
+    Node at(Element element) const;
+    std::string_view stringAt(std::uint32_t offset) const;
+    Element find(Element parent, char kind, std::string_view name) const;
+    bool isElement(Element node) const;
+    Element nextNode(Element node) const;
+    Element skipAttributes(Element node) const;
+
+    std::string owned_;       // when it was made here
+    std::string_view mapped_; // when it is a file's: what is to be unmapped
+    std::string_view bytes_;  // header, nodes, slots, strings
+    std::uint32_t nodeCount_ = 0;
+    std::uint32_t slotCount_ = 0;
+};
+
+} // namespace zandorin::platform

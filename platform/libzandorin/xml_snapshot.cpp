@@ -1,0 +1,100 @@
+#include "platform/libzandorin/xml_snapshot.h"
+
+#include "util/files.h"
+#include "util/paths.h"
+
+#include <array>
+#include <cstring>
+#include <ctime>
+
+#include <fcntl.h>
+
+namespace zandorin::platform {
+
+namespace {
+
+/// Two changes of a file can carry one time of change when the file system's clock stands still
+/// between them; the coarsest one in use ticks in steps of two seconds (FAT).
+constexpr std::int64_t coarsest_clock = 2;
+
+/// Stands before the image in a snapshot's file.
+struct Preface {
+    std::array<char, 4> name = {'Z', 'd', 'X', '1'};
+    std::uint32_t byteOrder = 0x01020304;
+    FileIdentity file;
+    std::uint64_t hash = 0;      // of the file's bytes
+    std::int64_t comparedAt = 0; // when the snapshot was last known to be of these bytes
+};
+
+/// FNV-1a, 64 bits.
+std::uint64_t hashOf(std::string_view bytes) {
+    std::uint64_t hash = 14695981039346656037U;
+    for (const char c : bytes)
+        hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211U;
+    return hash;
+}
+
+/// True when a change after `moment` would show in the file's time of change.
+bool isSettled(const FileIdentity &file, std::int64_t moment) {
+    return moment > file.changedSeconds + coarsest_clock;
+}
+
+void save(const std::string &path, const Preface &preface, const XmlImage &image) {
+    std::string bytes(sizeof preface, '\0');
+    std::memcpy(bytes.data(), &preface, sizeof preface);
+    bytes += image.bytes();
+    replaceFile(path, bytes, 0600); // without it the next process parses the file, as this one did
+}
+
+/// The snapshot of the file in the state of `stamp`; none when there is none.
+std::optional<XmlImage> load(const std::string &path, const FileStamp &stamp) {
+    const UniqueFd file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+    auto image = file ? XmlImage::map(file.get(), sizeof(Preface)) : std::nullopt;
+    if (!image)
+        return std::nullopt;
+    const Preface expected;
+    Preface preface;
+    std::memcpy(&preface, image->preface().data(), sizeof preface);
+    if (preface.name != expected.name || preface.byteOrder != expected.byteOrder ||
+        preface.file != stamp.identity())
+        return std::nullopt;
+    if (isSettled(preface.file, preface.comparedAt))
+        return image;
+    // It was made so soon after the last change that the next one may look the same.
+    const std::int64_t now = std::time(nullptr);
+    const auto bytes = readFile(stamp.descriptor(), max_xml_size);
+    if (!bytes || hashOf(*bytes) != preface.hash)
+        return std::nullopt;
+    if (isSettled(preface.file, now)) {
+        preface.comparedAt = now;
+        save(path, preface, *image);
+    }
+    return image;
+}
+
+} // namespace
+
+std::optional<XmlFile> readXmlFile(const std::string &path, const std::string &snapshot,
+                                   std::string &fault) {
+    const std::string snapshotPath = appliancePath("/var/run/" + snapshot + ".snapshot");
+    auto stamp = FileStamp::take(path);
+    if (!stamp)
+        return std::nullopt;
+    if (auto image = load(snapshotPath, *stamp))
+        return XmlFile{std::move(*image), std::move(*stamp)};
+
+    const std::int64_t now = std::time(nullptr);
+    ::lseek(stamp->descriptor(), 0, SEEK_SET);
+    const auto bytes = readFile(stamp->descriptor(), max_xml_size);
+    const auto document = bytes ? parseXml(*bytes, &fault) : std::nullopt;
+    if (!document)
+        return std::nullopt;
+    XmlImage image(document->root);
+    // Of a file that was written to meanwhile, the bytes may be of neither state.
+    if (stamp->holds(path))
+        save(snapshotPath, {.file = stamp->identity(), .hash = hashOf(*bytes), .comparedAt = now},
+             image);
+    return XmlFile{std::move(image), std::move(*stamp)};
+}
+
+} // namespace zandorin::platform

@@ -23,9 +23,13 @@ std::string folderOf(const std::string &path) {
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
+/// Linux keeps what is written at once in pages as large; whoever maps the file later gets them
+/// whole.
+constexpr std::size_t piece = 65536;
+
 bool writeAll(int fd, std::string_view data) {
     while (!data.empty()) {
-        const ssize_t written = ::write(fd, data.data(), data.size());
+        const ssize_t written = ::write(fd, data.data(), std::min(data.size(), piece));
         if (written < 0 && errno == EINTR)
             continue;
         if (written <= 0)

@@ -2,8 +2,9 @@
 
 #include "platform/libzandorin/config_text.h"
 
-#include <bit>
+#include <algorithm>
 #include <cstring>
+#include <numeric>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -16,27 +17,18 @@ namespace zandorin::platform {
 
 namespace {
 
-/// What stands first. The strings follow nodes and slots and end with the image.
+/// What stands first. The strings follow the rest and end with the image.
 struct Header {
     std::uint32_t nodes;
-    std::uint32_t slots; // a power of two
     std::uint32_t strings;
-    std::uint32_t zero;
 };
 
-/// First character of a stored name.
+/// First character of a stored name. Attributes of a node stand before its child elements.
 constexpr char element_mark = '<';
 constexpr char attribute_mark = '@';
 
-/// FNV-1a, 32 bits, over the parent's number and the name with its mark.
-std::uint32_t hashOf(XmlImage::Element parent, char mark, std::string_view name) {
-    constexpr std::uint32_t prime = 16777619;
-    std::uint32_t hash = (2166136261U ^ parent) * prime;
-    hash = (hash ^ static_cast<unsigned char>(mark)) * prime;
-    for (const char c : name)
-        hash = (hash ^ static_cast<unsigned char>(c)) * prime;
-    return hash ^ hash >> 15;
-}
+/// In Node::children: the node is its parent's last child.
+constexpr std::uint32_t last_child = 0x80000000;
 
 template <typename Value> Value valueAt(std::string_view bytes, std::size_t offset) {
     Value value;
@@ -46,38 +38,41 @@ template <typename Value> Value valueAt(std::string_view bytes, std::size_t offs
 
 } // namespace
 
-/// Elements and attributes alike; an attribute is a child that is no element.
+/// Elements and attributes alike. They stand level by level, so that the children of a node lie
+/// side by side, and what is looked up together lies in few pages.
 struct XmlImage::Node {
-    Element parent = none;
-    Element firstChild = none;
-    Element next = none;    // sibling; always a greater number
     std::uint32_t name = 0; // offsets into the strings
     std::uint32_t text = 0;
+    Element firstChild = none;
+    std::uint32_t children = 0; // their number, and last_child
+};
+
+/// The numbers from `first` on, up to `end`.
+struct XmlImage::Range {
+    Element first;
+    Element end;
 };
 
 class XmlImage::Builder {
   public:
-    explicit Builder(const XmlNode &document) { add(none, element_mark, document); }
+    explicit Builder(const XmlNode &document) {
+        add(element_mark, document.value, document.text(), &document);
+        nodes_.front().children |= last_child;
+        for (std::size_t element = 0; element < nodes_.size(); ++element)
+            if (sources_[element] != nullptr)
+                addChildren(element, *sources_[element]);
+    }
 
     std::string bytes() const {
-        std::uint32_t slotCount = std::bit_ceil(static_cast<std::uint32_t>(nodes_.size()) * 2);
-        std::vector<Element> slots(slotCount, none);
-        for (Element element = 0; element < nodes_.size(); ++element) {
-            const Node &node = nodes_[element];
-            const std::string_view name = strings_.data() + node.name;
-            std::uint32_t slot = hashOf(node.parent, name.front(), name.substr(1));
-            while (slots[slot & (slotCount - 1)] != none)
-                ++slot;
-            slots[slot & (slotCount - 1)] = element;
-        }
-        const Header header = {static_cast<std::uint32_t>(nodes_.size()), slotCount,
-                               static_cast<std::uint32_t>(strings_.size()), 0};
+        const Header header = {static_cast<std::uint32_t>(nodes_.size()),
+                               static_cast<std::uint32_t>(strings_.size())};
+        const std::vector<Element> sorted = sortedChildren();
         std::string bytes;
-        bytes.reserve(sizeof header + nodes_.size() * sizeof(Node) +
-                      slots.size() * sizeof(Element) + strings_.size());
+        bytes.reserve(sizeof header + nodes_.size() * (sizeof(Node) + sizeof(Element)) +
+                      strings_.size());
         append(bytes, &header, sizeof header);
         append(bytes, nodes_.data(), nodes_.size() * sizeof(Node));
-        append(bytes, slots.data(), slots.size() * sizeof(Element));
+        append(bytes, sorted.data(), sorted.size() * sizeof(Element));
         return bytes += strings_;
     }
 
@@ -89,35 +84,54 @@ class XmlImage::Builder {
     /// Each string once: names, and most values, come again and again.
     std::uint32_t intern(std::string text) {
         const auto [place, isNew] =
-            places_.try_emplace(text, static_cast<std::uint32_t>(strings_.size()));
+            places_.try_emplace(std::move(text), static_cast<std::uint32_t>(strings_.size()));
         if (isNew)
-            strings_.append(text.c_str(), text.size() + 1);
+            strings_.append(place->first.c_str(), place->first.size() + 1);
         return place->second;
     }
 
-    Element addNode(Element parent, const std::string &name, std::string text) {
-        const auto element = static_cast<Element>(nodes_.size());
-        nodes_.push_back({parent, none, none, intern(name), intern(std::move(text))});
-        return element;
+    void add(char mark, const std::string &name, const std::string &text, const XmlNode *source) {
+        nodes_.push_back(
+            {intern(mark + latin1FromUtf8(name)), intern(latin1FromUtf8(text)), none, 0});
+        sources_.push_back(source);
     }
 
-    Element add(Element parent, char mark, const XmlNode &from) {
-        const Element element =
-            addNode(parent, mark + latin1FromUtf8(from.value), latin1FromUtf8(from.text()));
-        Element last = none;
-        const auto link = [&](Element child) {
-            (last == none ? nodes_[element].firstChild : nodes_[last].next) = child;
-            last = child;
-        };
-        for (const auto &[name, value] : from.attributes)
-            link(addNode(element, attribute_mark + latin1FromUtf8(name), latin1FromUtf8(value)));
-        for (const XmlNode &child : from.children)
+    void addChildren(std::size_t parent, const XmlNode &source) {
+        const std::size_t first = nodes_.size();
+        for (const auto &[name, value] : source.attributes)
+            add(attribute_mark, name, value, nullptr);
+        for (const XmlNode &child : source.children)
             if (child.kind == XmlNode::Kind::element)
-                link(add(element, element_mark, child));
-        return element;
+                add(element_mark, child.value, child.text(), &child);
+        if (nodes_.size() == first)
+            return;
+        nodes_[parent].firstChild = static_cast<Element>(first);
+        nodes_[parent].children |= static_cast<std::uint32_t>(nodes_.size() - first);
+        nodes_.back().children |= last_child;
+    }
+
+    /// The children of each node by name, where their own numbers stand; of one name, the first
+    /// comes first.
+    std::vector<Element> sortedChildren() const {
+        std::vector<Element> sorted(nodes_.size());
+        std::iota(sorted.begin(), sorted.end(), Element{0});
+        const auto name = [this](Element element) {
+            return std::string_view(strings_.data() + nodes_[element].name);
+        };
+        auto first = sorted.begin();
+        for (auto next = first; next != sorted.end();) {
+            const bool isLast = (nodes_[*next++].children & last_child) != 0;
+            if (!isLast)
+                continue;
+            std::stable_sort(first, next,
+                             [&name](Element a, Element b) { return name(a) < name(b); });
+            first = next;
+        }
+        return sorted;
     }
 
     std::vector<Node> nodes_;
+    std::vector<const XmlNode *> sources_;       // null of an attribute
     std::string strings_ = std::string(1, '\0'); // the empty string stands at 0
     std::unordered_map<std::string, std::uint32_t> places_ = {{"", 0}};
 };
@@ -139,7 +153,6 @@ XmlImage &XmlImage::operator=(XmlImage &&other) noexcept {
     mapped_ = std::exchange(other.mapped_, {});
     bytes_ = isOwned ? std::string_view(owned_) : other.bytes_;
     nodeCount_ = std::exchange(other.nodeCount_, 0);
-    slotCount_ = std::exchange(other.slotCount_, 0);
     other.owned_.clear();
     other.bytes_ = {};
     return *this;
@@ -175,14 +188,13 @@ bool XmlImage::adopt(std::string_view bytes) {
     if (bytes.size() < sizeof(Header))
         return false;
     const auto header = valueAt<Header>(bytes, 0);
-    const std::uint64_t size = sizeof header + std::uint64_t{header.nodes} * sizeof(Node) +
-                               std::uint64_t{header.slots} * sizeof(Element) + header.strings;
-    if (size != bytes.size() || header.nodes == 0 || !std::has_single_bit(header.slots) ||
-        header.strings == 0 || bytes.back() != '\0')
+    const std::uint64_t size = sizeof header +
+                               std::uint64_t{header.nodes} * (sizeof(Node) + sizeof(Element)) +
+                               header.strings;
+    if (size != bytes.size() || header.nodes == 0 || header.strings == 0 || bytes.back() != '\0')
         return false;
     bytes_ = bytes;
     nodeCount_ = header.nodes;
-    slotCount_ = header.slots;
     return true;
 }
 
@@ -192,72 +204,88 @@ XmlImage::Node XmlImage::at(Element element) const {
     return valueAt<Node>(bytes_, sizeof(Header) + element * sizeof(Node));
 }
 
+XmlImage::Element XmlImage::sortedAt(Element position) const {
+    return valueAt<Element>(bytes_, sizeof(Header) + nodeCount_ * sizeof(Node) +
+                                        position * sizeof(Element));
+}
+
 std::string_view XmlImage::stringAt(std::uint32_t offset) const {
     if (bytes_.empty())
         return {};
-    const std::size_t strings =
-        sizeof(Header) + nodeCount_ * sizeof(Node) + slotCount_ * sizeof(Element);
+    const std::size_t strings = sizeof(Header) + nodeCount_ * (sizeof(Node) + sizeof(Element));
     // The last byte is a zero: a string ends there at the latest.
     return offset < bytes_.size() - strings ? bytes_.data() + strings + offset : "";
 }
 
-XmlImage::Element XmlImage::find(Element parent, char kind, std::string_view name) const {
-    const std::size_t slots = sizeof(Header) + nodeCount_ * sizeof(Node);
-    std::uint32_t slot = hashOf(parent, kind, name);
-    for (std::uint32_t probes = 0; probes < slotCount_; ++probes, ++slot) {
-        const auto element =
-            valueAt<Element>(bytes_, slots + (slot & (slotCount_ - 1)) * sizeof(Element));
-        if (element >= nodeCount_)
-            break;
-        const Node found = at(element);
-        const std::string_view stored = stringAt(found.name);
-        if (found.parent == parent && !stored.empty() && stored.front() == kind &&
-            stored.substr(1) == name)
-            return element;
+std::string_view XmlImage::markedName(Element element) const {
+    return stringAt(at(element).name);
+}
+
+XmlImage::Range XmlImage::childrenOf(Element element) const {
+    const Node parent = at(element);
+    const std::uint32_t count = parent.children & ~last_child;
+    // Children stand behind their parent, so that every walk ends.
+    if (count == 0 || element >= nodeCount_ || parent.firstChild <= element ||
+        parent.firstChild >= nodeCount_ || count > nodeCount_ - parent.firstChild)
+        return {none, none};
+    return {parent.firstChild, parent.firstChild + count};
+}
+
+XmlImage::Element XmlImage::find(Element parent, char mark, std::string_view name) const {
+    // Below zero when the child's name comes first.
+    const auto compare = [&](Element position) {
+        const std::string_view stored = markedName(sortedAt(position));
+        const char storedMark = stored.empty() ? '\0' : stored.front();
+        return storedMark != mark ? storedMark - mark
+                                  : stored.substr(stored.empty() ? 0 : 1).compare(name);
+    };
+    const Range children = childrenOf(parent);
+    Element low = children.first;
+    for (Element high = children.end; low < high;) {
+        const Element middle = low + (high - low) / 2;
+        if (compare(middle) < 0)
+            low = middle + 1;
+        else
+            high = middle;
     }
-    return none;
+    return low < children.end && compare(low) == 0 ? sortedAt(low) : none;
 }
 
 XmlImage::Element XmlImage::child(Element parent, std::string_view name) const {
     return find(parent, element_mark, name);
 }
 
-bool XmlImage::isElement(Element node) const {
-    return stringAt(at(node).name).starts_with(element_mark);
-}
-
-XmlImage::Element XmlImage::nextNode(Element node) const {
-    const Element following = at(node).next;
-    return following > node && following < nodeCount_ ? following : none;
-}
-
-XmlImage::Element XmlImage::skipAttributes(Element node) const {
-    while (node < nodeCount_ && !isElement(node))
-        node = nextNode(node);
-    return node;
+/// From `element` on, the first sibling of that mark.
+XmlImage::Element XmlImage::skipTo(char mark, Element element) const {
+    while (element < nodeCount_ && !markedName(element).starts_with(mark)) {
+        if ((at(element).children & last_child) != 0)
+            return none;
+        ++element;
+    }
+    return element < nodeCount_ ? element : none;
 }
 
 XmlImage::Element XmlImage::firstChild(Element parent) const {
-    const Element first = at(parent).firstChild;
-    return first > parent ? skipAttributes(first) : none; // forward only, so that every walk ends
+    return skipTo(element_mark, childrenOf(parent).first);
 }
 
 XmlImage::Element XmlImage::next(Element element) const {
-    return skipAttributes(nextNode(element));
+    const bool isLast = element >= nodeCount_ || (at(element).children & last_child) != 0;
+    return isLast ? none : skipTo(element_mark, element + 1);
 }
 
 XmlImage::Element XmlImage::firstAttribute(Element element) const {
-    const Element first = at(element).firstChild;
-    return first > element && first < nodeCount_ && !isElement(first) ? first : none;
+    const Element first = childrenOf(element).first;
+    return markedName(first).starts_with(attribute_mark) ? first : none;
 }
 
 XmlImage::Element XmlImage::nextAttribute(Element attribute) const {
-    const Element following = nextNode(attribute);
-    return following != none && !isElement(following) ? following : none;
+    const bool isLast = attribute >= nodeCount_ || (at(attribute).children & last_child) != 0;
+    return !isLast && markedName(attribute + 1).starts_with(attribute_mark) ? attribute + 1 : none;
 }
 
 std::string_view XmlImage::name(Element element) const {
-    const std::string_view stored = stringAt(at(element).name);
+    const std::string_view stored = markedName(element);
     return stored.substr(stored.empty() ? 0 : 1);
 }
 

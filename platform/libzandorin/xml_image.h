@@ -19,7 +19,7 @@ namespace zandorin::platform {
 /// but nothing outside of them is read.
 class XmlImage {
   public:
-    /// An element; 0 is the root.
+    /// An element or an attribute; 0 is the root.
     using Element = std::uint32_t;
     static constexpr Element root = 0;
     static constexpr Element none = 0xffffffff;
@@ -66,21 +66,22 @@ class XmlImage {
   private:
     class Builder;
     struct Node;
+    struct Range;
 
     bool adopt(std::string_view bytes);
     void unmap();
     Node at(Element element) const;
+    Element sortedAt(Element position) const;
     std::string_view stringAt(std::uint32_t offset) const;
-    Element find(Element parent, char kind, std::string_view name) const;
-    bool isElement(Element node) const;
-    Element nextNode(Element node) const;
-    Element skipAttributes(Element node) const;
+    std::string_view markedName(Element element) const;
+    Range childrenOf(Element element) const;
+    Element find(Element parent, char mark, std::string_view name) const;
+    Element skipTo(char mark, Element element) const;
 
     std::string owned_;       // when it was made here
     std::string_view mapped_; // when it is a file's: what is to be unmapped
-    std::string_view bytes_;  // header, nodes, slots, strings
+    std::string_view bytes_;  // header, nodes, sorted numbers, strings
     std::uint32_t nodeCount_ = 0;
-    std::uint32_t slotCount_ = 0;
 };
 
 } // namespace zandorin::platform

@@ -4,10 +4,14 @@
 #include "util/paths.h"
 
 #include <array>
+#include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <ctime>
+#include <tuple>
 
 #include <fcntl.h>
+#include <unistd.h>
 
 namespace zandorin::platform {
 
@@ -26,12 +30,27 @@ struct Preface {
     std::int64_t comparedAt = 0; // when the snapshot was last known to be of these bytes
 };
 
-/// FNV-1a, 64 bits.
-std::uint64_t hashOf(std::string_view bytes) {
-    std::uint64_t hash = 14695981039346656037U;
+/// FNV-1a, 64 bits, of what `hash` is of and then `bytes`.
+constexpr std::uint64_t hash_of_nothing = 14695981039346656037U;
+std::uint64_t extendHash(std::uint64_t hash, std::string_view bytes) {
     for (const char c : bytes)
         hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211U;
     return hash;
+}
+
+/// Of all the bytes of an open file; none when it cannot be read.
+std::optional<std::uint64_t> hashOf(int file) {
+    std::uint64_t hash = hash_of_nothing;
+    std::array<char, 65536> part;
+    for (off_t offset = 0;;) {
+        const ssize_t count = ::pread(file, part.data(), part.size(), offset);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return count == 0 ? std::optional(hash) : std::nullopt;
+        hash = extendHash(hash, {part.data(), static_cast<std::size_t>(count)});
+        offset += count;
+    }
 }
 
 /// True when a change after `moment` would show in the file's time of change.
@@ -48,7 +67,7 @@ void save(const std::string &path, const Preface &preface, const XmlImage &image
 
 /// The snapshot of the file in the state of `stamp`; none when there is none.
 std::optional<XmlImage> load(const std::string &path, const FileStamp &stamp) {
-    const UniqueFd file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+    const UniqueFd file(::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW));
     auto image = file ? XmlImage::map(file.get(), sizeof(Preface)) : std::nullopt;
     if (!image)
         return std::nullopt;
@@ -62,13 +81,12 @@ std::optional<XmlImage> load(const std::string &path, const FileStamp &stamp) {
         return image;
     // It was made so soon after the last change that the next one may look the same.
     const std::int64_t now = std::time(nullptr);
-    const auto bytes = readFile(stamp.descriptor(), max_xml_size);
-    if (!bytes || hashOf(*bytes) != preface.hash)
+    if (hashOf(stamp.descriptor()) != preface.hash)
         return std::nullopt;
-    if (isSettled(preface.file, now)) {
-        preface.comparedAt = now;
-        save(path, preface, *image);
-    }
+    // Of everything in a snapshot this alone is ever written over; when that fails, the next
+    // reader compares once more.
+    if (isSettled(preface.file, now))
+        std::ignore = ::pwrite(file.get(), &now, sizeof now, offsetof(Preface, comparedAt));
     return image;
 }
 
@@ -84,7 +102,6 @@ std::optional<XmlFile> readXmlFile(const std::string &path, const std::string &s
         return XmlFile{std::move(*image), std::move(*stamp)};
 
     const std::int64_t now = std::time(nullptr);
-    ::lseek(stamp->descriptor(), 0, SEEK_SET);
     const auto bytes = readFile(stamp->descriptor(), max_xml_size);
     const auto document = bytes ? parseXml(*bytes, &fault) : std::nullopt;
     if (!document)
@@ -92,7 +109,10 @@ std::optional<XmlFile> readXmlFile(const std::string &path, const std::string &s
     XmlImage image(document->root);
     // Of a file that was written to meanwhile, the bytes may be of neither state.
     if (stamp->holds(path))
-        save(snapshotPath, {.file = stamp->identity(), .hash = hashOf(*bytes), .comparedAt = now},
+        save(snapshotPath,
+             {.file = stamp->identity(),
+              .hash = extendHash(hash_of_nothing, *bytes),
+              .comparedAt = now},
              image);
     return XmlFile{std::move(image), std::move(*stamp)};
 }

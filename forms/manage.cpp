@@ -66,6 +66,14 @@ void showUser(Engine &engine, ui::Table &table) {
         }
 }
 
+/// A row about a serial port: its number, its label where it has one of its own, and the rest.
+void portRow(const ConfigManager &config, ui::Table &table, unsigned number,
+             const std::string &text) {
+    const std::string name = "Port " + std::to_string(number);
+    const std::string label = portLabel(config, number);
+    table.labelledTextRow(name, (label == name ? "" : label + ", ") + text);
+}
+
 void showPorts(const ConfigManager &config, const Grants &grants, ui::Table &table) {
     table.titleRow("Your Serial Ports");
     bool any = false;
@@ -75,9 +83,7 @@ void showPorts(const ConfigManager &config, const Grants &grants, ui::Table &tab
             continue;
         any = true;
         const std::string speed = config.getElement(portReference(number) + ".speed");
-        table.labelledTextRow("Port " + std::to_string(number),
-                              portLabel(config, number) +
-                                  (speed.empty() ? ", not set up yet" : ", " + speed + " baud"));
+        portRow(config, table, number, speed.empty() ? "not set up yet" : speed + " baud");
     }
     if (!any)
         table.textRow("None yet: an administrator assigns ports to you or to your groups.");
@@ -106,8 +112,7 @@ void showDevices(const ConfigManager &config, ui::Table &table) {
         for (const Device &device : devices)
             if (device.type == type) {
                 any = true;
-                table.labelledTextRow("Port " + std::to_string(number),
-                                      portLabel(config, number) + ": " + device.name);
+                portRow(config, table, number, device.name);
             }
     }
     if (!any)

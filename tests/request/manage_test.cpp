@@ -31,7 +31,7 @@ TEST_F(Manage, ShowsEveryoneWhatIsTheirs) {
           "Router, 9600 baud", "&lt;UPS&gt;, not set up yet", "Only this one."},
          {outlets, devices, "Port 4", "Open every page"}},
         {"power users", {outlets, "Right rack"}, {ports, devices, "Left rack"}},
-        {"netgrp", {devices, "&lt;UPS&gt;: Uninterruptible power supply"}, {ports, outlets}},
+        {"netgrp", {devices, "&lt;UPS&gt;, Uninterruptible power supply"}, {ports, outlets}},
     };
     addUser("ann", {"pmshell"});
     for (const auto &row : rows) {

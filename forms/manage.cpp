@@ -41,17 +41,22 @@ class Grants {
             if (const auto group = users::recordNamed(config_, users::group_kind, name))
                 keys_.push_back(group->key);
     }
-    /// True when the flag, such as ".port3", is set for the user or for one of their groups.
-    bool has(const std::string &flag) const {
+    /// A port is given to a user or to a group, an outlet to a user alone.
+    bool hasPort(unsigned number) const {
+        const std::string flag = ".port" + std::to_string(number);
         return all_ || std::any_of(keys_.begin(), keys_.end(), [&](const std::string &key) {
                    return config_.getBoolean(key + flag);
                });
+    }
+    bool hasOutlet(unsigned number) const {
+        return all_ || (!keys_.empty() && config_.getBoolean(keys_.front() + ".power.outlet" +
+                                                             std::to_string(number)));
     }
 
   private:
     const ConfigManager &config_;
     bool all_;                      ///< an administrator has everything
-    std::vector<std::string> keys_; ///< records of the user and of their groups
+    std::vector<std::string> keys_; ///< records of the user, first, and of their groups
 };
 
 void showUser(Engine &engine, ui::Table &table) {
@@ -78,8 +83,7 @@ void showPorts(const ConfigManager &config, const Grants &grants, ui::Table &tab
     table.titleRow("Your Serial Ports");
     bool any = false;
     for (unsigned number = 1; number <= portCount(config); ++number) {
-        const std::string flag = ".port" + std::to_string(number);
-        if (!grants.has(flag))
+        if (!grants.hasPort(number))
             continue;
         any = true;
         const std::string speed = config.getElement(portReference(number) + ".speed");
@@ -93,10 +97,10 @@ void showOutlets(const ConfigManager &config, const Grants &grants, ui::Table &t
     table.titleRow("Your Power Outlets");
     bool any = false;
     for (const unsigned number : users::numbers(config, "config.power.outlets", "outlet")) {
-        const std::string text = std::to_string(number);
-        if (!grants.has(".power.outlet" + text))
+        if (!grants.hasOutlet(number))
             continue;
         any = true;
+        const std::string text = std::to_string(number);
         table.labelledTextRow("Outlet " + text,
                               config.getElement("config.power.outlets.outlet" + text + ".label"));
     }

@@ -15,7 +15,7 @@ TEST_F(Manage, ShowsEveryoneWhatIsTheirs) {
     configure("config.power.outlets.outlet2.label", "Right rack");
     configure("config.groups.group7.name", "power users");
     configure("config.groups.group7.roles.role1", "power");
-    configure("config.groups.group7.power.outlet2", "on");
+    configure("config.users.user1.power.outlet2", "on");
     configure("config.groups.group4.port2", "on"); // pmshell
     configure("config.users.user1.port3", "on");
     const std::string ports = "Your Serial Ports";

@@ -117,3 +117,24 @@ def test_narrow_screen(browser):
     assert content.get_property("scrollWidth") == content.get_property("clientWidth"), "ports wrap"
     browser.open("?form=users")
     assert browser.driver.execute_script("return document.documentElement.scrollWidth") == 360, "the list scrolls"
+
+
+def test_own_access(browser):
+    browser.log_in()
+    browser.open("?form=users&action=add&type=user")
+    for label in ("Username", "Password", "Confirm Password"):
+        browser.fill(label, "zoe")
+    tick(browser, "pmshell")
+    browser.one("input[name$='.port3']").click()
+    browser.submit("Apply")
+    log_out(browser)
+    browser.submit_login("zoe", "zoe")
+    browser.open()
+    assert browser.one("h1").text == "Manage: My Access"
+    assert "Your Serial Ports\nPort 3 " in browser.text().replace(" \n", "\n") and "Port 4" not in browser.text()
+    assert browser.complaints() == []
+    log_out(browser)
+    browser.log_in()
+    browser.open("?form=users")
+    follow(browser, "zoe", "Delete")
+    browser.submit("Delete")

@@ -67,4 +67,8 @@ bool Engine::isAuthorized(const std::string &formId) {
     return false;
 }
 
+bool Engine::isOffered(const NavLeaf &leaf) {
+    return checkLeaf(leaf, configManager_) && isAuthorized(leaf.id);
+}
+
 } // namespace zandorin

@@ -3,6 +3,7 @@
 #include "cgi/cgi.h"
 #include "engine/appliance_state.h"
 #include "ui/template_functions.h"
+#include "util/files.h"
 #include "util/log.h"
 #include "util/paths.h"
 
@@ -96,6 +97,15 @@ bool Engine::isFile(const std::string &path) {
 
 std::string Engine::getCurrentUsername() const {
     return session_.username().empty() ? "unknown" : session_.username();
+}
+
+const std::string &Engine::versionLine() {
+    constexpr std::size_t limit = 65536;
+    if (!versionLine_) {
+        const std::string text = readFile(appliancePath("/etc/version"), limit).value_or("");
+        versionLine_ = text.substr(0, text.find('\n'));
+    }
+    return *versionLine_;
 }
 
 void Engine::configuratorStarted(const std::string &name) {

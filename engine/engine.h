@@ -7,6 +7,7 @@
 #include "platform/libzdsupport/roles.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -44,6 +45,9 @@ class Engine : public ConfigManagerListener {
     const std::string &formArgs() const { return formArgs_; }
     FormElements &elements() { return elements_; }
     bool debugMode() const { return debugMode_; }
+    /// The first line of /etc/version, such as "Zandorin/HX9016 Version 1.0.0 2fa1c0de", without
+    /// its line end; "" when there is none. Read when it is asked for first.
+    const std::string &versionLine();
 
     /// Declares an element of the form; a name that is declared already is reported as an error of
     /// the request and stays as it was.
@@ -67,6 +71,10 @@ class Engine : public ConfigManagerListener {
     /// True when the session's user may open the form; "" means this request's form. Reasons for a
     /// refusal are logged.
     bool isAuthorized(const std::string &formId);
+
+    /// True when the page of this leaf is to be offered to the session's user: its condition holds,
+    /// and the user may open it.
+    bool isOffered(const NavLeaf &leaf);
 
     /// True when a submitted value fits the element's type; otherwise an error of the request says
     /// why. For forms whose fields are no elements. A password's value is shown nowhere.
@@ -116,6 +124,7 @@ class Engine : public ConfigManagerListener {
     bool authorized_ = false;
     bool forceSubmit_ = false;
     bool debugMode_ = false;
+    std::optional<std::string> versionLine_;
 };
 
 } // namespace zandorin

@@ -92,6 +92,18 @@ gid_t groupId(std::string_view line) {
     return number(id.substr(0, id.find(':'))).value_or(0);
 }
 
+bool hasGroup(const std::vector<std::string> &lines, const std::string &name) {
+    return std::any_of(lines.begin(), lines.end(),
+                       [&](const std::string &line) { return isOf(line, name); });
+}
+
+bool addGroupLine(std::vector<std::string> &lines, const std::string &name, gid_t gid) {
+    if (hasGroup(lines, name))
+        return false;
+    lines.push_back(name + ":x:" + std::to_string(gid) + ":");
+    return true;
+}
+
 /// Has `edit` change the lines of the group file under the lock; it answers whether it did.
 template <typename Edit> bool editGroups(Edit edit) {
     const UniqueFd lock = lockAccounts();
@@ -108,11 +120,11 @@ template <typename Edit> bool editGroups(Edit edit) {
 
 } // namespace
 
-bool AccountFile::open() {
+bool AccountFile::open(bool mayBeMissing) {
     lock_ = lockAccounts();
     if (!lock_)
         return false;
-    if (read())
+    if (read() || (mayBeMissing && errno == ENOENT))
         return true;
     logRecord(Priority::fatal, "Failed to open: %s", passwd_path);
     return false;
@@ -164,12 +176,19 @@ bool AccountFile::save() const {
 }
 
 bool addGroup(const std::string &name, gid_t gid) {
+    return editGroups(
+        [&](std::vector<std::string> &lines) { return addGroupLine(lines, name, gid); });
+}
+
+bool addFreeGroup(const std::string &name, gid_t first) {
     return editGroups([&](std::vector<std::string> &lines) {
-        if (std::any_of(lines.begin(), lines.end(),
-                        [&](const std::string &line) { return isOf(line, name); }))
-            return false;
-        lines.push_back(name + ":x:" + std::to_string(gid) + ":");
-        return true;
+        std::set<gid_t> used;
+        for (const std::string &line : lines)
+            used.insert(groupId(line));
+        gid_t gid = first;
+        while (used.count(gid) != 0)
+            ++gid;
+        return addGroupLine(lines, name, gid);
     });
 }
 
@@ -180,7 +199,10 @@ bool renameGroup(const std::string &name, const std::string &newName, gid_t syst
         });
         if (line == lines.end())
             return false;
-        line->replace(0, name.size(), newName);
+        if (hasGroup(lines, newName))
+            lines.erase(line);
+        else
+            line->replace(0, name.size(), newName);
         return true;
     });
 }
@@ -191,15 +213,6 @@ bool removeGroup(const std::string &name, gid_t system) {
                    return isOf(line, name) && groupId(line) > system;
                }) != 0;
     });
-}
-
-gid_t freeGroupId(gid_t first) {
-    std::set<gid_t> used;
-    for (const std::string &line : linesOf(readFile(appliancePath(group_path)).value_or("")))
-        used.insert(groupId(line));
-    while (used.count(first) != 0)
-        ++first;
-    return first;
 }
 
 } // namespace zandorin

@@ -26,8 +26,9 @@ struct Account {
 /// save(); or read() alone to look. A line that is no account, or is not changed, stays as it is.
 class AccountFile {
   public:
-    /// Takes the lock and reads. False, and a log record, when either failed.
-    bool open();
+    /// Takes the lock and reads; a file that is missing counts as empty when it may be. False, and
+    /// a log record, when either failed.
+    bool open(bool mayBeMissing = false);
     /// Reads without the lock. False when there is no such file.
     bool read();
 
@@ -52,12 +53,11 @@ class AccountFile {
 
 /// Adds a group without members unless it is there.
 bool addGroup(const std::string &name, gid_t gid);
+/// The same with the smallest id at or above `first` that no group has.
+bool addFreeGroup(const std::string &name, gid_t first);
 /// Gives the group another name, its id above `system` taken as the sign that it is no group of
-/// the system's own; true when there is none.
+/// the system's own; true when there is none. Where a group has that name already, it goes instead.
 bool renameGroup(const std::string &name, const std::string &newName, gid_t system);
 bool removeGroup(const std::string &name, gid_t system);
-
-/// The smallest id at or above `first` that no group has.
-gid_t freeGroupId(gid_t first);
 
 } // namespace zandorin

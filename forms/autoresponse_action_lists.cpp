@@ -112,11 +112,12 @@ void renderActions(Engine &engine, Cgi &cgi, const Command &command, unsigned re
         ui::Table table(cgi);
         table.open();
         table.titleRow(list.title);
-        headingRow(table, {"Delay Time", "Action Name", "Action Type", "Modify", "Delete"});
-        for (unsigned number = 1; number <= total; ++number)
-            actionRow(config, table, list, record, number);
         if (total == 0)
             table.textRow("No Actions Scheduled");
+        else
+            headingRow(table, {"Delay Time", "Action Name", "Action Type", "Modify", "Delete"});
+        for (unsigned number = 1; number <= total; ++number)
+            actionRow(config, table, list, record, number);
         table.close();
         cgi << "<br>";
         if (command.list == list.word && wantsPanel(engine, command, total)) {

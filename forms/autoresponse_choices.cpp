@@ -1,5 +1,6 @@
 #include "forms/autoresponse_choices.h"
 
+#include "forms/serial_ports.h"
 #include "framework/predicates.h"
 #include "platform/libzandorin/config_manager.h"
 
@@ -10,7 +11,6 @@ namespace zandorin::autoresponse {
 
 namespace {
 
-constexpr unsigned most_ports = 1024;
 constexpr unsigned most_outlets = 64;
 constexpr unsigned usual_outlets = 8; ///< of a power strip that does not say
 
@@ -51,19 +51,6 @@ void forDevices(const ConfigManager &config, std::string_view kind, Use use) {
 }
 
 } // namespace
-
-unsigned portCount(const ConfigManager &config) {
-    return std::min(config.getSerialPortCount(), most_ports);
-}
-
-std::string portReference(unsigned number) {
-    return "config.ports.port" + std::to_string(number);
-}
-
-std::string portLabel(const ConfigManager &config, unsigned number) {
-    const std::string label = config.getElement(portReference(number) + ".label");
-    return label.empty() ? "Port " + std::to_string(number) : label;
-}
 
 std::vector<ui::Option> interfaceChoices(const ConfigManager &config) {
     std::vector<ui::Option> choices;

@@ -69,11 +69,4 @@ std::vector<ui::Option> outletChoices(const ConfigManager &config); ///< <port>.
 std::vector<ui::Option> inputPinChoices(const ConfigManager &config);
 std::vector<ui::Option> outputPinChoices(const ConfigManager &config);
 
-/// Number of serial ports that pages show, bounded whatever the configuration says.
-unsigned portCount(const ConfigManager &config);
-/// "config.ports.port<number>".
-std::string portReference(unsigned number);
-/// The port's label, raw, or "Port <number>".
-std::string portLabel(const ConfigManager &config, unsigned number);
-
 } // namespace zandorin::autoresponse

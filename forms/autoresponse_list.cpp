@@ -18,29 +18,19 @@ constexpr const char *cell_class = "field-output";
 
 void renderRecords(Engine &engine, Cgi &cgi) {
     const ConfigManager &config = engine.config();
-    const unsigned count = countEntries(config, all_records);
-    ui::Table table(cgi);
-    table.open();
-    table.titleRow("Configured Auto-Responses");
-    headingRow(table, {"Name", "Check Type", "Status", "Modify", "Delete", "Cancel"});
-    unsigned number = 0;
-    for (const Report &report : readReports(count)) {
-        ++number;
+    const auto cells = [&](ui::Table &table, unsigned number, const Report &report) {
         const std::string keys = recordKey(number) + ".";
         const std::string amounts =
             shownAmounts(config, config.getElement(keys + "check_type"), keys);
-        table.openRow();
         textCell(table, recordName(config, number));
         textCell(table, checkTitle(config, number) + (amounts.empty() ? "" : " (" + amounts + ")"));
         textCell(table, report.status);
         table.unsafeCell(cell_class, ui::link(target("modify", number), "Modify"));
         table.unsafeCell(cell_class, ui::link(target("delete", number), "Delete"));
         table.unsafeCell(cell_class, ui::link(target("cancel", number), "Cancel"));
-        table.closeRow();
-    }
-    if (count == 0)
-        table.textRow("No auto-responses are configured.");
-    table.close();
+    };
+    recordTable(engine, cgi, "Configured Auto-Responses",
+                {"Name", "Check Type", "Status", "Modify", "Delete", "Cancel"}, cells);
     cgi << "<br>";
     ui::Form form(cgi, engine.formId());
     form.openForm("get", "new", "?");

@@ -2,6 +2,7 @@
 
 #include "forms/autoresponse_command.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,14 @@ void renderStatus(Engine &engine, Cgi &cgi);
 /// The two action lists of an auto-response.
 void renderActions(Engine &engine, Cgi &cgi, const Command &command, unsigned record);
 
+/// What the service last reported of an auto-response.
+struct Report {
+    std::string status = "Normal";
+    std::string subject = ""; ///< device or property
+    std::string value = "";   ///< event or measured value
+    std::string user = "";    ///< user or device name
+};
+
 // Pieces that the pages share. Texts are raw.
 
 /// The page's address, with an action and what follows it when given.
@@ -34,6 +43,10 @@ std::string recordName(const ConfigManager &config, unsigned record);
 std::string checkTitle(const ConfigManager &config, unsigned record);
 /// One cell of a list.
 void textCell(ui::Table &table, const std::string &text);
+/// The table of all auto-responses: `cells` writes those of one row.
+void recordTable(Engine &engine, Cgi &cgi, const std::string &title,
+                 const std::vector<std::string> &headings,
+                 const std::function<void(ui::Table &, unsigned number, const Report &)> &cells);
 /// A row of column headings.
 void headingRow(ui::Table &table, const std::vector<std::string> &titles);
 /// A row of label and input for each field.
@@ -54,13 +67,6 @@ struct TypeMenu {
 void typeMenuRow(Engine &engine, Cgi &cgi, ui::Table &table, const TypeMenu &menu,
                  const Place &place);
 
-/// What the service last reported of an auto-response.
-struct Report {
-    std::string status = "Normal";
-    std::string subject = ""; ///< device or property
-    std::string value = "";   ///< event or measured value
-    std::string user = "";    ///< user or device name
-};
 /// One for each of `count` auto-responses in their order, from /var/run/autoresponse.status
 /// (docs/autoresponse.md). What it does not name is "Normal".
 std::vector<Report> readReports(unsigned count);

@@ -41,6 +41,25 @@ void headingRow(ui::Table &table, const std::vector<std::string> &titles) {
     table.closeRow();
 }
 
+void recordTable(Engine &engine, Cgi &cgi, const std::string &title,
+                 const std::vector<std::string> &headings,
+                 const std::function<void(ui::Table &, unsigned, const Report &)> &cells) {
+    const unsigned count = countEntries(engine.config(), all_records);
+    ui::Table table(cgi);
+    table.open();
+    table.titleRow(title);
+    headingRow(table, headings);
+    unsigned number = 0;
+    for (const Report &report : readReports(count)) {
+        table.openRow();
+        cells(table, ++number, report);
+        table.closeRow();
+    }
+    if (count == 0)
+        table.textRow("No auto-responses are configured.");
+    table.close();
+}
+
 void fieldRows(Engine &engine, Cgi &cgi, ui::Table &table, std::span<const Field> fields,
                const Place &place) {
     for (const Field &field : fields)

@@ -2,9 +2,9 @@
 
 #include "cgi/cgi.h"
 #include "engine/engine.h"
-#include "forms/autoresponse_choices.h"
 #include "forms/autoresponse_records.h"
 #include "forms/autoresponse_settings.h"
+#include "forms/serial_ports.h"
 #include "ui/escape.h"
 #include "util/files.h"
 #include "util/log.h"

@@ -58,26 +58,17 @@ std::vector<Report> readReports(unsigned count) {
 
 void renderStatus(Engine &engine, Cgi &cgi) {
     const ConfigManager &config = engine.config();
-    const unsigned count = countEntries(config, all_records);
-    ui::Table table(cgi);
-    table.open();
-    table.titleRow("Auto-Responses");
-    headingRow(table, {"Name", "Type", "Checked Device/Property", "Event/Measured Value",
-                       "User/Device Name", "Status"});
-    unsigned number = 0;
-    for (const Report &report : readReports(count)) {
-        ++number;
-        table.openRow();
+    const auto cells = [&](ui::Table &table, unsigned number, const Report &report) {
         for (const std::string &text :
              {recordName(config, number), checkTitle(config, number),
               report.subject.empty() ? subjectOf(config, recordKey(number)) : report.subject,
               report.value, report.user, report.status})
             textCell(table, text);
-        table.closeRow();
-    }
-    if (count == 0)
-        table.textRow("No auto-responses are configured.");
-    table.close();
+    };
+    recordTable(engine, cgi, "Auto-Responses",
+                {"Name", "Type", "Checked Device/Property", "Event/Measured Value",
+                 "User/Device Name", "Status"},
+                cells);
 }
 
 } // namespace zandorin::autoresponse

@@ -2,6 +2,7 @@
 
 #include "cgi/cgi.h"
 #include "engine/engine.h"
+#include "forms/serial_ports.h"
 #include "framework/formlet.h"
 #include "ui/escape.h"
 #include "ui/markup.h"
@@ -50,11 +51,10 @@ std::string portChoices(Engine &engine) {
         return ui::link("?form=" + engine.formId() + "&port=" + name, label);
     };
     std::string html = choice("console", "Console");
-    const unsigned ports = engine.config().getSerialPortCount();
+    const unsigned ports = portCount(engine.config());
     for (unsigned number = 1; number <= ports; ++number) {
         const std::string name = "port" + std::to_string(number);
-        const std::string label = engine.config().getElement("config.ports." + name + ".label");
-        html += ", " + choice(name, label.empty() ? name : label);
+        html += ", " + choice(name, portLabel(engine.config(), number));
     }
     return html + "<input type=\"hidden\"" + ui::attribute("name", "port") +
            ui::attribute("value", current) + ">";

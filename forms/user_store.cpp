@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <limits>
 #include <set>
 
 #include <fcntl.h>
@@ -25,6 +26,7 @@ namespace {
 
 constexpr gid_t users_group = 1000;
 constexpr uid_t first_uid = 1000;
+constexpr uid_t last_uid = std::numeric_limits<uid_t>::max() - 1; // the largest means "none"
 constexpr const char *homes = "/etc/config/users";
 constexpr const char *shell = "/bin/bash";
 constexpr const char *disabled_shell = "/bin/false";
@@ -40,24 +42,24 @@ std::string hashFor(const std::string &password) {
     return password.empty() ? no_password : user_hashpassword(password);
 }
 
-void makeOwnedFolder(const std::string &path, uid_t owner) {
+void makeOwnedFolder(const std::string &path, const Account &owner) {
     if (::mkdir(appliancePath(path).c_str(), 0755) != 0 && errno != EEXIST)
         logRecord(Priority::error, "Failed to make: %s: %s", path.c_str(), std::strerror(errno));
     // Whatever a user may have put in the place of a folder of theirs, nothing else is given away.
     const UniqueFd folder(
         ::open(appliancePath(path).c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     // In development nobody but root can give a folder away.
-    if (!folder || ::fchown(folder.get(), owner, users_group) != 0)
+    if (!folder || ::fchown(folder.get(), owner.uid, owner.gid) != 0)
         logRecord(Priority::debug, "Failed to give away: %s: %s", path.c_str(),
                   std::strerror(errno));
 }
 
-void makeHome(const std::string &name, uid_t owner) {
+void makeHome(const Account &account) {
     const mode_t before = ::umask(0);
     if (::mkdir(appliancePath(homes).c_str(), 0755) != 0 && errno != EEXIST)
         logRecord(Priority::error, "Failed to make: %s: %s", homes, std::strerror(errno));
-    makeOwnedFolder(homeOf(name), owner);
-    makeOwnedFolder(homeOf(name) + "/.ssh", owner);
+    makeOwnedFolder(account.home, account);
+    makeOwnedFolder(account.home + "/.ssh", account);
     ::umask(before);
 }
 
@@ -78,7 +80,8 @@ uid_t freeUid(const AccountFile &accounts) {
         return first_uid;
     uid_t candidate = *used.begin();
     while (used.count(candidate) != 0)
-        ++candidate;
+        // Behind the largest comes no id but root's: the lowest free one, then.
+        candidate = candidate >= last_uid ? first_uid : candidate + 1;
     return candidate;
 }
 
@@ -112,17 +115,19 @@ bool isNameFree(const AccountFile &accounts, const std::string &name) {
     return false;
 }
 
-/// Sees to it that an account's home folder is where it should be: moved there from that of its old
-/// name, or made anew.
-void provideHome(const std::string &oldName, const Account &account) {
-    if (account.home != homeOf(account.name) || isThere(account.home))
-        return;
+/// Sees to it that an account's home folder is where it should be, moved there from that of its old
+/// name, and whole. False when it could not be moved; it is then still where it was.
+bool provideHome(const std::string &oldName, const Account &account) {
+    if (account.home != homeOf(account.name))
+        return true;
     const std::string from = homeOf(oldName);
-    if (oldName != account.name && moveFile(appliancePath(from), appliancePath(account.home)))
-        return;
-    if (oldName != account.name)
+    if (!isThere(account.home) && isThere(from) &&
+        !moveFile(appliancePath(from), appliancePath(account.home))) {
         logRecord(Priority::error, "Failed to move: %s: %s", from.c_str(), std::strerror(errno));
-    makeHome(account.name, account.uid);
+        return false;
+    }
+    makeHome(account);
+    return true;
 }
 
 /// The account of `name`. When it is to be renamed and has the new name already, that one: a crash
@@ -199,9 +204,9 @@ int user_addgroup(const std::string &name, gid_t gid) {
     return acceptable(name) && addGroup(name, gid) ? 0 : -1;
 }
 
-gid_t user_getfreegid() {
+int user_addgroup(const std::string &name) {
     ZANDORIN_TRACE();
-    return freeGroupId(users_group + 1);
+    return acceptable(name) && addFreeGroup(name, users_group + 1) ? 0 : -1;
 }
 
 int user_renamegroup(const std::string &name, const std::string &newName) {
@@ -221,7 +226,7 @@ int user_adduser(const std::string &name, const std::string &password,
     if (!acceptable(name, description))
         return -1;
     AccountFile accounts;
-    if (!accounts.open())
+    if (!accounts.open(true))
         return -1;
     if (accounts.find(name)) {
         logRecord(Priority::error, "Account exists: %s", name.c_str());
@@ -239,7 +244,7 @@ int user_adduser(const std::string &name, const std::string &password,
     accounts.add(account);
     if (!accounts.save())
         return -1;
-    makeHome(name, account.uid);
+    makeHome(account);
     return 0;
 }
 
@@ -267,10 +272,7 @@ int user_changeuser(const std::string &name, const AccountChange &change) {
     if (change.enabled)
         setEnabled(*account, *change.enabled);
     accounts.set(before, *account);
-    if (!accounts.save())
-        return -1;
-    provideHome(name, *account);
-    return 0;
+    return accounts.save() && provideHome(name, *account) ? 0 : -1;
 }
 
 int user_setuser(const std::string &name, const std::string &password,

@@ -39,9 +39,8 @@ uid_t user_getfreeuid();
 
 /// Adds a group without members; one of that name is left as it is, and that is a success.
 int user_addgroup(const std::string &name, gid_t gid);
-
-/// The smallest id above 1000, the group of all accounts made here, that no group has.
-gid_t user_getfreegid();
+/// The same with the smallest free id above 1000, which is the group of all accounts made here.
+int user_addgroup(const std::string &name);
 
 /// Gives a group another name, or removes it. Groups with ids up to 1000 are the system's and are
 /// left alone; that one, or none of that name, is a success.
@@ -65,9 +64,10 @@ struct AccountChange {
 };
 
 /// Changes an account in one step: a reader sees the old line or the new one. Ids stay; a home
-/// folder that is missing is made. Fails when there is no such account, or a new name is taken. A
-/// rename that a crash interrupted can be done again: with no account of the old name, one of the
-/// new name is changed, and its home folder moved if that still has the old name.
+/// folder that is missing, or half made, is made whole. Fails when there is no such account, or a
+/// new name is taken. A rename that a crash or a failure interrupted can be done again: with no
+/// account of the old name, one of the new name is changed, and its home folder moved if that still
+/// has the old name.
 int user_changeuser(const std::string &name, const AccountChange &change);
 
 // Changes of one kind.

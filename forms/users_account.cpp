@@ -6,10 +6,12 @@
 #include "forms/user_store.h"
 #include "forms/users_form.h"
 #include "ui/inputs.h"
+#include "util/exception.h"
 #include "util/log.h"
 #include "util/strings.h"
 
 #include <algorithm>
+#include <cerrno>
 
 namespace zandorin::users {
 
@@ -41,8 +43,12 @@ bool isLocal(const ConfigManager &config) {
 } // namespace
 
 std::optional<Account> accountNamed(const std::string &name) {
+    if (name.empty())
+        return std::nullopt;
     AccountFile accounts;
-    return accounts.read() ? accounts.find(name) : std::nullopt;
+    if (!accounts.read() && errno != ENOENT)
+        throw utilities::Exception("The login accounts can not be read.");
+    return accounts.find(name);
 }
 
 bool isOwn(const Account &account) {
@@ -60,7 +66,10 @@ std::optional<std::string> submittedPassword(const RecordForm &form, const std::
     Cgi &cgi = form.cgi();
     std::string password = form.value(".password", password_limit);
     const bool repeated = password == form.value(".confirm", password_limit);
-    const bool isStored = hasPassword(form.record().name);
+    // Under the new name, where renaming the account was done before and something failed after it.
+    const std::string &oldName = form.record().name;
+    const bool isStored =
+        oldName.empty() || accountNamed(oldName) ? hasPassword(oldName) : hasPassword(name);
     const bool unchanged = isStored && password == ui::password_placeholder;
     if (!isStored && password == ui::password_placeholder)
         password.clear();

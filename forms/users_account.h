@@ -13,6 +13,8 @@ class RecordForm;
 /// A user whose groups and password are not this page's business.
 inline constexpr const char *root_name = "root";
 
+/// Throws utilities::Exception when the account file is there and cannot be read: what looks like
+/// no account must not be taken for one that is missing.
 std::optional<Account> accountNamed(const std::string &name);
 
 /// True for an account of the console: made by this page, or one like it. Others are the system's.

@@ -49,7 +49,8 @@ void removeUser(Engine &engine, Cgi &cgi, const Record &record) {
     if (!mayTouch(engine, cgi, record, "delete"))
         return;
     removeRecord(engine.config(), user_kind, record.index);
-    if (accountNamed(record.name) && user_deluser(record.name) != 0) {
+    // Without an account there may still be its home folder: a deletion may have been interrupted.
+    if (user_isname(record.name) && user_deluser(record.name) != 0) {
         dropChanges(engine, cgi, "The user's login account could not be deleted.");
         return;
     }

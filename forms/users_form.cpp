@@ -2,13 +2,14 @@
 
 #include "cgi/cgi.h"
 #include "engine/engine.h"
+#include "forms/serial_ports.h"
 #include "ui/escape.h"
 #include "ui/form.h"
 #include "ui/inputs.h"
+#include "ui/markup.h"
 #include "ui/table.h"
 #include "util/strings.h"
 
-#include <algorithm>
 #include <string_view>
 
 namespace zandorin::users {
@@ -16,14 +17,9 @@ namespace zandorin::users {
 namespace {
 
 constexpr std::string_view boolean = "boolean";
-constexpr unsigned most_ports = 1000;
 
 bool isBox(const Field &field) {
     return field.type == boolean;
-}
-
-unsigned portCount(const ConfigManager &config) {
-    return std::min(config.getSerialPortCount(), most_ports);
 }
 
 } // namespace
@@ -51,6 +47,12 @@ void closeTaskForm(ui::Form &form, const std::string &action, const Kind &kind,
     form.hiddenInput("index", std::to_string(record.index));
     form.hiddenInput("opened", record.name);
     form.closeForm();
+}
+
+std::string labelledBox(const std::string &name, bool checked, const std::string &text,
+                        const std::string &title, bool fixed) {
+    return "<label>" + ui::checkInput(name, checked, fixed) + "<span" +
+           ui::optionalAttribute("title", title) + ">" + escapeXmlText(text) + "</span></label>";
 }
 
 std::string RecordForm::value(const char *key, int maxlength) const {
@@ -112,13 +114,10 @@ void RecordForm::showPorts(ui::Table &table, const char *help) const {
     const std::string prefix = record_.key + ".port";
     std::vector<ui::PortChoice> ports;
     for (unsigned number = 1; number <= portCount(engine_.config()); ++number) {
-        const std::string text = std::to_string(number);
-        const std::string label =
-            engine_.config().getElement("config.ports.port" + text + ".label");
-        ports.push_back(
-            {.number = number,
-             .label = label.empty() ? "Port " + text : label,
-             .checked = isTicked(prefix + text, engine_.config().getBoolean(prefix + text))});
+        const std::string name = prefix + std::to_string(number);
+        ports.push_back({.number = number,
+                         .label = portLabel(engine_.config(), number),
+                         .checked = isTicked(name, engine_.config().getBoolean(name))});
     }
     if (!ports.empty())
         table.inputRow("Serial Ports", help + ui::getPortCheckboxes(prefix, ports));

@@ -45,6 +45,20 @@ struct Field {
     int maxlength = 255;   ///< bytes
 };
 
+// What both kinds of record begin with.
+constexpr Field nameField(const char *label, const Kind &kind, const char *type, const char *help) {
+    constexpr int longest = 64;
+    return {
+        .label = label, .key = kind.nameField, .type = type, .help = help, .maxlength = longest};
+}
+constexpr Field descriptionField(const char *help = "") {
+    return {.label = "Description", .key = ".description", .type = "printable", .help = help};
+}
+
+/// A check box with its text, raw, which shows `title` when it is pointed at; one of several.
+std::string labelledBox(const std::string &name, bool checked, const std::string &text,
+                        const std::string &title = "", bool fixed = false);
+
 /// Reads, checks, saves and shows the fields of one record.
 class RecordForm {
   public:

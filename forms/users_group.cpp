@@ -4,10 +4,7 @@
 #include "forms/users_form.h"
 #include "forms/users_pages.h"
 #include "platform/libzdsupport/roles.h"
-#include "ui/escape.h"
 #include "ui/form.h"
-#include "ui/inputs.h"
-#include "ui/markup.h"
 #include "ui/table.h"
 
 #include <algorithm>
@@ -18,19 +15,9 @@ namespace zandorin::users {
 
 namespace {
 
-constexpr Field name_field = {
-    .label = "Group Name",
-    .key = ".name",
-    .type = "groupposix",
-    .help = "Letters, digits, \".\", \"_\" and \"-\".",
-    .maxlength = 64,
-};
-
-constexpr Field description_field = {
-    .label = "Description",
-    .key = ".description",
-    .type = "printable",
-};
+constexpr Field name_field =
+    nameField("Group Name", group_kind, "groupposix", "Letters, digits, \".\", \"_\" and \"-\".");
+constexpr Field description_field = descriptionField();
 
 std::string roleField(const std::string &role) {
     return "role." + role;
@@ -49,10 +36,8 @@ std::string roleBoxes(const RecordForm &form) {
         // What a group has without a record of it cannot be taken from it.
         const bool fixed = roles_has(all.get(), role->name) && !isStored(role->name);
         const bool checked = fixed || form.isTicked(roleField(role->name), isStored(role->name));
-        html += std::string(html.empty() ? "" : "<br>") + "<label>" +
-                ui::checkInput(roleField(role->name), checked, fixed) + "<span" +
-                ui::attribute("title", role->description) + ">" + escapeXmlText(role->name) +
-                "</span></label>";
+        html += (html.empty() ? "" : "<br>") +
+                labelledBox(roleField(role->name), checked, role->name, role->description, fixed);
     }
     return html;
 }
@@ -120,8 +105,7 @@ void saveGroup(const RecordForm &form) {
     writeTotal(config, group_kind);
     if (!form.isNew() && name != oldName)
         renameInUsers(config, oldName, name);
-    if ((!form.isNew() && user_renamegroup(oldName, name) != 0) ||
-        user_addgroup(name, user_getfreegid()) != 0) {
+    if ((!form.isNew() && user_renamegroup(oldName, name) != 0) || user_addgroup(name) != 0) {
         dropChanges(engine, form.cgi(), "The group could not be changed.");
         return;
     }

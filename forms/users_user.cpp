@@ -6,7 +6,6 @@
 #include "forms/users_form.h"
 #include "forms/users_keys.h"
 #include "forms/users_pages.h"
-#include "ui/escape.h"
 #include "ui/form.h"
 #include "ui/inputs.h"
 #include "ui/markup.h"
@@ -21,20 +20,10 @@ namespace zandorin::users {
 
 namespace {
 
-constexpr Field name_field = {
-    .label = "Username",
-    .key = ".username",
-    .type = "username",
-    .help = "Letters, digits, \".\", \"_\", \"-\" and \"@\".",
-    .maxlength = 64,
-};
-
-constexpr Field description_field = {
-    .label = "Description",
-    .key = ".description",
-    .type = "printable",
-    .help = "Who this is; stands in the login account too.",
-};
+constexpr Field name_field =
+    nameField("Username", user_kind, "username", "Letters, digits, \".\", \"_\", \"-\" and \"@\".");
+constexpr Field description_field =
+    descriptionField("Who this is; stands in the login account too.");
 
 constexpr Field disabled_field = {
     .label = "Disabled",
@@ -114,10 +103,8 @@ std::string groupBoxes(const RecordForm &form) {
         const std::string description =
             record ? config.getElement(record->key + ".description") : "";
         const bool checked = std::find(ticked.begin(), ticked.end(), name) != ticked.end();
-        html += std::string(html.empty() ? "" : "<br>") + "<label>" +
-                ui::checkInput(groupField(name), checked) + "<span" +
-                ui::optionalAttribute("title", description) + ">" + escapeXmlText(name) +
-                "</span></label>";
+        html += (html.empty() ? "" : "<br>") +
+                labelledBox(groupField(name), checked, name, description);
     }
     return html;
 }
@@ -130,9 +117,9 @@ std::string outletBoxes(const RecordForm &form) {
         const std::string label =
             config.getElement(std::string(outlet_list) + "." + outlet_word + text + ".label");
         const std::string name = form.record().key + ".power.outlet" + text;
-        html += std::string(html.empty() ? "" : "<br>") + "<label>" +
-                ui::checkInput(name, form.isTicked(name, config.getBoolean(name))) +
-                escapeXmlText(label.empty() ? "Outlet " + text : label) + "</label>";
+        html += (html.empty() ? "" : "<br>") +
+                labelledBox(name, form.isTicked(name, config.getBoolean(name)),
+                            label.empty() ? "Outlet " + text : label);
     }
     return html;
 }

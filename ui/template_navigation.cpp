@@ -16,10 +16,6 @@ namespace zandorin::ui {
 
 namespace {
 
-bool isOffered(Engine &engine, const NavLeaf &leaf) {
-    return checkLeaf(leaf, engine.config()) && engine.isAuthorized(leaf.id);
-}
-
 std::string formLink(const NavLeaf &leaf) {
     return "?form=" + leaf.id;
 }
@@ -59,7 +55,7 @@ std::string getNavPanel(Engine &engine, const Arguments &) {
     for (std::size_t i = 0; i < branches.size(); ++i) {
         std::string entries;
         for (const NavLeaf &leaf : branches[i].leaves)
-            if (!leaf.hidden && isOffered(engine, leaf))
+            if (!leaf.hidden && engine.isOffered(leaf))
                 entries += panelEntry(leaf);
         // A branch with nothing in it for this user would only be a heading.
         if (!entries.empty())
@@ -76,7 +72,7 @@ std::string getShortcuts(Engine &engine, const Arguments &) {
     std::vector<const NavLeaf *> leaves;
     for (const NavBranch &branch : engine.navTree().branches())
         for (const NavLeaf &leaf : branch.leaves)
-            if (!leaf.shortcut.empty() && isOffered(engine, leaf))
+            if (!leaf.shortcut.empty() && engine.isOffered(leaf))
                 leaves.push_back(&leaf);
     std::stable_sort(leaves.begin(), leaves.end(), [](const NavLeaf *a, const NavLeaf *b) {
         return a->shortcutPrecedence < b->shortcutPrecedence;

@@ -21,13 +21,6 @@ namespace {
 
 constexpr std::size_t small_file = 65536;
 
-/// The first line of /etc/version, such as "Zandorin/HX9016 Version 1.0.0 2fa1c0de", without its
-/// line end; "" when there is none.
-std::string versionLine() {
-    const std::string text = readFile(appliancePath("/etc/version"), small_file).value_or("");
-    return text.substr(0, text.find('\n'));
-}
-
 /// What follows the first blank; none, that is "", when there is no blank or hardly anything
 /// behind it.
 std::string afterBlank(const std::string &text) {
@@ -37,8 +30,8 @@ std::string afterBlank(const std::string &text) {
 
 } // namespace
 
-std::string getFirmwareVersion(Engine &, const Arguments &) {
-    const std::string rest = afterBlank(afterBlank(versionLine()));
+std::string getFirmwareVersion(Engine &engine, const Arguments &) {
+    const std::string rest = afterBlank(afterBlank(engine.versionLine()));
     const auto blank = rest.find(' ');
     return blank == std::string::npos ? "Unknown" : encodeSafe(rest.substr(0, blank));
 }
@@ -61,7 +54,7 @@ std::string getModel(Engine &engine, const Arguments &) {
     const std::string stored = engine.config().getElement("config.system.model");
     if (!stored.empty())
         return encodeSafe(stored);
-    const std::string line = versionLine();
+    const std::string &line = engine.versionLine();
     const auto slash = line.find('/');
     const auto blank = line.find(' ');
     // As unsigned positions, so that a missing blank counts as far away and a missing slash as

@@ -11,7 +11,7 @@ from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.utils import is_connectable
-from selenium.webdriver.support.ui import WebDriverWait
+from selenium.webdriver.support.ui import Select, WebDriverWait
 
 PROJECT = Path(__file__).resolve().parents[2]
 START_SECONDS = 20
@@ -89,9 +89,31 @@ class Browser:
 
     def press(self, selector):
         """Presses a button and waits for the page that answers it."""
-        button = self.one(selector)
-        button.click()
-        WebDriverWait(self.driver, PAGE_SECONDS).until(lambda _: is_gone(button))
+        self.follow(self.one(selector))
+
+    def submit(self, label):
+        """The same by the button's text."""
+        self.press(f"main input[type=submit][value='{label}']")
+
+    def follow(self, element):
+        """Clicks what leads to another page, and waits for it."""
+        element.click()
+        WebDriverWait(self.driver, PAGE_SECONDS).until(lambda _: is_gone(element))
+
+    def row(self, label):
+        """The cell beside the first row of that label."""
+        for cell in self.all("td.field-label"):
+            if cell.text.strip() == label:
+                return cell.find_element("xpath", "following-sibling::td")
+        raise AssertionError(f"no row {label}")
+
+    def fill(self, label, value):
+        """Enters a value by the label beside it: a text, a choice, or True to check a box."""
+        enter(field(self.row(label)), value)
+
+    def enter(self, name, value):
+        """The same by the end of the field's name."""
+        enter(self.one(f"[name$='{name}']"), value)
 
     def complaints(self):
         """What the browser refused or missed on the pages so far: files, policies, scripts."""
@@ -107,6 +129,23 @@ class Driver(Service):
 
     def is_connectable(self):
         return is_connectable(self.port, "127.0.0.1")
+
+
+def field(cell):
+    """Of an unsafe input the one for a new value, not its box."""
+    return cell.find_elements("css selector", "input:not([name$='.delete']), select, textarea")[0]
+
+
+def enter(target, value):
+    if value is True:
+        if not target.is_selected():
+            target.click()
+    elif target.tag_name == "select":
+        Select(target).select_by_visible_text(value)
+    else:
+        if target.get_attribute("type") != "file":
+            target.clear()
+        target.send_keys(value)
 
 
 def is_gone(element):

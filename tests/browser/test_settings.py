@@ -2,6 +2,8 @@
 import pytest
 from selenium.webdriver.support.ui import Select
 
+from conftest import field
+
 PASSWORD = "otter & <heron>"
 
 # Page, what is filled in by the label beside it (True: a box is checked), what is stored for it besides a password.
@@ -29,33 +31,8 @@ PAGES = {
 }
 
 
-def row(browser, label):
-    """The cell beside the first row of that label."""
-    for cell in browser.all("td.field-label"):
-        if cell.text.strip() == label:
-            return cell.find_element("xpath", "following-sibling::td")
-    raise AssertionError(f"no row {label}")
-
-
-def field(cell):
-    """Of an unsafe input the one for a new value, not its box."""
-    return cell.find_elements("css selector", "input:not([name$='.delete']), select, textarea")[0]
-
-
-def fill_in(browser, label, value):
-    target = field(row(browser, label))
-    if value is True:
-        if not target.is_selected():
-            target.click()
-    elif target.tag_name == "select":
-        Select(target).select_by_visible_text(value)
-    else:
-        target.clear()
-        target.send_keys(value)
-
-
 def shown(browser, label):
-    cell = row(browser, label)
+    cell = browser.row(label)
     target = field(cell)
     if target.get_attribute("type") == "checkbox":
         return target.is_selected()
@@ -65,17 +42,13 @@ def shown(browser, label):
     return current[0].text if current else target.get_attribute("value")
 
 
-def apply(browser, label="Apply"):
-    browser.press(f"input[type=submit][value='{label}']")
-
-
 @pytest.mark.parametrize("page", PAGES)
 def test_settings_are_kept(browser, page):
     browser.log_in()
     browser.one(f"#related-links a[href='?form={page}']").click()
     for label, value in PAGES[page]:
-        fill_in(browser, label, value)
-    apply(browser)
+        browser.fill(label, value)
+    browser.submit("Apply")
     assert browser.one(".info-message").text == "Message Changes to configuration succeeded."
     browser.open(f"?form={page}")
     assert [(label, shown(browser, label)) for label, _ in PAGES[page]] == [
@@ -88,15 +61,15 @@ def test_refused_settings_stand_to_be_mended(browser):
     browser.log_in()
     browser.open("?form=dialin")
     browser.link("Port 3").click()
-    fill_in(browser, "Enable Dial-In", True)
-    fill_in(browser, "Local Address", "10.1.1.1")
-    fill_in(browser, "Modem Initialization", "AT&C1")
-    apply(browser)
+    browser.fill("Enable Dial-In", True)
+    browser.fill("Local Address", "10.1.1.1")
+    browser.fill("Modem Initialization", "AT&C1")
+    browser.submit("Apply")
     assert "Dial-In configuration requires a Remote Address" in browser.text()
     assert shown(browser, "Enable Dial-In") and shown(browser, "Local Address") == "10.1.1.1"
-    assert field(row(browser, "Modem Initialization")).get_attribute("value") == "AT&C1"
-    fill_in(browser, "Remote Address", "10.1.1.2")
-    apply(browser)
+    assert field(browser.row("Modem Initialization")).get_attribute("value") == "AT&C1"
+    browser.fill("Remote Address", "10.1.1.2")
+    browser.submit("Apply")
     assert shown(browser, "Remote Address") == "10.1.1.2" and shown(browser, "Modem Initialization") == "AT&C1"
 
     # Of this port alone.
@@ -110,7 +83,7 @@ def test_clock(browser):
     browser.open("?form=time")
     for name, value in (("year", "2031"), ("month", "4"), ("day", "30"), ("hour", "23"), ("minute", "59")):
         Select(browser.one(f"select[name='time.{name}']")).select_by_visible_text(value)
-    apply(browser, "Set Clock")
+    browser.submit("Set Clock")
     # The machine that the console is tested on keeps its own time.
     assert "Failed to set system time: Operation not permitted" in browser.text()
     assert Select(browser.one("select[name='time.year']")).first_selected_option.text == "2031"

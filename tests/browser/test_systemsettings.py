@@ -10,12 +10,6 @@ def stored(appliance, key):
     return None if node is None else node.text
 
 
-def fill(browser, name, text):
-    field = browser.one(f"[name='{name}']")
-    field.clear()
-    field.send_keys(text)
-
-
 def submit(browser, button="form[name=systemsettings] input[type=submit]"):
     browser.press(button)
     return browser.text()
@@ -32,8 +26,8 @@ def becomes(question):
 def test_system_name(browser, appliance):
     browser.log_in()
     browser.open("?form=systemsettings")
-    fill(browser, "config.system.name", "rack-7.example.org")
-    fill(browser, "config.system.description", "North room, row 3")
+    browser.enter("config.system.name", "rack-7.example.org")
+    browser.enter("config.system.description", "North room, row 3")
     assert "Changes to configuration succeeded." in submit(browser)
     assert stored(appliance, "config.system.name") == "rack-7.example.org"
     assert becomes(lambda: (appliance.root / "etc/hostname").exists())
@@ -43,8 +37,8 @@ def test_system_name(browser, appliance):
 
     # A refused form says why, shows what was typed, and leaves the file alone.
     before = (appliance.root / "etc/config/config.xml").read_bytes()
-    fill(browser, "config.system.name", "not a name")
-    fill(browser, "config.system.description", "typed in vain")
+    browser.enter("config.system.name", "not a name")
+    browser.enter("config.system.description", "typed in vain")
     assert "System Name must be assigned a Fully Qualified Domain Name. The value 'not a name' is invalid." in \
         submit(browser)
     assert browser.one("[name='config.system.description']").get_attribute("value") == "typed in vain"
@@ -59,7 +53,7 @@ def test_delayed_change(browser, appliance):
     assert stored(appliance, "config.delayed") == "on"
 
     browser.open("?form=systemsettings")
-    fill(browser, "config.system.description", "queued")
+    browser.enter("config.system.description", "queued")
     assert "Changes to configuration queued." in submit(browser)
     assert stored(appliance, "config.system.description") != "queued"
     browser.open("?form=systemsettings")

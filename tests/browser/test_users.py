@@ -1,15 +1,7 @@
 """Users and groups as an administrator keeps them, and what the users then see."""
 from selenium.webdriver.common.by import By
-from selenium.webdriver.support.ui import WebDriverWait
 
 KEY = "ssh-ed25519 AAAAC3NzaC1lZDI1NTE5AAAA ann@home"
-
-
-def press(browser, button):
-    """Presses a submit button by its label and waits for the next page."""
-    old = browser.one(f"main input[type=submit][value='{button}']")
-    old.click()
-    arrived(browser, old)
 
 
 def follow(browser, row, link):
@@ -17,28 +9,8 @@ def follow(browser, row, link):
     for cells in browser.all("main tr"):
         texts = [cell.text for cell in cells.find_elements(By.TAG_NAME, "td")]
         if texts and texts[0].split("\n")[0] == row:
-            old = cells.find_element(By.LINK_TEXT, link)
-            old.click()
-            return arrived(browser, old)
+            return browser.follow(cells.find_element(By.LINK_TEXT, link))
     raise AssertionError(f"no row {row}: {browser.text()}")
-
-
-def arrived(browser, old):
-    def gone(_):
-        try:
-            old.is_enabled()
-        except Exception:  # the driver has several names for it
-            return True
-        return False
-    WebDriverWait(browser.driver, 20).until(gone)
-
-
-def type_in(browser, label, text):
-    field = browser.driver.find_element(
-        By.XPATH, f"//td[contains(., '{label}')]/following-sibling::td//*[self::input or self::textarea]")
-    if field.get_attribute("type") != "file":
-        field.clear()
-    field.send_keys(text)
 
 
 def tick(browser, label):
@@ -59,34 +31,34 @@ def test_a_user_from_beginning_to_end(browser, tmp_path):
     browser.link("Users & Groups").click()
     assert "No users currently configured." in browser.text()
 
-    press(browser, "Add Group")
-    type_in(browser, "Group Name", "watchers")
-    type_in(browser, "Description", "They look on")
+    browser.submit("Add Group")
+    browser.fill("Group Name", "watchers")
+    browser.fill("Description", "They look on")
     role = browser.one("span[title='See status, statistics and dashboards']")
     role.click()
-    press(browser, "Apply")
+    browser.submit("Apply")
     assert "Group 'watchers' has been saved." in infos(browser)[-1]
 
-    press(browser, "Add User")
-    type_in(browser, "Username", "ann")
-    type_in(browser, "Description", "Ann: of ops")
+    browser.submit("Add User")
+    browser.fill("Username", "ann")
+    browser.fill("Description", "Ann: of ops")
     tick(browser, "watchers")
     tick(browser, "pmshell")
     tick(browser, "pmshell")
-    type_in(browser, "Password", "wren-1")
-    type_in(browser, "Confirm Password", "wren-1")
-    type_in(browser, "SSH Authorized Keys", KEY)
-    press(browser, "Apply")
+    browser.fill("Password", "wren-1")
+    browser.fill("Confirm Password", "wren-1")
+    browser.fill("SSH Authorized Keys", KEY)
+    browser.submit("Apply")
     assert "Description can not contain" in browser.one(".error-message").text
     assert browser.one("textarea").get_attribute("value") == KEY, "nothing typed is lost"
     assert browser.one("input[name='group.watchers']").is_selected()
-    type_in(browser, "Description", "Ann of ops")
-    type_in(browser, "Password", "wren-1")
-    type_in(browser, "Confirm Password", "wren-1")
+    browser.fill("Description", "Ann of ops")
+    browser.fill("Password", "wren-1")
+    browser.fill("Confirm Password", "wren-1")
     upload = tmp_path / "second.pub"
     upload.write_text(KEY.replace("ann@home", "ann@work") + "\n")
-    type_in(browser, "Upload Keys", str(upload))
-    press(browser, "Apply")
+    browser.fill("Upload Keys", str(upload))
+    browser.submit("Apply")
     assert "User 'ann' has been saved." in infos(browser)[-1]
     keys = browser.appliance.root / "etc/config/users/ann/.ssh/authorized_keys"
     assert keys.read_text() == KEY + "\n" + KEY.replace("ann@home", "ann@work") + "\n"
@@ -104,8 +76,8 @@ def test_a_user_from_beginning_to_end(browser, tmp_path):
     browser.log_in()
     browser.open("?form=users")
     follow(browser, "ann", "Edit")
-    type_in(browser, "Username", "anna")
-    press(browser, "Apply")
+    browser.fill("Username", "anna")
+    browser.submit("Apply")
     log_out(browser)
     browser.submit_login("ann", "wren-1")
     assert "Invalid login credentials" in browser.one(".error-message").text
@@ -127,10 +99,10 @@ def test_a_user_from_beginning_to_end(browser, tmp_path):
     follow(browser, "anna", "Enable")
     follow(browser, "anna", "Delete")
     assert "Delete the user 'anna'" in browser.text()
-    press(browser, "Delete")
+    browser.submit("Delete")
     assert "User 'anna' has been deleted." in infos(browser)[-1]
     follow(browser, "watchers", "Delete")
-    press(browser, "Delete")
+    browser.submit("Delete")
     assert "No users currently configured." in browser.text() and "watchers" not in browser.one("table").text
     assert not keys.parent.parent.exists()
     assert browser.complaints() == []
@@ -145,3 +117,24 @@ def test_narrow_screen(browser):
     assert content.get_property("scrollWidth") == content.get_property("clientWidth"), "ports wrap"
     browser.open("?form=users")
     assert browser.driver.execute_script("return document.documentElement.scrollWidth") == 360, "the list scrolls"
+
+
+def test_own_access(browser):
+    browser.log_in()
+    browser.open("?form=users&action=add&type=user")
+    for label in ("Username", "Password", "Confirm Password"):
+        browser.fill(label, "zoe")
+    tick(browser, "pmshell")
+    browser.one("input[name$='.port3']").click()
+    browser.submit("Apply")
+    log_out(browser)
+    browser.submit_login("zoe", "zoe")
+    browser.open()
+    assert browser.one("h1").text == "Manage: My Access"
+    assert "Your Serial Ports\nPort 3 " in browser.text().replace(" \n", "\n") and "Port 4" not in browser.text()
+    assert browser.complaints() == []
+    log_out(browser)
+    browser.log_in()
+    browser.open("?form=users")
+    follow(browser, "zoe", "Delete")
+    browser.submit("Delete")

@@ -5,7 +5,6 @@
 #include <thread>
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 
 namespace zandorin::test {
@@ -26,7 +25,6 @@ class Commit : public RequestTest {
         addPage("t",
                 "CGI_CALL(ui::addElement,config.test.a,First,text,save)"
                 "CGI_CALL(ui::addElement,config.test.b,Second,text,save,dontdelete)"
-                "CGI_CALL(ui::addElement,config.test.c,Third,text,save,dontdelete)"
                 "CGI_CALL(ui::addElement,config.delayed,Delayed,text,save,dontdelete)",
                 "body");
     }
@@ -234,22 +232,6 @@ TEST_F(Commit, BadConfiguratorsDoNotTouchThePage) {
     EXPECT_TRUE(exists("/ended"));
     EXPECT_NE(log().find("failed with status 3"), std::string::npos);
     EXPECT_TRUE(get("form=t", cookie_).body.ends_with("</html>\n"));
-}
-
-TEST_F(Commit, TwoRequestsAtOnceBothKeepTheirChange) {
-    const UniqueFd lock(
-        ::open(onHost("/etc/config/.config.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-    ASSERT_EQ(::flock(lock.get(), LOCK_EX), 0);
-    Running one = startPost(submission({{"config.test.c", "1"}}), cookie_);
-    Running two = startPost(submission({{"config.test.b", "2"}}), cookie_);
-    // Both have read the configuration and wait to write it.
-    std::this_thread::sleep_for(500ms);
-    ASSERT_EQ(::flock(lock.get(), LOCK_UN), 0);
-    EXPECT_TRUE(one.finish().has(succeeded));
-    EXPECT_TRUE(two.finish().has(succeeded));
-    const std::string stored = read(config);
-    EXPECT_NE(stored.find("<c>1</c>"), std::string::npos) << stored;
-    EXPECT_NE(stored.find("<b>2</b>"), std::string::npos) << stored;
 }
 
 } // namespace

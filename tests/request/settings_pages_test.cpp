@@ -77,6 +77,15 @@ bool isPlain(const PageField &field) {
     return field.kind == "hidden" || field.name.find("confirm") != std::string::npos;
 }
 
+/// Inputs that act at once and keep no value: the clock's and those of the page "reboot".
+bool isAction(const std::string &name) {
+    return name.starts_with("time.") || name == "config.system.reboot" ||
+           name == "config.system.erase" || name == "config.system.fips";
+}
+
+/// The message of the day, which is kept in a file of its own.
+constexpr const char *motd = "config.system.motd";
+
 /// What a browser sends when the fields stand as the page has them.
 Fields untouched(const std::vector<PageField> &fields,
                  const std::map<std::string, std::string> &elements) {
@@ -107,6 +116,12 @@ TEST_P(SettingsPage, EveryValueComesBack) {
             sent.emplace_back(field.name, value);
         } else if (isPlain(field) && field.kind == "password") {
             sent.emplace_back(field.name, sent.back().second);
+        } else if (field.name == motd) {
+            typed[motd] = "<b>Hello</b> & welcome";
+            sent.emplace_back(motd, typed[motd]);
+        } else {
+            EXPECT_TRUE(isPlain(field) || isAction(field.name) || field.name.ends_with(".delete"))
+                << "not saved: " << field.name;
         }
     }
     for (const auto &element : elements)
@@ -119,6 +134,8 @@ TEST_P(SettingsPage, EveryValueComesBack) {
     for (const auto &[key, value] : typed) {
         if (key == "config.system.password")
             EXPECT_EQ(stored(key).substr(0, 1), "$") << "not in clear";
+        else if (key == motd)
+            EXPECT_EQ(read("/etc/config/motd"), value);
         else
             EXPECT_EQ(stored(key), value) << key;
     }
@@ -142,6 +159,26 @@ TEST_P(SettingsPage, EveryValueComesBack) {
     const Response second = post(untouched(fields, elements), login());
     EXPECT_EQ(second.part("class=\"error-message\"", "</p>"), "");
     EXPECT_EQ(read("/etc/config/config.xml"), before);
+
+    // Boxes that are not checked, and those that delete what is stored.
+    Fields cleared;
+    for (const auto &[name, value] : untouched(fields, elements))
+        if (typed.count(name) == 0 || value != "on")
+            cleared.emplace_back(name, value);
+    for (const PageField &field : fields)
+        if (field.name.ends_with(".delete"))
+            cleared.emplace_back(field.name, "on");
+    post(cleared, login());
+    for (const PageField &field : fields) {
+        const bool deletes = field.name.ends_with(".delete");
+        const bool unchecked = field.kind == "checkbox" && typed.contains(field.name) &&
+                               field.name != "config.delayed"; // which delays its own end
+        if (deletes || unchecked) {
+            const std::string key = field.name.substr(0, field.name.size() - (deletes ? 7 : 0));
+            EXPECT_EQ(key == motd ? "" : stored(key), "") << key;
+        }
+    }
+    EXPECT_FALSE(typed.contains(motd) && exists("/etc/config/motd"));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, SettingsPage, ::testing::ValuesIn(navigationLeaves()),

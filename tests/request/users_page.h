@@ -14,6 +14,35 @@ inline constexpr const char *config_file = "/etc/config/config.xml";
 inline constexpr const char *key_one = "ssh-ed25519 AAAAC3NzaC1lZDI1NTE5AAAA ann@home";
 inline constexpr const char *key_two = "ssh-rsa AAAAB3NzaC1yc2E= second";
 
+/// The fields that a page of user or group `index`, opened with that name, sends besides its
+/// own. An empty name adds.
+inline Fields taskFields(const std::string &type, int index, const std::string &opened) {
+    return {{"action", opened.empty() ? "add" : "edit"},
+            {"type", type},
+            {"index", std::to_string(index)},
+            {"opened", opened},
+            {"form", "users"},
+            {"apply", "Apply"}};
+}
+/// A user's page as it is sent: a name, and a password unless it stays as it is.
+inline Fields userFields(int index, const std::string &opened, const std::string &name,
+                         const std::string &password, const Fields &more = {}) {
+    const std::string key = "config.users.user" + std::to_string(index);
+    Fields fields = taskFields("user", index, opened);
+    fields.insert(
+        fields.begin(),
+        {{key + ".username", name}, {key + ".password", password}, {key + ".confirm", password}});
+    fields.insert(fields.begin(), more.begin(), more.end()); // the first of a name counts
+    return fields;
+}
+inline Fields groupFields(int index, const std::string &opened, const std::string &name,
+                          const Fields &more = {}) {
+    Fields fields = taskFields("group", index, opened);
+    fields.emplace_back("config.groups.group" + std::to_string(index) + ".name", name);
+    fields.insert(fields.begin(), more.begin(), more.end());
+    return fields;
+}
+
 /// The page of users and groups: its submissions, and what the files then hold.
 class Users : public RequestTest {
   protected:
@@ -38,35 +67,6 @@ class Users : public RequestTest {
         return made != nullptr && hash == made;
     }
 
-    /// The fields that a page of user or group `index`, opened with that name, sends besides its
-    /// own. An empty name adds.
-    static Fields task(const std::string &type, int index, const std::string &opened) {
-        return {{"action", opened.empty() ? "add" : "edit"},
-                {"type", type},
-                {"index", std::to_string(index)},
-                {"opened", opened},
-                {"form", "users"},
-                {"apply", "Apply"}};
-    }
-    /// A user's page as it is sent: a name, and a password unless it stays as it is.
-    static Fields user(int index, const std::string &opened, const std::string &name,
-                       const std::string &password, const Fields &more = {}) {
-        const std::string key = "config.users.user" + std::to_string(index);
-        Fields fields = task("user", index, opened);
-        fields.insert(fields.begin(), {{key + ".username", name},
-                                       {key + ".password", password},
-                                       {key + ".confirm", password}});
-        fields.insert(fields.begin(), more.begin(), more.end()); // the first of a name counts
-        return fields;
-    }
-    static Fields group(int index, const std::string &opened, const std::string &name,
-                        const Fields &more = {}) {
-        Fields fields = task("group", index, opened);
-        fields.emplace_back("config.groups.group" + std::to_string(index) + ".name", name);
-        fields.insert(fields.begin(), more.begin(), more.end());
-        return fields;
-    }
-
     Response upload(const Fields &fields, const std::string &name, const std::string &fileName,
                     const std::string &contents) {
         std::string body;
@@ -83,9 +83,9 @@ class Users : public RequestTest {
     }
 
     void addTwo() {
-        ASSERT_TRUE(post(user(1, "", "ann", "secret-1"), login())
+        ASSERT_TRUE(post(userFields(1, "", "ann", "secret-1"), login())
                         .has("Changes to configuration succeeded."));
-        ASSERT_TRUE(post(user(2, "", "bea", "secret-2"), login())
+        ASSERT_TRUE(post(userFields(2, "", "bea", "secret-2"), login())
                         .has("Changes to configuration succeeded."));
     }
 };

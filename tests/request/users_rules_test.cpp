@@ -19,65 +19,68 @@ TEST_F(Users, RulesAreToldInTheirWordsAndNothingIsStored) {
         Fields fields;
         const char *message;
     } rows[] = {
-        {"no name", user(3, "", "", "p"), "<i>Username</i> can not be empty."},
-        {"a colon", user(3, "", "a:0:0", "p"),
+        {"no name", userFields(3, "", "", "p"), "<i>Username</i> can not be empty."},
+        {"a colon", userFields(3, "", "a:0:0", "p"),
          "<i>Username</i> must be assigned a <i>User Name</i>. The value '<i>a:0:0</i>' "
          "is invalid."},
-        {"a line", user(1, "ann", "ann\nevil::0:0:::/bin/sh", "********"), "is invalid."},
-        {"a path", user(3, "", "../../root", "p"), "is invalid."},
-        {"a command", user(3, "", "a;reboot", "p"), "is invalid."},
-        {"several addresses", user(3, "", "a@b.org,c@d.org", "p"),
+        {"a line", userFields(1, "ann", "ann\nevil::0:0:::/bin/sh", "********"), "is invalid."},
+        {"a path", userFields(3, "", "../../root", "p"), "is invalid."},
+        {"a command", userFields(3, "", "a;reboot", "p"), "is invalid."},
+        {"several addresses", userFields(3, "", "a@b.org,c@d.org", "p"),
          "<i>Username</i> can only hold letters"},
-        {"too long", user(3, "", std::string(65, 'a'), "p"),
+        {"too long", userFields(3, "", std::string(65, 'a'), "p"),
          "<i>Username</i> can not be longer than 64 bytes."},
-        {"taken", user(3, "", "ann", "p"), "There is a user 'ann' already."},
-        {"taken by renaming", user(1, "ann", "bea", "********"), "There is a user 'bea' already."},
-        {"of the system", user(3, "", "www", "p"), "The account 'www' belongs to the system."},
-        {"root", user(3, "", "root", "p"), "The account 'root' belongs to the system."},
+        {"taken", userFields(3, "", "ann", "p"), "There is a user 'ann' already."},
+        {"taken by renaming", userFields(1, "ann", "bea", "********"),
+         "There is a user 'bea' already."},
+        {"of the system", userFields(3, "", "www", "p"),
+         "The account 'www' belongs to the system."},
+        {"root", userFields(3, "", "root", "p"), "The account 'root' belongs to the system."},
         {"description with a colon",
-         user(1, "ann", "ann", "********", {{key + ".description", "a:b"}}),
+         userFields(1, "ann", "ann", "********", {{key + ".description", "a:b"}}),
          "<i>Description</i> can not contain \":\" or control characters."},
         {"description of two lines",
-         user(1, "ann", "ann", "********", {{key + ".description", "a\nevil::0:0:::"}}),
+         userFields(1, "ann", "ann", "********", {{key + ".description", "a\nevil::0:0:::"}}),
          "<i>Description</i> can not contain markup."},
-        {"no password", user(3, "", "joe", ""),
+        {"no password", userFields(3, "", "joe", ""),
          "Password cannot be empty when using <i>Local File</i> authentication for user: 'joe'"},
-        {"placeholder of nothing", user(3, "", "joe", "********"),
+        {"placeholder of nothing", userFields(3, "", "joe", "********"),
          "Password cannot be empty when using <i>Local File</i> authentication for user: 'joe'"},
-        {"password of two lines", user(1, "ann", "ann", "a\nb"),
+        {"password of two lines", userFields(1, "ann", "ann", "a\nb"),
          "<i>Password</i> can not contain control characters."},
-        {"long password", user(1, "ann", "ann", std::string(256, 'p')),
+        {"long password", userFields(1, "ann", "ann", std::string(256, 'p')),
          "<i>Password</i> can not be longer than 255 bytes."},
-        {"mismatch", user(1, "ann", "ann", "new", {{key + ".confirm", "other"}}),
+        {"mismatch", userFields(1, "ann", "ann", "new", {{key + ".confirm", "other"}}),
          "Password mismatch for user: 'ann'"},
         {"mismatch of a hostile name",
-         user(3, "", "<b>", "new", {{"config.users.user3.confirm", "x"}}),
+         userFields(3, "", "<b>", "new", {{"config.users.user3.confirm", "x"}}),
          "Password mismatch for user: '&lt;b&gt;'"},
-        {"clear password needed", user(1, "ann", "ann", "********", {{"group.dialin", "on"}}),
+        {"clear password needed", userFields(1, "ann", "ann", "********", {{"group.dialin", "on"}}),
          "When initially adding users to one of the following groups: dialin, pptpd, the user's "
          "password must be respecified."},
         {"no number to call",
-         user(1, "ann", "ann", "********", {{key + ".callback.enabled", "on"}}),
+         userFields(1, "ann", "ann", "********", {{key + ".callback.enabled", "on"}}),
          "<i>Dial-Back</i> needs a phone number."},
         {"no phone number",
-         user(1, "ann", "ann", "********", {{key + ".callback.phone", "call me"}}),
+         userFields(1, "ann", "ann", "********", {{key + ".callback.phone", "call me"}}),
          "<i>Dial-Back Phone Number</i> must be assigned a <i>Phone Number</i>."},
         {"no key",
-         user(1, "ann", "ann", "********",
-              {{key + ".ssh_auth_keys", std::string(key_one) + "\nnonsense"}}),
+         userFields(1, "ann", "ann", "********",
+                    {{key + ".ssh_auth_keys", std::string(key_one) + "\nnonsense"}}),
          "<i>SSH Authorized Keys, line 2</i> must be assigned a <i>SSH Authentication Key</i>. "
          "The value '<i>nonsense</i>' is invalid."},
         {"hidden line in a key",
-         user(1, "ann", "ann", "********",
-              {{key + ".ssh_auth_keys", std::string(key_one) + "\rx"}}),
+         userFields(1, "ann", "ann", "********",
+                    {{key + ".ssh_auth_keys", std::string(key_one) + "\rx"}}),
          "<i>SSH Authorized Keys, line 1</i> can not contain control characters."},
-        {"too many keys", user(1, "ann", "ann", "********", {{key + ".ssh_auth_keys", long_key}}),
+        {"too many keys",
+         userFields(1, "ann", "ann", "********", {{key + ".ssh_auth_keys", long_key}}),
          "<i>SSH Authorized Keys</i> can not be longer than 16383 bytes."},
-        {"group without a name", group(7, "", ""), "<i>Group Name</i> can not be empty."},
-        {"group with a line", group(7, "", "a\nroot:x:0:"),
+        {"group without a name", groupFields(7, "", ""), "<i>Group Name</i> can not be empty."},
+        {"group with a line", groupFields(7, "", "a\nroot:x:0:"),
          "<i>Group Name</i> must be assigned a <i>Posix Group Name</i>."},
-        {"group that is taken", group(7, "", "netgrp"), "There is a group 'netgrp' already."},
-        {"built-in group renamed", group(1, "admin", "boss"),
+        {"group that is taken", groupFields(7, "", "netgrp"), "There is a group 'netgrp' already."},
+        {"built-in group renamed", groupFields(1, "admin", "boss"),
          "The group 'admin' is built in and can not be renamed."},
     };
     const std::string groups = read("/etc/config/group");
@@ -94,14 +97,14 @@ TEST_F(Users, RulesAreToldInTheirWordsAndNothingIsStored) {
 
 TEST_F(Users, RemoteAuthenticationNeedsNoPasswordButForDialIn) {
     configure("config.auth.type", "Radius");
-    EXPECT_TRUE(post(user(1, "", "joe", "", {{"group.pptpd", "on"}}), login())
+    EXPECT_TRUE(post(userFields(1, "", "joe", "", {{"group.pptpd", "on"}}), login())
                     .has("Password cannot be empty when user is in one of the following groups: "
                          "dialin, pptpd"));
-    ASSERT_TRUE(saved(post(user(1, "", "joe", ""), login())));
+    ASSERT_TRUE(saved(post(userFields(1, "", "joe", ""), login())));
     EXPECT_EQ(account("joe"), "joe:*:1000:1000::/etc/config/users/joe:/bin/bash")
         << "no password opens this account";
     configure("config.auth.type", "Local");
-    EXPECT_TRUE(post(user(1, "joe", "joe", "********"), login())
+    EXPECT_TRUE(post(userFields(1, "joe", "joe", "********"), login())
                     .has("Password cannot be empty when using <i>Local File</i>"))
         << "none is stored";
 }
@@ -112,20 +115,20 @@ TEST_F(Users, OldPagesAndStrangeRequestsChangeNothing) {
     configure("config.users.total", "3");
     const std::string accounts = read(passwd);
     const std::string stored = read(config_file);
-    Fields question = task("user", 1, "bea");
+    Fields question = taskFields("user", 1, "bea");
     question[0].second = "delete";
-    Fields groupQuestion = task("group", 1, "admin");
+    Fields groupQuestion = taskFields("group", 1, "admin");
     groupQuestion[0].second = "delete";
-    Fields rootQuestion = task("user", 3, "root");
+    Fields rootQuestion = taskFields("user", 3, "root");
     rootQuestion[0].second = "delete";
     const struct {
         const char *name;
         Fields fields;
         const char *message;
     } posts[] = {
-        {"renumbered meanwhile", user(1, "bea", "bea", "new"),
+        {"renumbered meanwhile", userFields(1, "bea", "bea", "new"),
          "The list has changed meanwhile: this entry is 'ann' now, not 'bea'. Nothing was saved."},
-        {"deleted meanwhile", user(9, "zoe", "zoe", "new"),
+        {"deleted meanwhile", userFields(9, "zoe", "zoe", "new"),
          "There is no such user; it may have been deleted meanwhile."},
         {"renumbered before it was deleted", question, "The list has changed meanwhile"},
         {"built-in group", groupQuestion, "The group 'admin' is built in and can not be deleted."},
@@ -162,7 +165,7 @@ TEST_F(Users, OldPagesAndStrangeRequestsChangeNothing) {
     // An administrator does not lock himself out.
     configure("config.users.user1.groups.group1", "admin");
     for (const char *action : {"disable", "delete"}) {
-        Fields fields = task("user", 1, "ann");
+        Fields fields = taskFields("user", 1, "ann");
         fields[0].second = action;
         EXPECT_TRUE(post(fields, login("ann"))
                         .has(std::string("You can not ") + action +
@@ -176,7 +179,7 @@ TEST_F(Users, KeysComeAsAFileToo) {
     const std::string field = "config.users.user1.ssh_auth_keys.file";
     const std::string file = "/etc/config/users/ann/.ssh/authorized_keys";
     const Fields fields =
-        user(1, "ann", "ann", "********", {{"config.users.user1.ssh_auth_keys", key_one}});
+        userFields(1, "ann", "ann", "********", {{"config.users.user1.ssh_auth_keys", key_one}});
     const struct {
         const char *name;
         const char *fileName;
@@ -209,7 +212,7 @@ TEST_F(Users, KeysComeAsAFileToo) {
 
     // A file of the user's own is left alone while the page names no keys.
     put("/etc/config/users/bea/.ssh/authorized_keys", "her own");
-    ASSERT_TRUE(saved(post(user(2, "bea", "bea", "changed"), login())));
+    ASSERT_TRUE(saved(post(userFields(2, "bea", "bea", "changed"), login())));
     EXPECT_EQ(read("/etc/config/users/bea/.ssh/authorized_keys"), "her own");
 }
 

@@ -39,17 +39,6 @@ class AuthorizedKeys : public test::ApplianceTest {
                              .shell = ""};
 };
 
-TEST_F(AuthorizedKeys, IsWrittenForTheUserAloneAndRemoved) {
-    ASSERT_TRUE(writeAuthorizedKeys(account, "one"));
-    ASSERT_TRUE(writeAuthorizedKeys(account, "one\ntwo"));
-    EXPECT_EQ(get(keys), "one\ntwo\n");
-    EXPECT_EQ(modeOf(keys), 0600U);
-    EXPECT_EQ(modeOf("/etc/config/users/ann/.ssh"), 0700U);
-    ASSERT_TRUE(writeAuthorizedKeys(account, ""));
-    ASSERT_TRUE(writeAuthorizedKeys(account, "")) << "nothing there to remove";
-    EXPECT_TRUE(fs::is_empty(appliancePath("/etc/config/users/ann/.ssh")));
-}
-
 TEST_F(AuthorizedKeys, NoLinkIsFollowed) {
     makeFolder("/etc/config/users/ann/.ssh");
     link("/etc/secret", keys);

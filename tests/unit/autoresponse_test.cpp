@@ -3,7 +3,6 @@
 #include "forms/autoresponse_records.h"
 #include "forms/autoresponse_settings.h"
 
-#include "framework/elem_type.h"
 #include "platform/libzandorin/config_manager.h"
 #include "tests/support/appliance_test.h"
 #include "tests/support/log_capture.h"
@@ -146,44 +145,6 @@ TEST_F(AutoResponse, ReportsOfTheServiceAreReadByNumber) {
     EXPECT_EQ(reports[2].status, "Normal");
     put("/var/run/autoresponse.status", std::string(70000, '1'));
     EXPECT_EQ(readReports(1)[0].status, "Normal");
-}
-
-void holdsTogether(const Type &type) {
-    std::set<std::string> keys;
-    bool hasSubject = *type.subject == '\0';
-    for (const Field &field : type.fields) {
-        const std::string label = std::string(type.title) + ", " + field.label;
-        EXPECT_TRUE(keys.insert(field.key).second) << label;
-        hasSubject = hasSubject || std::string(field.key) == type.subject;
-        EXPECT_TRUE(field.input == Input::ports || ElemTypeRegistry::find(field.type) != nullptr)
-            << label << ": " << field.type;
-        EXPECT_EQ(field.input == Input::menu, !field.choices.empty() || field.offered != nullptr)
-            << label;
-        EXPECT_EQ(field.input == Input::ports || field.input == Input::arguments,
-                  *field.list != '\0')
-            << label;
-    }
-    EXPECT_TRUE(hasSubject) << type.title;
-}
-
-TEST_F(AutoResponse, VocabularyHoldsTogether) {
-    EXPECT_EQ(checkTypes().size(), 16U);
-    EXPECT_EQ(actionTypes().size(), 8U);
-    std::set<std::string> keys;
-    for (const Type &check : checkTypes()) {
-        holdsTogether(check);
-        for (const Field &field : check.fields)
-            EXPECT_TRUE(keys.insert(field.key).second) << "two checks share " << field.key;
-        EXPECT_EQ(findType(checkTypes(), check.name), &check);
-    }
-    for (const Type &action : actionTypes()) {
-        holdsTogether(action);
-        const std::string name = action.name;
-        EXPECT_EQ(action.fields[0].key, name + ".name");
-        EXPECT_EQ(action.fields[1].key, name + ".delay_time");
-    }
-    EXPECT_EQ(findType(checkTypes(), ""), nullptr);
-    EXPECT_EQ(findType(actionTypes(), "net_ping"), nullptr);
 }
 
 } // namespace

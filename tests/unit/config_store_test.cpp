@@ -4,10 +4,7 @@
 #include "util/exception.h"
 #include "util/paths.h"
 
-#include <csignal>
-
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -278,25 +275,6 @@ TEST_F(ConfigStore, ProcessesWritingAtOnceLoseNothing) {
         EXPECT_EQ(store.getSubElements("config.p" + std::to_string(p)).size(), std::size_t{writes});
 }
 
-TEST_F(ConfigStore, FullDiskLeavesTheOldFileAndTheChanges) {
-    putConfig("  <a>1</a>\n");
-    Store store;
-    ASSERT_TRUE(store.read());
-    store.setElement("config.a", "2");
-    struct rlimit before = {};
-    ::getrlimit(RLIMIT_FSIZE, &before);
-    struct rlimit small = before;
-    small.rlim_cur = 16;
-    ::signal(SIGXFSZ, SIG_IGN);
-    ::setrlimit(RLIMIT_FSIZE, &small);
-    EXPECT_FALSE(store.write());
-    ::setrlimit(RLIMIT_FSIZE, &before);
-    EXPECT_EQ(get(file), document("  <a>1</a>\n"));
-    EXPECT_TRUE(store.isDirty());
-    EXPECT_TRUE(store.write());
-    EXPECT_EQ(valueOf("config.a"), "2");
-}
-
 TEST_F(ConfigStore, DelayedChangesWaitForTheirCommit) {
     putConfig("  <a>1</a>\n");
     // The write that turns the mode on is no delayed one; a delayed file from earlier is dropped.
@@ -370,19 +348,6 @@ TEST_F(ConfigStore, ModeIsJudgedWhenWriting) {
     EXPECT_TRUE(early.getDelayedConfigMode());
     EXPECT_EQ(get(file), committed);
     EXPECT_EQ(valueOf("config.a") + valueOf("config.b"), "22");
-}
-
-TEST_F(ConfigStore, CommitGoesOnAfterACrash) {
-    // Left by a crash between the rename and the removal of the list.
-    putConfig("<a>2</a><delayed>on</delayed>");
-    const std::string committed = get(file);
-    put(queue, "ssl\n");
-    Store store;
-    ASSERT_TRUE(store.read());
-    ASSERT_TRUE(store.doDelayedCommit());
-    EXPECT_TRUE(store.hasConfiguratorsScheduled());
-    EXPECT_EQ(get(file), committed);
-    EXPECT_FALSE(exists(queue));
 }
 
 } // namespace

@@ -38,7 +38,7 @@ class UserStore : public test::ApplianceTest {
 TEST_F(UserStore, ChoosesTheFirstGapAmongTheUsersIds) {
     const struct {
         const char *name;
-        std::set<int> used;
+        std::set<uid_t> used;
         uid_t next;
     } rows[] = {
         {"none", {}, 1000},
@@ -46,10 +46,11 @@ TEST_F(UserStore, ChoosesTheFirstGapAmongTheUsersIds) {
         {"a gap", {1000, 1001, 1003}, 1002},
         {"no gap", {1000, 1001}, 1002},
         {"below the first is no gap", {1005}, 1006},
+        {"behind the last comes no root", {4294967294, 4294967295}, 1000},
     };
     for (const auto &row : rows) {
         std::string text;
-        for (const int id : row.used)
+        for (const uid_t id : row.used)
             text += "u" + std::to_string(id) + ":x:" + std::to_string(id) + ":1000::/:/bin/sh\n";
         put(passwd, text);
         EXPECT_EQ(user_getfreeuid(), row.next) << row.name;
@@ -166,11 +167,13 @@ TEST_F(UserStore, AddsAGroupOnce) {
 TEST_F(UserStore, LeavesTheGroupsOfTheSystemAlone) {
     const std::string system = "root:x:0:\nbroken\n\nadmin:x:10:root\n";
     put("/etc/config/group", system + "ops:x:1001:\nopsy:x:1003:\n");
-    EXPECT_EQ(user_getfreegid(), 1002U);
     ASSERT_EQ(user_renamegroup("ops", "night"), 0);
     ASSERT_EQ(user_renamegroup("admin", "mine"), 0);
     ASSERT_EQ(user_delgroup("root"), 0);
     ASSERT_EQ(user_delgroup("opsy"), 0);
+    ASSERT_EQ(user_addgroup("day"), 0);
+    EXPECT_EQ(get("/etc/config/group"), system + "night:x:1001:\nday:x:1002:\n");
+    ASSERT_EQ(user_renamegroup("day", "night"), 0) << "no name stands twice";
     EXPECT_EQ(get("/etc/config/group"), system + "night:x:1001:\n");
     EXPECT_EQ(user_renamegroup("night", "a:b"), -1);
 }
@@ -194,11 +197,18 @@ TEST_F(UserStore, SaltsDiffer) {
     EXPECT_EQ(salts.size(), 50U);
 }
 
-TEST_F(UserStore, MissingFileIsReported) {
+TEST_F(UserStore, FileThatIsMissingOrUnreadable) {
     std::filesystem::remove(appliancePath(passwd));
     const test::LogCapture log(Priority::fatal);
-    EXPECT_EQ(user_adduser("ann", "p", ""), -1);
+    EXPECT_EQ(user_setuser("ann", "p", ""), -1);
     EXPECT_TRUE(log.has("0 Failed to open: /etc/config/passwd"));
+    EXPECT_EQ(user_adduser("ann", "p", ""), 0) << "the first account makes the file";
+    EXPECT_EQ(withoutHash(get(passwd)), "ann:HASH:1000:1000::/etc/config/users/ann:/bin/bash\n");
+
+    std::filesystem::remove(appliancePath(passwd));
+    makeFolder(passwd);
+    EXPECT_EQ(user_adduser("bea", "p", ""), -1);
+    EXPECT_EQ(user_deluser("ann"), -1);
 }
 
 } // namespace

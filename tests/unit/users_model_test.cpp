@@ -82,20 +82,5 @@ TEST_F(UsersModel, RecordsThatAreNoneAreLeftOutAndLogged) {
     EXPECT_EQ(nextIndex(config, user_kind), 4U) << "behind the nameless one too";
 }
 
-TEST_F(UsersModel, GroupsAreRenamedAndTakenOutInEveryUser) {
-    addUser(1, "ann");
-    addUser(2, "bea");
-    setValues(config, "config.users.user1.groups", "group", {"ops", "admin"});
-    setValues(config, "config.users.user2.groups", "group", {"ops"});
-    renameInUsers(config, "ops", "night");
-    EXPECT_EQ(values(config, "config.users.user1.groups", "group"),
-              (std::vector<std::string>{"night", "admin"}));
-    renameInUsers(config, "night", "");
-    EXPECT_EQ(values(config, "config.users.user1.groups", "group"),
-              std::vector<std::string>{"admin"});
-    EXPECT_EQ(config.getElement("config.users.user1.groups.total"), "1");
-    EXPECT_TRUE(config.getSubElements("config.users.user2.groups").empty());
-}
-
 } // namespace
 } // namespace zandorin::users

@@ -1,0 +1,166 @@
+#include "cgi/cgi.h"
+#include "engine/engine.h"
+#include "forms/serial_ports.h"
+#include "forms/users_model.h"
+#include "framework/formlet.h"
+#include "ui/page.h"
+#include "ui/table.h"
+#include "ui/template_functions.h"
+
+#include <algorithm>
+#include <string_view>
+#include <vector>
+
+// What somebody sees first who may not see the appliance's summary: who they are to the console,
+// which ports, outlets and devices are theirs, and which pages are open to them.
+
+namespace zandorin {
+namespace {
+
+struct Device {
+    std::string_view type; ///< of a port's key ".device.type"
+    const char *name;
+};
+constexpr Device devices[] = {
+    {"ups", "Uninterruptible power supply"},
+    {"rpc", "Power strip"},
+    {"enviro", "Environmental monitor"},
+};
+
+/// Answers what the session's user was given by the configuration.
+class Grants {
+  public:
+    explicit Grants(Engine &engine)
+        : config_(engine.config()), all_(roles_has(engine.getUserRoles(), "admin")) {
+        const auto user =
+            users::recordNamed(config_, users::user_kind, engine.getCurrentUsername());
+        if (!user)
+            return;
+        keys_.push_back(user->key);
+        for (const std::string &name : users::values(config_, user->key + ".groups", "group"))
+            if (const auto group = users::recordNamed(config_, users::group_kind, name))
+                keys_.push_back(group->key);
+    }
+    /// A port is given to a user or to a group, an outlet to a user alone.
+    bool hasPort(unsigned number) const {
+        const std::string flag = ".port" + std::to_string(number);
+        return all_ || std::any_of(keys_.begin(), keys_.end(), [&](const std::string &key) {
+                   return config_.getBoolean(key + flag);
+               });
+    }
+    bool hasOutlet(unsigned number) const {
+        return all_ || (!keys_.empty() && config_.getBoolean(keys_.front() + ".power.outlet" +
+                                                             std::to_string(number)));
+    }
+
+  private:
+    const ConfigManager &config_;
+    bool all_;                      ///< an administrator has everything
+    std::vector<std::string> keys_; ///< records of the user, first, and of their groups
+};
+
+void showUser(Engine &engine, ui::Table &table) {
+    table.titleRow("Welcome");
+    table.labelledTextRow("User", engine.getCurrentUsername());
+    table.inputRow("Appliance", ui::getSystemName(engine));
+    const char *label = "What you may do";
+    for (const role_record *role = ALL_ROLES; role->name != nullptr; ++role)
+        if (roles_has(engine.getUserRoles(), role->name)) {
+            table.labelledTextRow(label, role->description);
+            label = "";
+        }
+}
+
+/// A row about a serial port: its number, its label where it has one of its own, and the rest.
+void portRow(const ConfigManager &config, ui::Table &table, unsigned number,
+             const std::string &text) {
+    const std::string name = "Port " + std::to_string(number);
+    const std::string label = portLabel(config, number);
+    table.labelledTextRow(name, (label == name ? "" : label + ", ") + text);
+}
+
+void showPorts(const ConfigManager &config, const Grants &grants, ui::Table &table) {
+    table.titleRow("Your Serial Ports");
+    bool any = false;
+    for (unsigned number = 1; number <= portCount(config); ++number) {
+        if (!grants.hasPort(number))
+            continue;
+        any = true;
+        const std::string speed = config.getElement(portReference(number) + ".speed");
+        portRow(config, table, number, speed.empty() ? "not set up yet" : speed + " baud");
+    }
+    if (!any)
+        table.textRow("None yet: an administrator assigns ports to you or to your groups.");
+}
+
+void showOutlets(const ConfigManager &config, const Grants &grants, ui::Table &table) {
+    table.titleRow("Your Power Outlets");
+    bool any = false;
+    for (const unsigned number : users::numbers(config, "config.power.outlets", "outlet")) {
+        if (!grants.hasOutlet(number))
+            continue;
+        any = true;
+        const std::string text = std::to_string(number);
+        table.labelledTextRow("Outlet " + text,
+                              config.getElement("config.power.outlets.outlet" + text + ".label"));
+    }
+    if (!any)
+        table.textRow("None yet: an administrator assigns outlets to you.");
+}
+
+void showDevices(const ConfigManager &config, ui::Table &table) {
+    table.titleRow("Managed Devices");
+    bool any = false;
+    for (unsigned number = 1; number <= portCount(config); ++number) {
+        const std::string type = config.getElement(portReference(number) + ".device.type");
+        for (const Device &device : devices)
+            if (device.type == type) {
+                any = true;
+                portRow(config, table, number, device.name);
+            }
+    }
+    if (!any)
+        table.textRow("No serial port has a managed device.");
+}
+
+void showPages(Engine &engine, ui::Table &table) {
+    table.titleRow("Pages Open to You");
+    bool any = false;
+    for (const NavBranch &branch : engine.navTree().branches()) {
+        std::string links;
+        for (const NavLeaf &leaf : branch.leaves)
+            if (!leaf.hidden && leaf.id != engine.formId() && engine.isOffered(leaf))
+                links += (links.empty() ? "" : "<br>") + ui::link("?form=" + leaf.id, leaf.label);
+        if (links.empty())
+            continue;
+        any = true;
+        table.inputRow(branch.label, links);
+    }
+    if (!any)
+        table.textRow("Only this one.");
+}
+
+void render(Engine &engine) {
+    Cgi *cgi = engine.requireCgi();
+    if (cgi == nullptr)
+        return;
+    const ConfigManager &config = engine.config();
+    const Grants grants(engine);
+    const auto may = [&](const char *role) { return roles_has(engine.getUserRoles(), role); };
+    ui::Table table(*cgi);
+    table.open();
+    showUser(engine, table);
+    if (may("ports"))
+        showPorts(config, grants, table);
+    if (may("power"))
+        showOutlets(config, grants, table);
+    if (may("devices"))
+        showDevices(config, table);
+    showPages(engine, table);
+    table.close();
+}
+
+const AutoRegisterFormlet registration("manage", nullptr, render);
+
+} // namespace
+} // namespace zandorin

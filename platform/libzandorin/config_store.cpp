@@ -1,5 +1,6 @@
 #include "platform/libzandorin/config_store.h"
 
+#include "platform/libzandorin/config_diff.h"
 #include "platform/libzandorin/config_text.h"
 #include "platform/libzandorin/config_tree.h"
 #include "util/files.h"
@@ -119,6 +120,7 @@ bool ConfigManager::Store::write() {
                     : !edits.empty() && !saveCommitted(before.document.root, document, edits))
         return false;
 
+    written_ = differences(before.document.root, document.root);
     if (fresh)
         state_ = std::move(fresh);
     state_->document = std::move(document);
@@ -130,6 +132,13 @@ bool ConfigManager::Store::write() {
     else
         state_->committed = FileStamp::take(committed_).value_or(FileStamp());
     return true;
+}
+
+std::vector<ConfigChange> ConfigManager::Store::newValues() const {
+    if (!state_ || !state_->delayed)
+        return written_;
+    const auto committed = loadConfigFile(committed_);
+    return committed ? differences(committed->document.root, state_->document.root) : written_;
 }
 
 bool ConfigManager::Store::saveCommitted(const XmlNode &before, const XmlDocument &document,

@@ -20,6 +20,8 @@ class ConfigManager::Store {
     bool discardDelayedCommit();
     std::vector<std::string> queuedConfigurators() const { return platform::readQueue(queue_); }
 
+    std::vector<ConfigChange> newValues() const;
+
     /// The root element of what was read, null before read() has succeeded.
     const platform::XmlNode *base() const { return state_ ? &state_->document.root : nullptr; }
     bool delayedMode() const { return state_ && state_->delayedMode; }
@@ -54,6 +56,7 @@ class ConfigManager::Store {
     std::string queue_;
     std::string lock_;
     std::optional<State> state_;
+    std::vector<ConfigChange> written_; // by the last write to the committed file
     bool committedOnly_ = false;
 };
 

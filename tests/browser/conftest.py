@@ -99,6 +99,10 @@ class Browser:
         self.one("input[name=password]").send_keys(password)
         self.press("main input[type=submit]")
 
+    def wait(self, condition):
+        """Until the condition holds; answers what it answered."""
+        return WebDriverWait(self.driver, PAGE_SECONDS).until(lambda _: condition())
+
     def press(self, selector):
         """Presses a button and waits for the page that answers it."""
         button = self.one(selector)

@@ -11,7 +11,7 @@ FURTHER = {
     "unknown": "?form=unknown",
     "users-add": "?form=users&action=add&type=user",
     "users-addgroup": "?form=users&action=add&type=group",
-    "users-edit": "?form=users&action=edit&index=1&type=user",
+    "users-edit": "?form=users&action=edit&index=1&type=group",
     "autoresponse-add": "?form=autoresponse&action=edit",
 }
 DELAYED = {"commit"}  # offered only with delayed configuration

@@ -46,12 +46,17 @@ std::string configurators() {
     return json + "]}";
 }
 
+/// Nobody's password, and no looking around in the appliance's files.
+bool isAskable(std::string_view type) {
+    return type != "password" && type != "unixfile";
+}
+
 std::string check(Engine &engine, Cgi &cgi) {
     FormElem element(encodeSafe(cgi.getVarString("label").raw), cgi.getVarString("type").raw, false,
                      false);
     const std::string value = cgi.getVarString("value", element.bufferSize()).raw;
     const std::size_t before = cgi.getErrors().size();
-    if (!value.empty() && element.type != "password")
+    if (!value.empty() && isAskable(element.type))
         engine.acceptsValue(element, value);
     const auto &errors = cgi.getErrors();
     return "{\"message\":" + ui::jsonString(errors.size() > before ? errors.back() : "") + "}";

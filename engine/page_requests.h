@@ -15,7 +15,8 @@ class Engine;
 ///
 /// "run" is the last run of configurators (see configurator_status.h); "seconds" is how long one
 /// has taken so far or took, "age" how long ago it ended; "uptime" is the system's, -1 when it
-/// cannot be told. A message is markup, the one that a form would show. Passwords are not checked.
+/// cannot be told. A message is markup, the one that a form would show. Passwords and
+/// names of files are not checked.
 bool answerPageRequest(Engine &engine);
 
 } // namespace zandorin

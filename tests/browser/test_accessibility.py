@@ -14,10 +14,11 @@ def scheme(browser, name):
         "features": [{"name": "prefers-color-scheme", "value": name}]})
 
 
-def violations(browser):
-    browser.driver.execute_script(AXE.read_text(encoding="utf-8"))
+def violations(browser, rules=None):
+    browser.driver.execute_script("if (!window.axe) " + "{" + AXE.read_text(encoding="utf-8") + "}")
     found = browser.driver.execute_async_script(
-        "axe.run(document, {resultTypes: ['violations']}).then(arguments[arguments.length - 1]);")
+        "axe.run(document, arguments[0]).then(arguments[arguments.length - 1]);",
+        {"resultTypes": ["violations"], **({"runOnly": rules} if rules else {})})
     assert found["passes"], "nothing was measured"
     return [f"{rule['id']}: {node['html'][:160]}" for rule in found["violations"]
             if rule["impact"] in ("serious", "critical") for node in rule["nodes"]]
@@ -29,9 +30,10 @@ def test_no_page_shuts_anybody_out(browser):
     browser.log_in()
     for name, query in pages().items():
         browser.open(query)
-        for colours in ("light", "dark"):
-            scheme(browser, colours)
-            found[f"{name}, {colours}"] = violations(browser)
+        scheme(browser, "light")
+        found[name] = violations(browser)
+        scheme(browser, "dark")
+        found[f"{name}, dark"] = violations(browser, ["color-contrast"])
     browser.open("?form=smtp")
     browser.fill("config.system.smtp.server", "mail server")
     browser.press("main input[type=submit]")

@@ -48,6 +48,8 @@ TEST_F(PageRequests, AValueIsCheckedAsItsFormWould) {
     EXPECT_EQ(check("ipv4", "192.0.2.1"), "{\"message\":\"\"}\n");
     EXPECT_EQ(check("ipv4", ""), "{\"message\":\"\"}\n");
     EXPECT_EQ(check("password", "a<b"), "{\"message\":\"\"}\n");
+    for (const char *path : {"/etc/config/passwd", "/etc/config/none"})
+        EXPECT_EQ(check("unixfile", path), "{\"message\":\"\"}\n") << "tells nothing";
     expectLog("can not contain markup");
     EXPECT_THAT(check("text", "<b>"), HasSubstr("can not contain markup."));
     EXPECT_THAT(check("none", "1"), HasSubstr("No registered type"));

@@ -80,14 +80,24 @@
         input.setAttribute("aria-invalid", String(Boolean(message)));
     }
 
+    // As a form of the page would be sent: ISO-8859-1, and what that lacks as a reference.
+    function encoded(text) {
+        return window.escape(text.replace(/[^\0-\xff]/gu, function (character) {
+            return "&#" + character.codePointAt(0) + ";";
+        })).replace(/\+/g, "%2B");
+    }
+
     function check(input, type, label) {
         var value = input.value;
         if (!value) {
             mark(input, "");
             return;
         }
-        var question = new URLSearchParams({ form: "check", type: type, label: label, value: value });
-        fetch("?form=check", { method: "POST", body: question }).then(function (answer) {
+        fetch("?form=check", {
+            method: "POST",
+            headers: { "Content-Type": "application/x-www-form-urlencoded" },
+            body: "form=check&type=" + encoded(type) + "&label=" + encoded(label) + "&value=" + encoded(value)
+        }).then(function (answer) {
             return answer.json();
         }).then(function (answer) {
             if (input.value === value && !answer.login)

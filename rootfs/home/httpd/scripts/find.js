@@ -64,7 +64,7 @@
         });
         (settings || []).forEach(function (row) {
             var page = pageOf(row[0]);
-            var w = Math.max(weight(row[1], word), weight(row[2], word), weight(row[3], word) ? 0.5 : 0);
+            var w = Math.max(weight(row[1], word), weight(row[2], word) ? 0.8 : 0, weight(row[3], word) ? 0.5 : 0);
             if (page && w)
                 found.push({ weight: w, page: page, label: row[1], detail: page.branch + " \u203a " + page.label, target: row[2] });
         });

@@ -72,6 +72,25 @@
             input.setAttribute("aria-label", input.title || input.name);
     }
 
+    // A list: a row of headings, and rows of as many cells below it.
+    function labelList(table) {
+        var headings = null;
+        Array.from(table.rows).forEach(function (row) {
+            var cells = Array.from(row.cells);
+            if (cells.length > 2 && cells.every(function (cell) { return cell.classList.contains("field-label"); })) {
+                headings = cells;
+                row.classList.add("headings");
+                cells.forEach(function (cell) {
+                    if (cell.textContent.trim())
+                        cell.setAttribute("role", "columnheader");
+                });
+            } else if (headings && cells.length === headings.length) {
+                row.classList.add("entry");
+                cells.forEach(function (cell, n) { cell.dataset.heading = headings[n].textContent.trim(); });
+            }
+        });
+    }
+
     function unfoldByKeyboard(cell) {
         var button = document.createElement("button");
         var section = /'([^']*)'/.exec(cell.getAttribute("onclick"));
@@ -102,6 +121,7 @@
         image.alt = image.title && !image.parentNode.textContent.trim() ? image.title : "";
     });
     document.querySelectorAll("td.field-label").forEach(labelRow);
+    document.querySelectorAll("table.form-table").forEach(labelList);
     document.querySelectorAll("main input, main select, main textarea").forEach(function (input) {
         if (input.matches(INPUTS))
             labelRest(input);

@@ -35,21 +35,16 @@ std::string valueCell(std::string_view key, const std::string &value) {
            "</td>";
 }
 
-/// Of a queue, only its own page tells; of what was just saved, the page that saved it.
-bool hasNewsFor(Engine &engine) {
-    return engine.config().getDelayedConfigMode() ? engine.formId() == "commit"
-                                                  : engine.formWasSubmitted();
-}
-
 } // namespace
 
 std::string getChanges(Engine &engine, const Arguments &) {
-    if (!engine.session().authSuccess() || !hasNewsFor(engine))
+    // Of a queue, only its own page tells; of what was just saved, the page that saved it.
+    const bool queued = engine.config().getDelayedConfigMode();
+    if (!engine.session().authSuccess() || (queued && engine.formId() != "commit"))
         return "";
     const std::vector<ConfigChange> changes = engine.config().getChanges();
     if (changes.empty())
         return "";
-    const bool queued = engine.config().getDelayedConfigMode();
     std::string html = std::string("<details id=\"changes\"") + (queued ? " open=\"open\"" : "") +
                        "><summary>" + (queued ? "What a commit changes" : "What was changed") +
                        " (" + std::to_string(changes.size()) +

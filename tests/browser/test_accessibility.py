@@ -1,4 +1,6 @@
 """Pages for everybody: what axe-core measures, and the keyboard alone."""
+import os
+
 import pytest
 from conftest import PROJECT
 from pages import pages
@@ -24,6 +26,11 @@ def violations(browser, rules=None):
             if rule["impact"] in ("serious", "critical") for node in rule["nodes"]]
 
 
+# The pages are the same whichever build made them, and to see all of them takes its time.
+once = pytest.mark.skipif(os.environ.get("ZANDORIN_PRESET", "release") != "release", reason="measured with the release")
+
+
+@once
 def test_no_page_shuts_anybody_out(browser):
     browser.open()
     found = {"login": violations(browser)}
@@ -41,6 +48,7 @@ def test_no_page_shuts_anybody_out(browser):
     assert {name: rules for name, rules in found.items() if rules} == {}
 
 
+@once
 def test_the_index_of_the_search_box_is_that_of_the_pages(browser):
     browser.log_in()
     assert INDEX.read_text(encoding="ascii") == written(gather(browser)), "script/search-index writes it anew"

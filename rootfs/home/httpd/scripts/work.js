@@ -107,6 +107,6 @@
 
     if (data.user && data.form === "reboot" && /is rebooting/.test(document.querySelector("main").textContent))
         waitForRestart();
-    else if (data.user && (data.submitted && message || data.form === "commit"))
+    else if (data.user && (message || data.form === "commit"))
         ask(watch, function () {});
 })();

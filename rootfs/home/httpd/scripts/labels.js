@@ -41,7 +41,12 @@
         var inputs = Array.from(fields.querySelectorAll(INPUTS));
         var named = inputs.filter(function (input) { return !isChoice(input) || !labelChoice(input); });
         var rest = inputs.filter(function (input) { return named.indexOf(input) < 0; });
-        named.forEach(function (input) { input.setAttribute("aria-labelledby", idOf(cell)); });
+        named.forEach(function (input) {
+            // In a table of its own, such as the times of each day, the words of its row belong to the name.
+            var inner = input.closest("tr").cells[0];
+            var row = inner !== cell && inner.textContent.trim() ? " " + idOf(inner) : "";
+            input.setAttribute("aria-labelledby", idOf(cell) + row);
+        });
         if (rest.some(function (input) { return input.type === "radio"; })) {
             fields.setAttribute("role", "group");
             fields.setAttribute("aria-labelledby", idOf(cell));

@@ -2,6 +2,7 @@
 
 #include "cgi/cgi.h"
 #include "engine/login.h"
+#include "engine/page_requests.h"
 #include "framework/formlet.h"
 #include "platform/libzdsupport/pidfile.h"
 #include "ui/escape.h"
@@ -54,7 +55,7 @@ template <typename Work> std::string faultOf(Work work) {
 
 void Engine::displayPage() {
     ZANDORIN_TRACE();
-    if (!cgi_)
+    if (!cgi_ || answerPageRequest(*this))
         return;
     waitForConfigurators();
     if (navTree_.load(nav_tree_path) != 0)

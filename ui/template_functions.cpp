@@ -65,6 +65,8 @@ constexpr std::array table = {
     Entry{"ui::getPmshellPamElements", getPmshellPamElements, 0, any, ""},
     Entry{"ui::getSnmpEngineIdLabel", getSnmpEngineIdLabel, 1, any,
           "getSnmpEngineIdLabel() takes 1 param"},
+    Entry{"ui::getChanges", getChanges, 0, any, ""},
+    Entry{"ui::getPageData", getPageData, 0, any, ""},
 };
 
 /// The stream calls a function without its name, so each table entry has a caller of its own.

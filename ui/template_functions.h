@@ -61,6 +61,13 @@ std::string getFipsMode(Engine &engine, const Arguments &arguments = {});
 std::string getFipsModeChecked(Engine &engine, const Arguments &arguments = {});
 std::string getMotd(Engine &engine, const Arguments &arguments = {});
 
+// For the page's foot (template_changes.cpp)
+/// The changes of the configuration, key by key, after a save and on the page "commit"; else "".
+std::string getChanges(Engine &engine, const Arguments &arguments = {});
+/// What scripts need to know of the page, as a JSON data block: {"form": id, "user": name,
+/// "submitted": bool, "fields": {name: [type, label as markup]}}.
+std::string getPageData(Engine &engine, const Arguments &arguments = {});
+
 // Files and services (template_files.cpp)
 std::string getFile(Engine &engine, const Arguments &arguments);
 std::string getPmshellPamElements(Engine &engine, const Arguments &arguments = {});

@@ -3,6 +3,7 @@
 #include "platform/libzandorin/config_store.h"
 #include "platform/libzandorin/config_text.h"
 #include "platform/libzandorin/configurator.h"
+#include "platform/libzandorin/configurator_status.h"
 #include "util/exception.h"
 #include "util/log.h"
 #include "util/paths.h"
@@ -94,6 +95,10 @@ bool ConfigManager::write() {
     return store_->write();
 }
 
+std::vector<ConfigChange> ConfigManager::getChanges() const {
+    return store_->newValues();
+}
+
 bool ConfigManager::getDelayedConfigMode() const {
     return store_->delayedMode();
 }
@@ -133,14 +138,17 @@ bool ConfigManager::hasConfiguratorsScheduled() const {
 bool ConfigManager::run() {
     bool allDone = true;
     ConfigManagerListener *listener = store_->listener;
-    for (const std::string &name : std::exchange(store_->scheduled, {})) {
-        const std::time_t started = std::time(nullptr);
+    const std::vector<std::string> names = std::exchange(store_->scheduled, {});
+    ConfiguratorStatus status(names);
+    for (const std::string &name : names) {
+        const std::time_t started = status.started();
         if (listener != nullptr)
             listener->configuratorStarted(name);
-        if (!platform::runConfigurator(name, store_->path(), configurator_limit))
-            allDone = false;
+        const bool done = platform::runConfigurator(name, store_->path(), configurator_limit);
+        allDone = allDone && done;
+        const std::time_t ended = status.ended(done);
         if (listener != nullptr)
-            listener->configuratorEnded(name, started, std::time(nullptr));
+            listener->configuratorEnded(name, started, ended);
     }
     return allDone;
 }

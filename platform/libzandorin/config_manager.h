@@ -19,6 +19,13 @@ class ConfigManagerListener {
                                    std::time_t ended) = 0;
 };
 
+/// A value that differs between two configurations; "" where there is none.
+struct ConfigChange {
+    std::string key;
+    std::string before;
+    std::string after;
+};
+
 /// The configuration store: a tree of values under dotted keys such as "config.system.name", kept
 /// in one XML file (root element "config", one element a segment, the value its text).
 ///
@@ -92,6 +99,11 @@ class ConfigManager {
     /// with the names scheduled so far. False when nothing was saved; the file then stands as it
     /// was.
     bool write();
+
+    /// What is new: in delayed mode every value that the queued configuration would change; else
+    /// what the last write() of this request has changed, others' changes in the same file left
+    /// out. Passwords are among them. In the order of the keys.
+    std::vector<ConfigChange> getChanges() const;
 
     /// True when the committed file's "config.delayed" was true when it was last loaded. What turns
     /// the mode on is itself saved at once; the mode holds from the next read() or write() on.

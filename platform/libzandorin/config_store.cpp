@@ -1,10 +1,12 @@
 #include "platform/libzandorin/config_store.h"
 
+#include "platform/libzandorin/config_diff.h"
 #include "platform/libzandorin/config_text.h"
 #include "platform/libzandorin/config_tree.h"
 #include "util/files.h"
 #include "util/log.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -122,6 +124,15 @@ bool ConfigManager::Store::write() {
                         : !saveCommitted(before.values, *document, isDelayedOn(*after), edits))
             return false;
     }
+
+    written_.clear();
+    for (const ConfigEdit &edit : edits)
+        for (ConfigChange &change : differences(before.values, *after, edit.key))
+            written_.push_back(std::move(change));
+    const auto byKey = [](const ConfigChange &a, const ConfigChange &b) { return a.key < b.key; };
+    const auto sameKey = [](const auto &a, const auto &b) { return a.key == b.key; };
+    std::sort(written_.begin(), written_.end(), byKey);
+    written_.erase(std::unique(written_.begin(), written_.end(), sameKey), written_.end());
     if (fresh)
         state_ = std::move(fresh);
     if (after)
@@ -134,6 +145,13 @@ bool ConfigManager::Store::write() {
     else
         state_->committed = FileStamp::take(committed_).value_or(FileStamp());
     return true;
+}
+
+std::vector<ConfigChange> ConfigManager::Store::newValues() const {
+    if (!state_ || !state_->delayed)
+        return written_;
+    const auto committed = loadConfigFile(committed_, "config");
+    return committed ? differences(committed->image, state_->values, "config") : written_;
 }
 
 bool ConfigManager::Store::saveCommitted(const XmlImage &before, const XmlDocument &document,

@@ -20,6 +20,8 @@ class ConfigManager::Store {
     bool discardDelayedCommit();
     std::vector<std::string> queuedConfigurators() const { return platform::readQueue(queue_); }
 
+    std::vector<ConfigChange> newValues() const;
+
     /// The values that were read, null before read() has succeeded.
     const platform::XmlImage *base() const { return state_ ? &state_->values : nullptr; }
     bool delayedMode() const { return state_ && state_->delayedMode; }
@@ -56,6 +58,7 @@ class ConfigManager::Store {
     std::string queue_;
     std::string lock_;
     std::optional<State> state_;
+    std::vector<ConfigChange> written_; // by the last write to the committed file
     bool committedOnly_ = false;
 };
 

@@ -4,6 +4,7 @@ import signal
 import socket
 import subprocess
 import time
+from contextlib import contextmanager
 from pathlib import Path
 
 import pytest
@@ -30,9 +31,9 @@ def free_port():
         return probe.getsockname()[1]
 
 
-@pytest.fixture(scope="session")
-def appliance(tmp_path_factory):
-    folder = tmp_path_factory.mktemp("appliance")
+@contextmanager
+def serving(folder):
+    """An appliance in that folder, served."""
     log, port = folder / "log", free_port()
     preset = os.environ.get("ZANDORIN_PRESET", "release")
     with open(log, "wb") as output:
@@ -50,6 +51,12 @@ def appliance(tmp_path_factory):
         server.wait(START_SECONDS)
     said = log.read_text(errors="replace")
     assert "Sanitizer" not in said and "runtime error" not in said, said
+
+
+@pytest.fixture(scope="session")
+def appliance(tmp_path_factory):
+    with serving(tmp_path_factory.mktemp("appliance")) as appliance:
+        yield appliance
 
 
 class Browser:
@@ -72,6 +79,11 @@ class Browser:
     def link(self, text):
         return self.driver.find_element(By.LINK_TEXT, text)
 
+    def fill(self, name, text):
+        field = self.one(f"main [name='{name}']")
+        field.clear()
+        field.send_keys(text)
+
     def text(self):
         return self.one("main").text
 
@@ -86,6 +98,10 @@ class Browser:
         self.one("input[name=username]").send_keys(name)
         self.one("input[name=password]").send_keys(password)
         self.press("main input[type=submit]")
+
+    def wait(self, condition):
+        """Until the condition holds; answers what it answered."""
+        return WebDriverWait(self.driver, PAGE_SECONDS).until(lambda _: condition())
 
     def press(self, selector):
         """Presses a button and waits for the page that answers it."""
@@ -156,19 +172,26 @@ def is_gone(element):
     return False
 
 
-@pytest.fixture
-def browser(appliance, tmp_path):
+@contextmanager
+def chromium(profile, *more_flags):
+    """A browser with that profile folder."""
     options = webdriver.ChromeOptions()
     options.binary_location = "/usr/bin/chromium"
     options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
     # A pipe, for the same reason as above.
     for flag in ("headless=new", "remote-debugging-pipe", "no-sandbox", "disable-gpu", "disable-quic", "no-first-run",
                  "disable-background-networking", "disable-component-update", "disable-sync",
-                 "disable-dev-shm-usage", "window-size=1280,900", f"user-data-dir={tmp_path / 'profile'}"):
+                 "disable-dev-shm-usage", "window-size=1280,900", f"user-data-dir={profile}", *more_flags):
         options.add_argument("--" + flag)
     driver = webdriver.Chrome(service=Driver("/usr/bin/chromedriver"), options=options)
     driver.set_page_load_timeout(PAGE_SECONDS)
     try:
-        yield Browser(driver, appliance)
+        yield driver
     finally:
         driver.quit()
+
+
+@pytest.fixture
+def browser(appliance, tmp_path):
+    with chromium(tmp_path / "profile") as driver:
+        yield Browser(driver, appliance)

@@ -21,7 +21,7 @@ def test_a_visit(browser):
     assert "factory state" in browser.text()
 
     browser.link("Web Sessions").click()
-    assert browser.one("h1").text == "Status: Web Sessions"
+    assert browser.one("h1").text == "Web Sessions"
     assert "root" in browser.text()
     assert browser.one("nav [aria-current=page]").text == "Web Sessions"
 

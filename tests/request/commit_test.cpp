@@ -133,7 +133,7 @@ TEST_F(Commit, DelayedChangesAreCancelled) {
 TEST_F(Commit, RebootIsQueuedOrDoneAndNeedsItsBox) {
     std::string before = read(config);
     const Response asked = post({{"form", "reboot"}, {"apply", "Apply"}}, cookie_);
-    EXPECT_TRUE(asked.has("Administration: Rebooting the System"));
+    EXPECT_TRUE(asked.has("Administration</span></p>\n<h1>Rebooting the System</h1>"));
     EXPECT_TRUE(asked.has(
         "<p>To safely reboot the system you must enable the appropriate checkbox on the <a "
         "href=\"?form=systemsettings\">System Administration Page</a> before continuing.  Click <a "

@@ -34,7 +34,7 @@ TEST_F(LldpStatus, ShowsNeighborsAndTheAppliance) {
               "chassis) echo local-chassis.chassis.name=console-1;;\n"
               "esac\n");
     const Response response = page();
-    EXPECT_TRUE(response.has("Status: LLDP Neighbors"));
+    EXPECT_TRUE(response.has("Status</span></p>\n<h1>LLDP Neighbors</h1>"));
     EXPECT_TRUE(response.has("Neighbor on eth0"));
     EXPECT_TRUE(response.has(row("System name", "rack12-top.example.net")));
     EXPECT_TRUE(response.has(row("vlan.vlan-id", "40")));

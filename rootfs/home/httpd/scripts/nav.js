@@ -46,17 +46,8 @@
             /icon-(expand|collapse)\.png/, folded ? "icon-expand.png" : "icon-collapse.png");
     }
 
-    // The page shown: from the address, or after a submission from the form's own hidden field.
-    function currentForm() {
-        var asked = /[?&]form=([^&#]*)/.exec(window.location.search);
-        if (asked)
-            return asked[1];
-        var field = document.querySelector("main input[type=hidden][name=form]");
-        return field ? field.value : "";
-    }
-
     function markCurrent() {
-        var form = currentForm();
+        var form = JSON.parse(document.getElementById("page-data").textContent).form;
         var links = document.querySelectorAll("#related-links a, .top-button a");
         for (var i = 0; i < links.length; i++) {
             var target = /[?&]form=([^&#]*)/.exec(links[i].getAttribute("href"));

@@ -1,0 +1,81 @@
+#include "engine/page_requests.h"
+
+#include "cgi/cgi.h"
+#include "engine/engine.h"
+#include "platform/libzandorin/configurator_status.h"
+#include "platform/libzdsupport/pidfile.h"
+#include "ui/escape.h"
+#include "ui/json.h"
+#include "util/files.h"
+#include "util/log.h"
+#include "util/paths.h"
+#include "util/strings.h"
+
+#include <ctime>
+
+namespace zandorin {
+
+namespace {
+
+std::string uptimeSeconds() {
+    const std::string text = readFile(appliancePath("/proc/uptime"), 256).value_or("");
+    const auto seconds = parseWhole(std::string_view(text).substr(0, text.find('.')));
+    return std::to_string(seconds.value_or(-1));
+}
+
+std::string describe(const ConfiguratorState &entry, bool running, std::time_t now) {
+    const bool active = entry.state == "running" || entry.state == "waiting";
+    // Whoever ran them has gone: what it had not finished never will be.
+    const std::string state = active && !running ? "failed" : entry.state;
+    const std::time_t end = entry.ended == 0 ? now : entry.ended;
+    return "{\"name\":" + ui::jsonString(entry.name) + ",\"state\":" + ui::jsonString(state) +
+           ",\"seconds\":" + std::to_string(entry.started == 0 ? 0 : end - entry.started) +
+           ",\"age\":" + std::to_string(now - end) + "}";
+}
+
+std::string configurators() {
+    const bool running = pidfile_valid("configurators") == 0;
+    const std::time_t now = std::time(nullptr);
+    std::string json = std::string("{\"running\":") + (running ? "true" : "false") +
+                       ",\"uptime\":" + uptimeSeconds() + ",\"run\":[";
+    for (const ConfiguratorState &entry : readConfiguratorStatus()) {
+        if (json.back() != '[')
+            json += ',';
+        json += describe(entry, running, now);
+    }
+    return json + "]}";
+}
+
+/// Nobody's password, and no looking around in the appliance's files.
+bool isAskable(std::string_view type) {
+    return type != "password" && type != "unixfile";
+}
+
+std::string check(Engine &engine, Cgi &cgi) {
+    FormElem element(encodeSafe(cgi.getVarString("label").raw), cgi.getVarString("type").raw, false,
+                     false);
+    const std::string value = cgi.getVarString("value", element.bufferSize()).raw;
+    const std::size_t before = cgi.getErrors().size();
+    if (!value.empty() && isAskable(element.type))
+        engine.acceptsValue(element, value);
+    const auto &errors = cgi.getErrors();
+    return "{\"message\":" + ui::jsonString(errors.size() > before ? errors.back() : "") + "}";
+}
+
+} // namespace
+
+bool answerPageRequest(Engine &engine) {
+    Cgi *cgi = engine.requireCgi();
+    const bool wantsCheck = engine.formId() == "check";
+    if (cgi == nullptr || (!wantsCheck && engine.formId() != "configurators"))
+        return false;
+    ZANDORIN_TRACE();
+    const std::string answer = !engine.session().authSuccess() ? "{\"login\":true}"
+                               : wantsCheck                    ? check(engine, *cgi)
+                                                               : configurators();
+    cgi->sendHttpHeader(200, "application/json");
+    *cgi << answer << "\n" << std::flush;
+    return true;
+}
+
+} // namespace zandorin

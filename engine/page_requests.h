@@ -1,0 +1,22 @@
+#pragma once
+
+namespace zandorin {
+
+class Engine;
+
+/// Answers the small questions that page scripts ask, in JSON; false when the request asks for a
+/// page. They wait for nothing, configurators least of all, and change nothing. Who is not logged
+/// in gets {"login":true}.
+///
+///     form=configurators               {"running":true,"uptime":3600,"run":[
+///                                        {"name":"ssl","state":"running","seconds":4,"age":0}]}
+///     form=check&type=ipv4&label=Server&value=10.0
+///                                      {"message":"<i>Server</i> must be ..."}, "" when accepted
+///
+/// "run" is the last run of configurators (see configurator_status.h); "seconds" is how long one
+/// has taken so far or took, "age" how long ago it ended; "uptime" is the system's, -1 when it
+/// cannot be told. A message is markup, the one that a form would show. Passwords and
+/// names of files are not checked.
+bool answerPageRequest(Engine &engine);
+
+} // namespace zandorin

@@ -1,0 +1,21 @@
+#include "ui/json.h"
+
+namespace zandorin::ui {
+
+std::string jsonString(std::string_view text) {
+    static constexpr char digits[] = "0123456789abcdef";
+    std::string json = "\"";
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x20 && byte < 0x7f && c != '"' && c != '\\' && c != '<') {
+            json += c;
+            continue;
+        }
+        json += "\\u00";
+        json += digits[byte >> 4U];
+        json += digits[byte & 0xfU];
+    }
+    return json + "\"";
+}
+
+} // namespace zandorin::ui

@@ -16,7 +16,8 @@ foreach(flag -fcf-protection=full -mbranch-protection=standard)
     endif()
 endforeach()
 # Checked copies and prints need the optimizer, which Debug builds do without.
-add_compile_options($<$<CONFIG:Release>:-U_FORTIFY_SOURCE>)
-add_compile_definitions($<$<CONFIG:Release>:_FORTIFY_SOURCE=2> _GLIBCXX_ASSERTIONS)
+# In this order, and so not among the definitions, which come first.
+add_compile_options($<$<CONFIG:Release>:-U_FORTIFY_SOURCE> $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=2>)
+add_compile_definitions(_GLIBCXX_ASSERTIONS)
 
 add_link_options(-Wl,-z,relro,-z,now,-z,noexecstack)

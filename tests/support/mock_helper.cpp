@@ -64,7 +64,7 @@ MockHelper::MockHelper(const Answers &answers, int delayMs, const std::string &p
     ::close(ready[1]);
     char byte = 0;
     if (pidFile.empty())
-        static_cast<void>(::read(ready[0], &byte, 1));
+        [[maybe_unused]] const ssize_t got = ::read(ready[0], &byte, 1);
     ::close(ready[0]);
 }
 

@@ -104,6 +104,11 @@ bool Cgi::varStringExists(const std::string &name) const {
     return gcgiValueLength(name.c_str(), &length) != GCGI_NOT_FOUND;
 }
 
+bool Cgi::anyFieldName(bool (*judge)(std::string_view)) const {
+    ZANDORIN_TRACE();
+    return gcgiAnyName(judge);
+}
+
 bool Cgi::getVarFile(const std::string &name, const std::string &path) const {
     ZANDORIN_TRACE();
     std::size_t size = 0;

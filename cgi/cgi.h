@@ -48,6 +48,8 @@ class Cgi : public cgi::FileOutputStream {
     float getVarFloat(const std::string &name) const;
     /// A field that is present but empty exists.
     bool varStringExists(const std::string &name) const;
+    /// True when `judge` answers true for the name of any field.
+    bool anyFieldName(bool (*judge)(std::string_view)) const;
     /// Stores an uploaded text file at `path` (of this machine), up to its first zero byte. True
     /// also when the file could not be opened: callers that must know use uploadFile.
     bool getVarFile(const std::string &name, const std::string &path) const;

@@ -202,6 +202,11 @@ int gcgiValueLength(const char *name, std::size_t *length) {
     return *length == 0 ? GCGI_EMPTY : GCGI_OK;
 }
 
+bool gcgiAnyName(bool (*judge)(std::string_view name)) {
+    return std::any_of(fields.begin(), fields.end(),
+                       [judge](const auto &field) { return judge(field.first); });
+}
+
 int gcgiFieldSize(const char *name, std::size_t *size) {
     const Field *field = firstField(name);
     *size = field == nullptr ? 0 : field->value.size();

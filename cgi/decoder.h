@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <string_view>
 
 // Decoder of one CGI request (RFC 3875): its environment, and its form fields from a query string,
 // an "application/x-www-form-urlencoded" body or a "multipart/form-data" body (RFC 7578). One
@@ -91,6 +92,9 @@ const char *gcgiEnvironment(gcgi_variable index);
 
 /// Length of the value's text, which ends at its first zero byte.
 int gcgiValueLength(const char *name, std::size_t *length);
+
+/// True when `judge` answers true for the name of any field.
+bool gcgiAnyName(bool (*judge)(std::string_view name));
 
 /// Stored size of the value in bytes; *size is 0 when there is no such field.
 int gcgiFieldSize(const char *name, std::size_t *size);

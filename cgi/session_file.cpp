@@ -14,7 +14,6 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace zandorin {
@@ -153,7 +152,7 @@ bool writeSessionRecord(std::string_view id, const SessionRecord &record) {
     const std::string text = format(record);
     if (replaceFile(path, text, 0600, Durable::no))
         return true;
-    return errno == ENOENT && ::mkdir(sessionFolder().c_str(), 0700) == 0 &&
+    return errno == ENOENT && makeFolder(sessionFolder(), 0700) &&
            replaceFile(path, text, 0600, Durable::no);
 }
 

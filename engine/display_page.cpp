@@ -1,6 +1,7 @@
 #include "engine/engine.h"
 
 #include "cgi/cgi.h"
+#include "engine/foreign_request.h"
 #include "engine/login.h"
 #include "engine/page_requests.h"
 #include "framework/formlet.h"
@@ -60,6 +61,10 @@ void Engine::displayPage() {
     waitForConfigurators();
     if (navTree_.load(nav_tree_path) != 0)
         cgi_->addError(std::string("Invalid navigation tree config: ") + nav_tree_path);
+    if (isForged()) {
+        refuseForgery();
+        return;
+    }
     establishUser();
     labelPage();
     cgi_->sendHttpHeader(200, "text/html");
@@ -72,17 +77,47 @@ void Engine::displayPage() {
         }
     }
 
-    *cgi_ << ui::openPage(title_, "text/html", stylesheet_, favicon_);
-    writeTemplate(std::string(forms_folder) + "head.html");
+    openPage();
     const Formlet *formlet = FormletRegistry::find(formFile_);
     defineForm(formlet);
     writeMessages();
     const std::size_t shown = cgi_->getErrors().size();
     renderBody(formlet);
     writeErrors(shown);
+    closePage();
+    runConfigurators();
+}
+
+void Engine::openPage() {
+    *cgi_ << ui::openPage(title_, "text/html", stylesheet_, favicon_);
+    writeTemplate(std::string(forms_folder) + "head.html");
+}
+
+void Engine::closePage() {
     writeTemplate(std::string(forms_folder) + "tail.html");
     *cgi_ << ui::closePage() << std::flush;
-    runConfigurators();
+}
+
+bool Engine::isForged() const {
+    if (!isForeignRequest())
+        return false;
+    const NavLeaf *leaf = nullptr;
+    navTree_.getNavLeaf(formId_, leaf);
+    return isCommand(*cgi_, leaf);
+}
+
+void Engine::refuseForgery() {
+    logRecord(Priority::info, "Refused a request from another site to form '%s', sent by %s",
+              formId_.c_str(), cgi_->getRemoteAddress().c_str());
+    cgi_->addReplaceable("#ui.tree.branch.label", "Error");
+    cgi_->addReplaceable("#ui.tree.branch.leaf.label", "Request Refused");
+    cgi_->setPageError("Another web site sent this request in your name. It was refused, and "
+                       "nothing has been changed. To do what it asked for, go to the " +
+                       ui::link("?form=index", "first page") + " and do it there.");
+    cgi_->sendHttpHeader(403, "text/html");
+    openPage();
+    writeMessages();
+    closePage();
 }
 
 void Engine::waitForConfigurators() const {

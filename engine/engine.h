@@ -39,6 +39,9 @@ class Engine : public ConfigManagerListener {
     Session &session() { return session_; }
     /// Makes `session` the session of this request.
     void setSession(Session session) { session_ = std::move(session); }
+    /// The request's login was not even tried, and the request's errors say why.
+    bool loginRefused() const { return loginRefused_; }
+    void setLoginRefused() { loginRefused_ = true; }
     const NavTree &navTree() const { return navTree_; }
     const std::string &title() const { return title_; }
     const std::string &formId() const { return formId_; }
@@ -95,11 +98,16 @@ class Engine : public ConfigManagerListener {
     void setLogLevel();
     std::string defaultForm() const;
     void waitForConfigurators() const;
+    /// A request that another site made, to change something.
+    bool isForged() const;
+    void refuseForgery();
     void establishUser();
     void labelPage();
     bool isUserKnown(const std::string &user);
     void refuse();
     void defineForm(const Formlet *formlet);
+    void openPage();
+    void closePage();
     void writeMessages();
     void writeErrors(std::size_t first);
     void renderBody(const Formlet *formlet);
@@ -123,6 +131,7 @@ class Engine : public ConfigManagerListener {
     std::string stylesheet_;
     bool authorized_ = false;
     bool forceSubmit_ = false;
+    bool loginRefused_ = false;
     bool debugMode_ = false;
     std::optional<std::string> versionLine_;
 };

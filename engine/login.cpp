@@ -3,6 +3,7 @@
 #include "cgi/cgi.h"
 #include "cgi/session_file.h"
 #include "engine/engine.h"
+#include "engine/login_guard.h"
 #include "util/log.h"
 
 #include <algorithm>
@@ -30,6 +31,22 @@ int lifetimeMinutes(const ConfigManager &config) {
     return minutes == 0 ? default_lifetime_minutes : static_cast<int>(minutes);
 }
 
+/// False, with an error of the request, while too many logins have failed.
+bool isAdmitted(const ConfigManager &config, Cgi &cgi, const std::string &name) {
+    if (!LoginGuard::isEnabled(config))
+        return true;
+    const std::string address = cgi.getRemoteAddress();
+    const auto wait = LoginGuard(config).admit(address, name);
+    if (wait.count() == 0)
+        return true;
+    logRecord(Priority::info, "WebUI User: %s - REFUSED after too many failed logins, from %s",
+              name.c_str(), address.c_str());
+    const auto minutes = std::chrono::ceil<std::chrono::minutes>(wait).count();
+    cgi.addError("Too many logins have failed. Please try again in " + std::to_string(minutes) +
+                 (minutes == 1 ? " minute." : " minutes."));
+    return false;
+}
+
 } // namespace
 
 void loginHandlePost(Engine &engine) {
@@ -39,12 +56,22 @@ void loginHandlePost(Engine &engine) {
         cgi->getVarString("action").raw != "login_userpass")
         return;
     const ConfigManager &config = engine.config();
-    engine.setSession(Session(loginName(cgi->getVarString("username")),
-                              cgi->getVarString("password").raw, lifetimeMinutes(config),
+    const std::string name = loginName(cgi->getVarString("username"));
+    if (!isAdmitted(config, *cgi, name)) {
+        engine.setLoginRefused();
+        return;
+    }
+    engine.setSession(Session(name, cgi->getVarString("password").raw, lifetimeMinutes(config),
                               !config.getBoolean("config.auth.autorefresh.disabled"),
                               !config.getBoolean("config.auth.extendedsessionids")));
     if (engine.session().isValid())
         engine.session().setSessionCookie(*cgi);
+}
+
+void loginSucceeded(Engine &engine) {
+    if (LoginGuard::isEnabled(engine.config()))
+        LoginGuard(engine.config())
+            .succeeded(engine.cgi()->getRemoteAddress(), engine.session().username());
 }
 
 } // namespace zandorin

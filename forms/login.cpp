@@ -1,3 +1,4 @@
+#include "engine/login.h"
 #include "cgi/cgi.h"
 #include "cgi/session.h"
 #include "engine/engine.h"
@@ -86,8 +87,9 @@ void handleReply(Session &session, Cgi &cgi) {
 }
 
 /// What a finished conversation means.
-void complete(Session &session, Cgi &cgi) {
+void complete(Engine &engine, Session &session, Cgi &cgi) {
     if (session.authSuccess()) {
+        loginSucceeded(engine);
         recordEvent(login_event, session);
         return;
     }
@@ -101,7 +103,7 @@ void complete(Session &session, Cgi &cgi) {
 void handleAction(Engine &engine) {
     ZANDORIN_TRACE();
     Cgi *cgi = engine.requireCgi();
-    if (cgi == nullptr)
+    if (cgi == nullptr || engine.loginRefused())
         return;
     Session &session = engine.session();
     const std::string action = requestedAction(engine, *cgi);
@@ -128,7 +130,7 @@ void handleAction(Engine &engine) {
         return;
     }
     if (session.authFinalised())
-        complete(session, *cgi);
+        complete(engine, session, *cgi);
 }
 
 void showCredentials(Cgi &cgi) {

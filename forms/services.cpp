@@ -72,14 +72,15 @@ constexpr ui::Setting protection[] = {
      .key = "config.bfprotection.enabled",
      .type = "boolean",
      .input = ui::Input::check,
-     .help = "Shut out addresses from which logins keep failing."},
+     .help = "Refuse web logins from addresses, and under names, for which they keep failing. "
+             "Other ways to log in stay open."},
     {.label = "Failed Login Limit",
      .key = "config.bfprotection.limit",
      .help = "Failed logins in a row, at least 1, after which an address is shut out. Empty: 3.",
      .maxlength = 9},
     {.label = "Lockout Time",
      .key = "config.bfprotection.timeout",
-     .help = "Minutes, at least 1, that it stays shut out. Empty: 60.",
+     .help = "Minutes, at least 1, that it stays shut out after the last of them. Empty: 60.",
      .maxlength = 9},
 };
 

@@ -1,5 +1,6 @@
 #include "util/process_pipe.h"
 
+#include "util/child_process.h"
 #include "util/fd.h"
 
 #include <algorithm>
@@ -59,12 +60,14 @@ class ChildSignalBlock {
     bool valid_ = false;
 };
 
-[[noreturn]] void becomeCommand(int output, const char *command) {
+[[noreturn]] void becomeCommand(int output, const char *command, char *const *environment) {
+    resetSignals();
     ::dup2(output, STDOUT_FILENO);
     const int input = ::open("/dev/null", O_RDONLY);
     if (input >= 0)
         ::dup2(input, STDIN_FILENO);
-    ::execl("/bin/sh", "/bin/sh", "-c", command, nullptr);
+    ::closefrom(STDERR_FILENO + 1);
+    ::execle("/bin/sh", "/bin/sh", "-c", command, nullptr, environment);
     std::perror("/bin/sh");
     ::_exit(1);
 }
@@ -126,9 +129,10 @@ void ipipestream::spawn(const std::string &command) {
         return;
     UniqueFd readEnd(ends[0]);
     UniqueFd writeEnd(ends[1]);
+    const ChildEnvironment environment;
     const pid_t child = ::fork();
     if (child == 0)
-        becomeCommand(writeEnd.get(), command.c_str());
+        becomeCommand(writeEnd.get(), command.c_str(), environment.block());
     if (child < 0) {
         const int reason = errno;
         readEnd.reset();

@@ -35,8 +35,9 @@ class timeout_buf : public std::streambuf {
 };
 
 /// The standard output of a shell command as a stream. The command runs through /bin/sh with
-/// /dev/null as standard input and this process's standard error; no text of a user may be part
-/// of it. Destruction neither waits for nor kills a command that is still running.
+/// /dev/null as standard input and this process's standard error; of its other descriptors and its
+/// environment it gets what util/child_process.h allows. No text of a user may be part of it.
+/// Destruction neither waits for nor kills a command that is still running.
 class ipipestream : public std::istream {
   public:
     /// Starts the command. When that fails, reading finds the end at once and no status ever comes.

@@ -1,16 +1,14 @@
 #include "platform/libzdsupport/process.h"
 
 #include "platform/libzdsupport/child.h"
+#include "util/child_process.h"
 #include "util/fd.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <optional>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -27,18 +25,6 @@ using Clock = std::chrono::steady_clock;
 // errno of a failed execve. A successful one closes it.
 constexpr int report_fd = 3;
 
-std::vector<std::string> allowedEnvironment() {
-    std::vector<std::string> allowed;
-    for (const char *name :
-         {"PATH", "TZ", "LANG", "ZANDORIN_ROOT", "LD_PRELOAD", "NSS_WRAPPER_PASSWD",
-          "NSS_WRAPPER_GROUP", "NSS_WRAPPER_DISABLE_DEEPBIND"}) {
-        const char *value = std::getenv(name);
-        if (value != nullptr)
-            allowed.push_back(std::string(name) + "=" + value);
-    }
-    return allowed;
-}
-
 void report(int value) {
     // The starter takes silence for a failure, so a failed write needs no answer.
     [[maybe_unused]] const ssize_t written = ::write(report_fd, &value, sizeof value);
@@ -47,14 +33,6 @@ void report(int value) {
 [[noreturn]] void giveUp() {
     report(errno);
     ::_exit(127);
-}
-
-void resetSignals() {
-    for (int number = 1; number < NSIG; ++number)
-        ::signal(number, SIG_DFL);
-    sigset_t none;
-    ::sigemptyset(&none);
-    ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
 /// In the child. Only system calls from here on.
@@ -133,12 +111,7 @@ void reap(pid_t child) {
 } // namespace
 
 pid_t startProgram(const char *const *arguments, Reaper reaper) {
-    std::vector<std::string> variables = allowedEnvironment();
-    std::vector<char *> environment;
-    environment.reserve(variables.size() + 1);
-    for (std::string &variable : variables)
-        environment.push_back(variable.data());
-    environment.push_back(nullptr);
+    const ChildEnvironment environment;
 
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0)
@@ -149,7 +122,7 @@ pid_t startProgram(const char *const *arguments, Reaper reaper) {
     if (child < 0)
         return -1;
     if (child == 0)
-        runChild(writing.get(), reaper, arguments, environment.data());
+        runChild(writing.get(), reaper, arguments, environment.block());
     writing.reset();
 
     int program = 0;

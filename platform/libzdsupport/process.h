@@ -8,6 +8,5 @@
 /// The child is a session of its own with default signal handling, /dev/null as standard input,
 /// output and error, "/" as its folder and none of this process's other descriptors, so that
 /// neither the page nor the web server's sockets wait for it. Its environment is an allow list of
-/// this one: PATH, TZ, LANG, ZANDORIN_ROOT and what preloads account files in development
-/// (LD_PRELOAD, NSS_WRAPPER_PASSWD, NSS_WRAPPER_GROUP, NSS_WRAPPER_DISABLE_DEEPBIND).
+/// this one (util/child_process.h).
 pid_t zandorin_proc_exec_nowait(const char *const *arguments);

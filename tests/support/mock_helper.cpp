@@ -63,8 +63,8 @@ MockHelper::MockHelper(const Answers &answers, int delayMs, const std::string &p
         serve(answers, delayMs, pidFile, ready[1]);
     ::close(ready[1]);
     char byte = 0;
-    if (pidFile.empty())
-        static_cast<void>(::read(ready[0], &byte, 1));
+    if (pidFile.empty()) [[maybe_unused]]
+        const ssize_t got = ::read(ready[0], &byte, 1);
     ::close(ready[0]);
 }
 

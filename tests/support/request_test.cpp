@@ -251,6 +251,16 @@ bool RequestTest::exists(std::string_view path) const {
     return fs::exists(onHost(path));
 }
 
+std::map<std::string, std::string> RequestTest::files() const {
+    std::map<std::string, std::string> found;
+    for (const auto &entry : fs::recursive_directory_iterator(root_)) {
+        const std::string path = entry.path().string().substr(root_.size());
+        if (entry.is_regular_file() && !entry.is_symlink() && !path.starts_with("/tmp/"))
+            found[path] = path.starts_with("/var/run/.sessions/") ? "" : read(path);
+    }
+    return found;
+}
+
 void RequestTest::configure(const std::string &key, const std::string &value) const {
     auto document = platform::parseXml(read("/etc/config/config.xml"));
     if (!document)

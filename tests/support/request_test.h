@@ -84,6 +84,9 @@ class RequestTest : public ::testing::Test {
     bool exists(std::string_view path) const;
     std::string onHost(std::string_view path) const { return root_ + std::string(path); }
 
+    /// The appliance's files by path, but those of /tmp; of a session only that it is there.
+    std::map<std::string, std::string> files() const;
+
     /// Adds to or replaces the value of a dotted key in the stored configuration.
     void configure(const std::string &key, const std::string &value) const;
     /// The value of a dotted key in the stored configuration; "" when there is none.

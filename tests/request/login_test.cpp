@@ -1,0 +1,151 @@
+#include "tests/support/request_test.h"
+
+#include <crypt.h>
+#include <filesystem>
+#include <regex>
+
+// Logins from outside: the real program, the real helper, PAM.
+
+namespace zandorin::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class Login : public RequestTest {
+  protected:
+    Login() {
+        put("/etc/pam.d/web", "auth required pam_unix.so nodelay\naccount required pam_unix.so\n");
+        put("/etc/config/passwd",
+            std::string("root:") + ::crypt("kestrel", "$6$saltsalt$") + ":0:0::/root:/bin/sh\n");
+    }
+
+    static Fields credentials(const std::string &name, const std::string &password) {
+        return {{"form", "login"},
+                {"action", "login_userpass"},
+                {"username", name},
+                {"password", password}};
+    }
+    Response logIn(const std::string &name, const std::string &password,
+                   const std::string &cookie = "") {
+        return post(credentials(name, password), cookie);
+    }
+    /// The cookie header for the session that a response opened; ends it with the test.
+    std::string cookieOf(const Response &response) {
+        const std::string line = response.headerLine("Set-Cookie");
+        std::smatch match;
+        EXPECT_TRUE(
+            std::regex_match(line, match, std::regex("(ZdSessionId=([0-9a-f]{16,32})); HttpOnly")))
+            << line;
+        return match[1];
+    }
+    void logOut(const std::string &cookie) { get("form=logout", cookie); }
+};
+
+bool isIn(const Response &response) {
+    return response.has("You have successfully logged in.");
+}
+
+TEST_F(Login, AlwaysMakesASessionOfItsOwn) {
+    std::string last;
+    for (const char *planted : {"0123456789abcdef", "ffffffffffffffffffffffffffffffff", "x"}) {
+        const Response response = logIn("root", "kestrel", std::string("ZdSessionId=") + planted);
+        EXPECT_TRUE(isIn(response));
+        const std::string cookie = cookieOf(response);
+        EXPECT_NE(cookie, std::string("ZdSessionId=") + planted) << "set beforehand";
+        EXPECT_NE(cookie, last);
+        EXPECT_FALSE(exists(std::string("/var/run/.sessions/session-") + planted));
+        last = cookie;
+        const std::string id = cookie.substr(cookie.find('=') + 1);
+        for (const char *query : {"", "form=sessions", "form=logout"}) {
+            const Response page = get(query, cookie);
+            EXPECT_FALSE(page.has(id)) << query;
+            EXPECT_EQ(page.header.find("Location"), std::string::npos);
+        }
+    }
+}
+
+TEST_F(Login, PageOpenedBeforeALogoutIsOfNoUseAfterIt) {
+    const std::string cookie = cookieOf(logIn("root", "kestrel"));
+    const Fields fields = {
+        {"form", "systemsettings"}, {"apply", "1"}, {"config.system.name", "after"}};
+    ASSERT_TRUE(get("form=systemsettings", cookie).has("config.system.name"));
+    logOut(cookie);
+    for (const auto &response : {post(fields, cookie), get("form=sessions", cookie)}) {
+        EXPECT_TRUE(response.has("name=\"username\""));
+        EXPECT_EQ(response.headerLine("Set-Cookie"), "");
+    }
+    EXPECT_EQ(stored("config.system.name"), "zandorin");
+}
+
+TEST_F(Login, FilesAreTheOwnersAloneUnderAnyUmask) {
+    for (const char *mask : {"0", "0777"}) {
+        fs::remove_all(onHost("/var/run/.sessions"));
+        configure("config.bfprotection.enabled", "on");
+        const Response response =
+            startPost(credentials("root", "kestrel"), "",
+                      {"/bin/sh", "-c", std::string("umask ") + mask + "; exec \"$0\""})
+                .finish();
+        EXPECT_TRUE(isIn(response)) << mask;
+        const std::string cookie = cookieOf(response);
+        int seen = 0;
+        for (const auto &entry : fs::recursive_directory_iterator(onHost("/var/run"))) {
+            const auto mode = static_cast<unsigned>(entry.symlink_status().permissions());
+            EXPECT_EQ(mode, entry.is_directory() ? 0700U : 0600U) << mask << " " << entry.path();
+            ++seen;
+        }
+        EXPECT_GE(seen, 4) << "folder, session, helper's socket, failed logins";
+        logOut(cookie);
+    }
+}
+
+TEST_F(Login, GuessingIsStoppedWhereItComesFrom) {
+    configure("config.bfprotection.enabled", "on");
+    configure("config.bfprotection.limit", "2");
+    configure("config.bfprotection.timeout", "7");
+    const std::string refused = "Too many logins have failed. Please try again in 7 minutes.";
+    const std::string wrong = "Invalid login credentials. Please try again";
+    EXPECT_TRUE(logIn("root", "guess").has(wrong));
+    EXPECT_TRUE(logIn("nobody", "guess").has(wrong));
+    // What would open a lock that is read from a log.
+    const std::string forged = "x\nWebUI User: root - LOGIN from 192.0.2.1:1";
+    put("/var/log/messages", forged + "\n");
+    for (const std::string &name : {std::string("root"), forged, std::string()}) {
+        const Response response = logIn(name, "kestrel");
+        EXPECT_TRUE(response.has(refused)) << name;
+        EXPECT_TRUE(response.has("name=\"username\"")) << name;
+        EXPECT_FALSE(response.has(wrong)) << name;
+        EXPECT_EQ(response.headerLine("Set-Cookie"), "") << name;
+    }
+    EXPECT_NE(log().find("WebUI User: root - REFUSED after too many failed logins, from 192.0.2.1"),
+              std::string::npos);
+    EXPECT_EQ(log().find("\nWebUI User"), std::string::npos);
+
+    // Somebody else's, and this one's once protection is off.
+    const auto from = [&](const char *address) {
+        return request({{"REQUEST_METHOD", "POST"},
+                        {"CONTENT_TYPE", "application/x-www-form-urlencoded"},
+                        {"REMOTE_ADDR", address}},
+                       encode(credentials("root", "kestrel")));
+    };
+    const Response elsewhere = from("192.0.2.9");
+    EXPECT_TRUE(isIn(elsewhere));
+    logOut(cookieOf(elsewhere));
+    configure("config.bfprotection.enabled", "off");
+    const Response unprotected = from("192.0.2.1");
+    EXPECT_TRUE(isIn(unprotected));
+    logOut(cookieOf(unprotected));
+}
+
+TEST_F(Login, SeveralGuessesAtOnceDoNotGetPast) {
+    configure("config.bfprotection.enabled", "on");
+    std::vector<Running> attempts;
+    for (int i = 0; i < 8; ++i)
+        attempts.push_back(startPost(credentials("root", "guess"), ""));
+    int judged = 0;
+    for (Running &attempt : attempts)
+        judged += attempt.finish().has("Invalid login credentials") ? 1 : 0;
+    EXPECT_EQ(judged, 3);
+}
+
+} // namespace
+} // namespace zandorin::test

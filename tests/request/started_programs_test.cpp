@@ -1,0 +1,128 @@
+#include "tests/support/request_test.h"
+#include "util/files.h"
+
+#include <filesystem>
+#include <regex>
+#include <set>
+#include <sstream>
+
+// Everything that a request starts, with a stand-in that records what it was started with.
+
+namespace zandorin::test {
+namespace {
+
+namespace fs = std::filesystem;
+using Set = std::set<std::string>;
+
+/// What may be handed on, and what shells add to it.
+const Set allowed_variables = {"PATH",
+                               "ZANDORIN_ROOT",
+                               "LD_PRELOAD",
+                               "NSS_WRAPPER_PASSWD",
+                               "NSS_WRAPPER_GROUP",
+                               "NSS_WRAPPER_DISABLE_DEEPBIND",
+                               "PWD",
+                               "OLDPWD",
+                               "SHLVL",
+                               "_"};
+
+/// Sources that start programs. One that is new here belongs into the table below as well.
+const Set starting_sources = {
+    "cgi/session.cpp",                       // pam-client
+    "forms/lldpstatus.cpp",                  // lldpcli
+    "platform/libzandorin/configurator.cpp", // configurators
+    "platform/libzdsupport/clock.cpp",       // hwclock, never with an appliance root
+    "platform/libzdsupport/process.cpp",     // the one that does it
+    "ui/template_files.cpp",                 // initsnmpappconf
+    "util/process_pipe.cpp",                 // the one that does it through a shell
+};
+
+const struct Row {
+    const char *name;
+    const char *program;  ///< the recorder's place, or of a script that becomes it
+    bool isScript;        ///< run by a shell by its name
+    Fields fields;        ///< posted
+    const char *expected; ///< arguments and descriptors, a line each; %R is the appliance root
+} rows[] = {
+    {"helper of a login",
+     "/bin/pam-client",
+     false,
+     {{"form", "login"},
+      {"action", "login_userpass"},
+      {"username", "--help"},
+      {"password", "-o;id`id`"}},
+     "arg -o\nfd 0 /dev/null\nfd 1 /dev/null\nfd 2 /dev/null\n"},
+    {"LLDP client",
+     "/sbin/lldpcli",
+     false,
+     {{"form", "lldpstatus"}, {"interface", "-x;id"}},
+     "arg -f\narg keyvalue\narg show\narg chassis\narg details\n"
+     "fd 0 /dev/null\nfd 1 pipe\nfd 2 /dev/null\n"
+     "arg -f\narg keyvalue\narg show\narg neighbor\narg details\n"
+     "fd 0 /dev/null\nfd 1 pipe\nfd 2 /dev/null\n"},
+    {"maker of an engine ID",
+     "/etc/scripts/initsnmpappconf",
+     true,
+     {{"form", "snmp"}, {"config.system.snmp.engineid", "-x;id"}},
+     "fd 0 /dev/null\nfd 1 pipe\nfd 2 /dev/null\n" // each of the two managers asks
+     "fd 0 /dev/null\nfd 1 pipe\nfd 2 /dev/null\n"},
+    {"configurator",
+     "/usr/lib/zandorin/configurators/systemsettings",
+     false,
+     {{"form", "systemsettings"}, {"apply", "1"}, {"config.system.name", "--help"}},
+     "arg %R/etc/config/config.xml\nfd 0 /dev/null\nfd 1 /dev/null\nfd 2 /dev/null\n"},
+};
+
+class StartedPrograms : public RequestTest {};
+
+TEST_F(StartedPrograms, GetAnAllowListOfWhatTheRequestHas) {
+    expectLog("can not contain markup");
+    for (const auto &row : rows) {
+        put("/tmp/started", "");
+        const std::string place = onHost(row.program);
+        fs::create_directories(fs::path(place).parent_path());
+        fs::remove(place);
+        if (row.isScript)
+            put(row.program, "exec " ZANDORIN_RECORDER "\n");
+        else
+            fs::copy_file(ZANDORIN_RECORDER, place);
+        const std::string cookie = row.fields[0].second == "login" ? "ZdSessionId=none" : login();
+        // A web server that leaves descriptors open, and what a client may send.
+        start({{"REQUEST_METHOD", "POST"},
+               {"CONTENT_TYPE", "application/x-www-form-urlencoded"},
+               {"HTTP_COOKIE", cookie},
+               {"HTTP_USER_AGENT", "() { :;}; touch started"},
+               {"BASH_FUNC_test%%", "() { id; }"},
+               {"BASH_ENV", "/etc/profile"},
+               {"LD_LIBRARY_PATH", "/tmp"}},
+              encode(row.fields),
+              {"/bin/sh", "-c", "exec 7</etc/passwd 9>&1 2>/dev/null; exec \"$0\""})
+            .finish();
+        std::istringstream record(read("/tmp/started"));
+        std::string seen;
+        for (std::string line; std::getline(record, line);)
+            if (!line.starts_with("env "))
+                seen += line + "\n";
+            else
+                EXPECT_TRUE(allowed_variables.contains(line.substr(4))) << row.name << ": " << line;
+        const std::string expected =
+            std::regex_replace(std::string(row.expected), std::regex("%R"), onHost(""));
+        EXPECT_EQ(seen, expected) << row.name;
+    }
+}
+
+TEST_F(StartedPrograms, AreStartedFromKnownPlacesOnly) {
+    const std::regex call("\\b(exec[lv]p?e?|fexecve|popen|system|posix_spawnp?|fork|vfork|clone|"
+                          "runProgram|startProgram|zandorin_proc_exec_nowait|ipipestream \\w+)\\(");
+    Set found;
+    for (const char *folder : {"util", "platform", "cgi", "framework", "ui", "engine", "forms"})
+        for (const auto &entry :
+             fs::recursive_directory_iterator(fs::path(ZANDORIN_SOURCE_DIR) / folder))
+            if (const std::string path = entry.path();
+                path.ends_with(".cpp") && std::regex_search(readFile(path).value_or(""), call))
+                found.insert(path.substr(std::string(ZANDORIN_SOURCE_DIR).size() + 1));
+    EXPECT_EQ(found, starting_sources);
+}
+
+} // namespace
+} // namespace zandorin::test

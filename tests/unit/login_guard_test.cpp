@@ -1,0 +1,121 @@
+#include "engine/login_guard.h"
+#include "tests/support/appliance_test.h"
+#include "tests/support/log_capture.h"
+
+#include <algorithm>
+
+namespace zandorin {
+namespace {
+
+using std::chrono::seconds;
+
+constexpr unsigned limit = 3;
+constexpr seconds lockout(600);
+constexpr const char *table = "/var/run/.logins";
+
+class LoginGuardTest : public test::ApplianceTest {
+  protected:
+    void SetUp() override {
+        ApplianceTest::SetUp();
+        makeFolder("/var/run");
+    }
+
+    /// Seconds to wait before a login at that time; 0 is one that was made, and failed.
+    static long fail(int now, const std::string &address, const std::string &name) {
+        return static_cast<long>(
+            LoginGuard(limit, lockout, seconds(now)).admit(address, name).count());
+    }
+    static void succeed(int now, const std::string &address, const std::string &name) {
+        LoginGuard(limit, lockout, seconds(now)).succeeded(address, name);
+    }
+};
+
+TEST_F(LoginGuardTest, ShutsOutAnAddressForAWhile) {
+    EXPECT_EQ(fail(1000, "192.0.2.1", "root"), 0);
+    EXPECT_EQ(fail(1010, "192.0.2.1", "ann"), 0) << "another name, the same address";
+    EXPECT_EQ(fail(1020, "192.0.2.1", "root"), 0);
+    EXPECT_EQ(fail(1030, "192.0.2.1", "root"), 590);
+    EXPECT_EQ(fail(1619, "192.0.2.1", "bea"), 1) << "what was refused is not counted";
+    EXPECT_EQ(fail(1030, "192.0.2.2", "root"), 0) << "somewhere else";
+    EXPECT_EQ(fail(1620, "192.0.2.1", "root"), 0) << "over";
+    EXPECT_EQ(fail(1621, "192.0.2.1", "root"), 0) << "counted anew";
+    EXPECT_EQ(modeOf(table), 0600U);
+}
+
+TEST_F(LoginGuardTest, OneClientIsOneAddress) {
+    const struct {
+        const char *name;
+        const char *first;
+        const char *second;
+        bool same;
+    } rows[] = {
+        {"same network", "2001:db8::1", "2001:db8:0:0:ffff::2", true},
+        {"another network", "2001:db8::1", "2001:db8:0:1::1", false},
+        {"mapped", "::ffff:192.0.2.1", "192.0.2.1", true},
+        {"neighbors", "192.0.2.1", "192.0.2.11", false},
+        {"no addresses", "", "x y\n1", true},
+        {"a line end", "192.0.2.1", "192.0.2.1\n", false},
+    };
+    for (const auto &row : rows) {
+        put(table, "");
+        for (unsigned i = 0; i < limit; ++i)
+            fail(1000, row.first, "root");
+        EXPECT_EQ(fail(1000, row.second, "root") != 0, row.same) << row.name;
+    }
+}
+
+TEST_F(LoginGuardTest, SuccessTakesBackItsOwnFailuresOnly) {
+    fail(1000, "192.0.2.1", "root");
+    fail(1000, "192.0.2.1", "root");
+    succeed(1000, "192.0.2.1", "ann");
+    succeed(1000, "192.0.2.2", "root");
+    EXPECT_EQ(fail(1000, "192.0.2.1", "ann"), 0);
+    EXPECT_EQ(fail(1000, "192.0.2.1", "root"), 600) << "an account buys no guesses at another";
+    succeed(1000, "192.0.2.1", "root");
+    EXPECT_EQ(fail(1000, "192.0.2.1", "root"), 0);
+}
+
+TEST_F(LoginGuardTest, NameUnderFireFromEverywhereIsSlowedNotShut) {
+    const auto from = [](int n) { return "198.51." + std::to_string(n) + ".1"; };
+    for (int n = 0; n < 30; ++n)
+        EXPECT_EQ(fail(1000, from(n), "root"), 0) << n;
+    EXPECT_EQ(fail(1000, "192.0.2.1", "root"), 60) << "a tenth of the time";
+    EXPECT_EQ(fail(1000, "192.0.2.1", "ann"), 0) << "nobody else";
+    EXPECT_EQ(fail(1060, "192.0.2.1", "root"), 0) << "one try";
+    EXPECT_EQ(fail(1061, "192.0.2.2", "root"), 59);
+}
+
+TEST_F(LoginGuardTest, AJumpOfTheClockAndADamagedFileLockNobody) {
+    for (const std::string &contents :
+         {std::string("192.0.2.1 1 3 999999\n"), std::string("192.0.2.1 1 3 -5\n"),
+          std::string("192.0.2.1 1 99999999999999999999 1000\n"),
+          std::string("192.0.2.1 1 -3 1000"), std::string("192.0.2.1 1 3"),
+          std::string("\0\xff\n\n   \n", 8), std::string(1000000, 'a')}) {
+        put(table, contents);
+        EXPECT_EQ(fail(1000, "192.0.2.1", "root"), 0) << contents.substr(0, 40);
+    }
+    for (unsigned i = 0; i < limit; ++i)
+        fail(5000, "192.0.2.1", "root");
+    EXPECT_NE(fail(5000, "192.0.2.1", "root"), 0);
+    EXPECT_EQ(fail(10, "192.0.2.1", "root"), 0) << "started again, with the file still there";
+}
+
+TEST_F(LoginGuardTest, AFloodFillsNothing) {
+    for (int i = 0; i < 700; ++i)
+        fail(1000, "10.1." + std::to_string(i / 250) + "." + std::to_string(i % 250),
+             std::string(255, 'x') + std::to_string(i));
+    const std::string contents = get(table);
+    EXPECT_EQ(std::count(contents.begin(), contents.end(), '\n'), 512);
+    EXPECT_EQ(contents.find("xx"), std::string::npos) << "what was typed is not kept";
+}
+
+TEST_F(LoginGuardTest, AFileThatCannotBeWrittenIsLogged) {
+    put("/var/run/.logins.lock/x", "");
+    const test::LogCapture log;
+    EXPECT_EQ(fail(1000, "192.0.2.1", "root"), 0);
+    EXPECT_TRUE(log.has("300 Failed logins can not be counted: /var/run/.logins.lock: Is a "
+                        "directory"));
+}
+
+} // namespace
+} // namespace zandorin

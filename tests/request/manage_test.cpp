@@ -27,7 +27,7 @@ TEST_F(Manage, ShowsEveryoneWhatIsTheirs) {
         std::vector<std::string> hidden;
     } rows[] = {
         {"pmshell",
-         {"Manage: My Access", ">ann&nbsp;<", "Use the serial ports: terminals", ports,
+         {"<h1>My Access</h1>", ">ann&nbsp;<", "Use the serial ports: terminals", ports,
           "Router, 9600 baud", "&lt;UPS&gt;, not set up yet", "Only this one."},
          {outlets, devices, "Port 4", "Open every page"}},
         {"power users", {outlets, "Right rack"}, {ports, devices, "Left rack"}},
@@ -45,7 +45,7 @@ TEST_F(Manage, ShowsEveryoneWhatIsTheirs) {
     }
 
     configure("config.users.user1.groups.group1", "pmoperator");
-    EXPECT_TRUE(get("", login("ann")).has("Status: Summary")) << "who may see it, does first";
+    EXPECT_TRUE(get("", login("ann")).has("<h1>Summary</h1>")) << "who may see it, does first";
     const Response page = get("form=manage", login("ann"));
     EXPECT_TRUE(page.has("<a href=\"?form=sessions\">Web Sessions</a>"));
     EXPECT_FALSE(page.has("<a href=\"?form=users\">"));

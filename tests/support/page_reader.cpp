@@ -48,7 +48,10 @@ void readOptions(PageField &field, const std::string &content) {
 
 } // namespace
 
-std::vector<PageField> readFields(const std::string &page) {
+std::vector<PageField> readFields(const std::string &whole) {
+    // What stands before it, the search for one, is on every page.
+    const auto main = whole.find("<main");
+    const std::string page = whole.substr(main == std::string::npos ? 0 : main);
     static const std::regex start("<(input|select|textarea)\\b[^>]*>");
     static const std::regex current("<div id=\"([^\"]*)\\.current\" title=\"([^\"]*)\"");
     std::map<std::string, std::string> shown;

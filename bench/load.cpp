@@ -33,7 +33,12 @@ namespace {
 struct Subject {
     std::string name, pid, port, method, target, cookies, body, expected;
     std::vector<double> rates = {};
+    double cpu = 0; // microseconds
+    long requests = 0;
 };
+
+/// A batch ends early rather than keep the others waiting.
+constexpr std::chrono::duration<double> longest_batch{1.5};
 
 /// CPU time that a process and the children it has waited for have used, in microseconds
 /// (proc(5), fields 14 to 17 of stat).
@@ -126,27 +131,31 @@ int main(int argc, char **argv) {
         if (!isGood(subject, ask(subject, ++number)))
             return 1;
     // Several subjects may share a server: its time is told round by round.
-    std::vector<double> cpu(subjects.size());
     for (long round = 0; round < rounds; ++round) {
-        for (std::size_t i = 0; i < subjects.size(); ++i) {
-            Subject &subject = subjects[i];
+        for (Subject &subject : subjects) {
             const double before = cpuTime(subject.pid);
             const auto start = Clock::now();
-            for (long request = 0; request < requests; ++request)
+            std::chrono::duration<double> taken{};
+            long count = 0;
+            for (; count < requests && taken < longest_batch; ++count) {
                 if (!isGood(subject, ask(subject, ++number)))
                     return 1;
-            const std::chrono::duration<double> taken = Clock::now() - start;
-            subject.rates.push_back(static_cast<double>(requests) / taken.count());
-            cpu[i] += cpuTime(subject.pid) - before;
+                taken = Clock::now() - start;
+            }
+            subject.rates.push_back(static_cast<double>(count) / taken.count());
+            subject.requests += count;
+            subject.cpu += cpuTime(subject.pid) - before;
         }
     }
     std::printf("%-44s %10s %6s %10s %6s\n", "", "requests/s", "ratio", "CPU us", "ratio");
-    for (std::size_t i = 0; i < subjects.size(); ++i) {
-        const double rate = median(subjects[i].rates);
-        const double each = cpu[i] / static_cast<double>(rounds * requests);
-        std::printf("%-44s %10.0f %6.2f %10.0f %6.2f\n", subjects[i].name.c_str(), rate,
-                    rate / median(subjects[0].rates), each,
-                    each / (cpu[0] / static_cast<double>(rounds * requests)));
+    const auto each = [](const Subject &subject) {
+        return subject.cpu / static_cast<double>(subject.requests);
+    };
+    const Subject &first = subjects.front();
+    for (const Subject &subject : subjects) {
+        const double rate = median(subject.rates);
+        std::printf("%-44s %10.0f %6.2f %10.0f %6.2f\n", subject.name.c_str(), rate,
+                    rate / median(first.rates), each(subject), each(subject) / each(first));
     }
     return 0;
 }

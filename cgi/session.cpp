@@ -251,21 +251,22 @@ std::vector<std::string> Session::getSessionCookies() {
 
 void Session::clearOldSessions(const std::string &except) {
     ZANDORIN_TRACE();
+    const std::int64_t time = now();
+    const auto activity = SessionActivity::load();
+    if (activity && activity->last == time && !activity->mayHaveEnded(time))
+        return; // somebody has just done it
     std::vector<std::string> ids = listSessionIds();
     if (ids.size() > sessions_per_request)
-        return clearCrowd(std::move(ids), except);
+        return clearCrowd(std::move(ids), except, activity, time);
     for (const std::string &id : ids)
         if (id != except) {
             const Session other(id, false);
         }
 }
 
-void Session::clearCrowd(std::vector<std::string> ids, const std::string &except) {
-    const std::int64_t time = now();
-    const auto before = SessionActivity::load();
+void Session::clearCrowd(std::vector<std::string> ids, const std::string &except,
+                         const std::optional<SessionActivity> &before, std::int64_t time) {
     const bool all = !before || before->mayHaveEnded(time);
-    if (!all && before->last == time)
-        return;
     SessionActivity after = all ? SessionActivity{.since = time} : *before;
     after.last = time;
     if (!all) {

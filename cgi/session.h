@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -8,6 +9,7 @@
 namespace zandorin {
 
 class Cgi;
+struct SessionActivity;
 
 /// One web login. Passwords are never checked here: a helper process (/bin/pam-client) holds the
 /// authentication conversation and is talked to over a local socket, the session file keeps what
@@ -70,7 +72,8 @@ class Session {
     static void clearOldSessions(const std::string &except = "");
 
   private:
-    static void clearCrowd(std::vector<std::string> ids, const std::string &except);
+    static void clearCrowd(std::vector<std::string> ids, const std::string &except,
+                           const std::optional<SessionActivity> &before, std::int64_t time);
     bool loadSession(const std::vector<std::string> &ids);
     bool saveSession();
     /// Extends and saves a valid session that refreshes itself; a failed login is not kept alive.

@@ -79,11 +79,6 @@ class Browser:
     def link(self, text):
         return self.driver.find_element(By.LINK_TEXT, text)
 
-    def fill(self, name, text):
-        field = self.one(f"main [name='{name}']")
-        field.clear()
-        field.send_keys(text)
-
     def text(self):
         return self.one("main").text
 

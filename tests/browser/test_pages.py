@@ -27,16 +27,16 @@ def test_values_are_judged_while_one_types_and_after(browser):
     browser.log_in()
     browser.open("?form=smtp")
     assert "mail.example.net" in browser.text()
-    browser.fill(SERVER, "mail server")
+    browser.enter(SERVER, "mail server")
     browser.wait(lambda: "SMTP Server must be assigned a Network Address" in remark(browser, SERVER))
-    browser.fill(SERVER, "caf\xe9+1 <")
+    browser.enter(SERVER, "caf\xe9+1 <")
     browser.wait(lambda: "'caf\xe9+1 <' is invalid" in remark(browser, SERVER))
-    browser.fill(SERVER, "mail.example.net")
+    browser.enter(SERVER, "mail.example.net")
     browser.wait(lambda: not remark(browser, SERVER))
 
     # Never in the way of a submission; two refused fields, the first on the page is where one goes on.
-    browser.fill(SERVER, "no server")
-    browser.fill("config.system.smtp.port", "99999")
+    browser.enter(SERVER, "no server")
+    browser.enter("config.system.smtp.port", "99999")
     browser.press("main input[type=submit]")
     assert len(browser.all(".error-message[role=alert]")) == 2
     assert "'no server' is invalid" in remark(browser, SERVER)
@@ -52,16 +52,16 @@ def test_typed_values_outlive_the_session(browser):
     browser.log_in()
     browser.open("?form=smtp")
     assert not asks_before_leaving(browser)
-    browser.fill(SERVER, "mail.example.net")
-    browser.fill("config.system.smtp.password", "merlin")
+    browser.enter(SERVER, "mail.example.net")
+    browser.enter("config.system.smtp.password", "merlin")
     assert asks_before_leaving(browser)
     browser.driver.delete_all_cookies()
     browser.press("main input[type=submit]")
     kept = browser.driver.execute_script("return sessionStorage.getItem('zandorin.draft');")
     assert "mail.example.net" in kept and "merlin" not in kept
 
-    browser.fill("username", "root")
-    browser.fill("password", "kestrel")
+    browser.enter("username", "root")
+    browser.enter("password", "kestrel")
     browser.press("main input[type=submit]")
     browser.wait(lambda: "Your session had ended" in browser.text())
     assert "form=smtp" in browser.driver.current_url
@@ -88,7 +88,7 @@ def test_configurators_are_watched(browser, status, verdict, words):
     try:
         browser.log_in()
         browser.open("?form=smtp")
-        browser.fill(SERVER, f"relay{status}.example.net")
+        browser.enter(SERVER, f"relay{status}.example.net")
         browser.press("main input[type=submit]")
         assert "Changes to configuration succeeded." in browser.text()
         details = browser.one(".info-message #changes")
@@ -131,11 +131,11 @@ def test_the_main_road_without_scripts(appliance, tmp_path):
         assert "successfully logged in" in browser.text()
         browser.link("here").click()
         browser.link("SMTP").click()
-        browser.fill(SERVER, "mail server")
+        browser.enter(SERVER, "mail server")
         browser.press("main input[type=submit]")
         assert "must be assigned" in browser.one(".error-message").text
         assert field(browser, SERVER).get_attribute("value") == "mail server"
-        browser.fill(SERVER, "relay.example.net")
+        browser.enter(SERVER, "relay.example.net")
         browser.press("main input[type=submit]")
         assert "Changes to configuration succeeded." in browser.text()
         assert "relay.example.net" in browser.one("#changes").get_attribute("textContent")

@@ -130,7 +130,7 @@ def test_own_access(browser):
     log_out(browser)
     browser.submit_login("zoe", "zoe")
     browser.open()
-    assert browser.one("h1").text == "Manage: My Access"
+    assert browser.one("h1").text == "My Access"
     assert "Your Serial Ports\nPort 3 " in browser.text().replace(" \n", "\n") and "Port 4" not in browser.text()
     assert browser.complaints() == []
     log_out(browser)

@@ -84,8 +84,8 @@ class RequestTest : public ::testing::Test {
     bool exists(std::string_view path) const;
     std::string onHost(std::string_view path) const { return root_ + std::string(path); }
 
-    /// The appliance's files by path, but those of /tmp and the snapshots of XML files; of a session
-    /// only that it is there.
+    /// The appliance's files by path, but those of /tmp and the snapshots of XML files; of a
+    /// session only that it is there.
     std::map<std::string, std::string> files() const;
 
     /// Adds to or replaces the value of a dotted key in the stored configuration.

@@ -59,7 +59,8 @@ double cpuTime(const std::string &pid) {
 std::string ask(const Subject &subject, long number) {
     sockaddr_in address = {};
     address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(std::atoi(subject.port.c_str())));
+    address.sin_port =
+        htons(static_cast<std::uint16_t>(std::strtoul(subject.port.c_str(), nullptr, 10)));
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     const zandorin::UniqueFd socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
     const timeval patience = {60, 0};

@@ -3,11 +3,10 @@
 #include "cgi/session.h"
 #include "platform/pam-client/protocol.h"
 #include "util/files.h"
+#include "util/split.h"
+#include "util/strings.h"
 
 #include <algorithm>
-#include <array>
-#include <cinttypes>
-#include <cstdio>
 
 namespace zandorin {
 
@@ -27,14 +26,22 @@ bool refreshesItself(const SessionRecord &session) {
 } // namespace
 
 std::optional<SessionActivity> SessionActivity::load() {
-    const auto text = readFile(activityPath(), 1024);
-    SessionActivity activity;
-    std::array<char, 256> cursor = {};
-    if (!text || std::sscanf(text->c_str(), "%" SCNd64 " %" SCNd64 " %" SCNd32 " %" SCNd32 " %255s",
-                             &activity.since, &activity.last, &activity.shortest,
-                             &activity.firstEnd, cursor.data()) != 5)
+    const auto words = utilities::split(readFile(activityPath(), 1024).value_or(""), " \n");
+    if (words.size() != 5)
         return std::nullopt;
-    activity.cursor = cursor.data();
+    const auto since = parseWhole(words[0]);
+    const auto last = parseWhole(words[1]);
+    const auto shortest = parseWhole(words[2]);
+    const auto firstEnd = parseWhole(words[3]);
+    if (!since || !last || !shortest || !firstEnd)
+        return std::nullopt;
+    constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
+    SessionActivity activity;
+    activity.since = *since;
+    activity.last = *last;
+    activity.shortest = static_cast<std::int32_t>(std::clamp(*shortest, std::int64_t{0}, most));
+    activity.firstEnd = static_cast<std::int32_t>(std::clamp(*firstEnd, std::int64_t{0}, most));
+    activity.cursor = words[4];
     return activity;
 }
 

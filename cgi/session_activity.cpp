@@ -1,7 +1,6 @@
 #include "cgi/session_activity.h"
 
 #include "cgi/session.h"
-#include "platform/pam-client/protocol.h"
 #include "util/files.h"
 #include "util/split.h"
 #include "util/strings.h"
@@ -13,8 +12,7 @@ namespace zandorin {
 namespace {
 
 std::string activityPath() {
-    const std::string session = auth::sessionFilePath("");
-    return session.substr(0, session.rfind('/')) + "/.activity";
+    return sessionFolder() + "/.activity";
 }
 
 /// A failed login is not kept alive.

@@ -9,9 +9,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <limits>
-#include <memory>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
@@ -22,11 +20,6 @@ namespace {
 
 constexpr std::string_view file_prefix = "session-";
 constexpr std::size_t file_limit = std::size_t{64} * 1024;
-
-std::string sessionFolder() {
-    const std::string path = auth::sessionFilePath("");
-    return path.substr(0, path.rfind('/'));
-}
 
 /// Takes the next run of characters that are none of the delimiters off `text`, as strtok does.
 std::string_view takeWord(std::string_view &text) {
@@ -64,6 +57,11 @@ std::string format(const SessionRecord &record) {
 
 } // namespace
 
+std::string sessionFolder() {
+    const std::string path = auth::sessionFilePath("");
+    return path.substr(0, path.rfind('/'));
+}
+
 bool isSessionId(std::string_view id) {
     return !id.empty() && std::all_of(id.begin(), id.end(), [](char c) {
         return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
@@ -77,19 +75,11 @@ std::string sessionPath(std::string_view id) {
 
 std::vector<std::string> listSessionIds() {
     std::vector<std::string> ids;
-    const std::unique_ptr<DIR, int (*)(DIR *)> folder(::opendir(sessionFolder().c_str()),
-                                                      ::closedir);
-    if (!folder)
-        return ids;
-    while (const dirent *entry = ::readdir(folder.get())) {
-        std::string_view name = entry->d_name;
-        if (name.substr(0, file_prefix.size()) != file_prefix)
-            continue;
-        name.remove_prefix(file_prefix.size());
-        if (isSessionId(name))
-            ids.emplace_back(name);
+    for (const std::string &name : namesIn(sessionFolder(), file_prefix)) {
+        std::string id = name.substr(file_prefix.size());
+        if (isSessionId(id))
+            ids.push_back(std::move(id));
     }
-    std::sort(ids.begin(), ids.end());
     return ids;
 }
 

@@ -27,6 +27,9 @@ struct SessionRecord {
 /// True when `id` may name a session: not empty, only letters, digits, "-" and "_".
 bool isSessionId(std::string_view id);
 
+/// The folder of all sessions on this machine.
+std::string sessionFolder();
+
 /// The file of that session on this machine; "" for what is no id.
 std::string sessionPath(std::string_view id);
 

@@ -68,6 +68,12 @@ int FileStreamBuffer::sync() {
     return file_ == nullptr || std::fflush(file_) == 0 ? 0 : -1;
 }
 
+TemplateFunction FileStreamBuffer::functionOf(std::string_view name) const {
+    if (const auto added = functions_.find(name); added != functions_.end())
+        return added->second;
+    return findFunction_ == nullptr ? nullptr : findFunction_(name);
+}
+
 std::string FileStreamBuffer::processFuncs(std::string_view text) {
     ZANDORIN_TRACE();
     std::string output;
@@ -85,11 +91,11 @@ std::string FileStreamBuffer::processFuncs(std::string_view text) {
         }
         std::vector<std::string> arguments = split(text.substr(0, end));
         text.remove_prefix(end + 1);
-        const auto function = functions_.find(arguments.front());
-        if (function == functions_.end())
+        const TemplateFunction function = functionOf(arguments.front());
+        if (function == nullptr)
             continue;
         arguments.erase(arguments.begin());
-        output += function->second(argument_, arguments);
+        output += function(argument_, arguments);
     }
 }
 
@@ -155,18 +161,27 @@ void FileOutputStream::addReplaceable(const std::string &name, TemplateFunction 
         buffer_->addReplaceable(name, function);
 }
 
+void FileOutputStream::setFunctionFinder(TemplateFunctionFinder finder) {
+    ZANDORIN_TRACE();
+    if (buffer_)
+        buffer_->setFunctionFinder(finder);
+}
+
 void FileOutputStream::write(std::istream &input, bool replace) {
+    std::ostringstream text;
+    text << input.rdbuf();
+    write(text.view(), replace);
+}
+
+void FileOutputStream::write(std::string_view text, bool replace) {
     if (logEnabled(Priority::trace))
         logRecord(Priority::trace, "%s:%d write(replace = %d)", __func__, __LINE__,
                   replace ? 1 : 0);
     if (!buffer_)
         return;
-    std::ostringstream text;
-    text << input.rdbuf();
     const bool before = buffer_->replaceEnabled();
     buffer_->setReplaceEnabled(replace);
-    const std::string_view whole = text.view();
-    std::ostream::write(whole.data(), static_cast<std::streamsize>(whole.size()));
+    std::ostream::write(text.data(), static_cast<std::streamsize>(text.size()));
     buffer_->setReplaceEnabled(before);
 }
 

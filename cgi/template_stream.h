@@ -17,6 +17,9 @@ namespace zandorin::cgi {
 /// pointer and the arguments, answers the text that stands in the call's place.
 using TemplateFunction = std::string (*)(void *argument, std::vector<std::string> &arguments);
 
+/// Answers the template function of that name, or null.
+using TemplateFunctionFinder = TemplateFunction (*)(std::string_view name);
+
 /// Stream buffer over a FILE that expands, when switched on, template calls and replaceable names
 /// in what is written (docs/templates.md has the grammar). It has no put area: each insertion into
 /// the stream is one write, and a marker is recognised only inside one write.
@@ -36,6 +39,8 @@ class FileStreamBuffer : public std::streambuf {
     /// A later text or function of the same name takes the place of the earlier.
     void addReplaceable(const std::string &name, const std::string &text);
     void addReplaceable(const std::string &name, TemplateFunction function);
+    /// Whom to ask for a function that was not added: a table needs no copy in each stream.
+    void setFunctionFinder(TemplateFunctionFinder finder) { findFunction_ = finder; }
 
   protected:
     int_type overflow(int_type c) override;
@@ -43,12 +48,14 @@ class FileStreamBuffer : public std::streambuf {
     int sync() override;
 
   private:
+    TemplateFunction functionOf(std::string_view name) const;
     std::string processFuncs(std::string_view text);
     std::string processVars(std::string text) const;
 
     bool replace_ = false;
     std::map<std::string, std::string> replaceables_;
     std::map<std::string, TemplateFunction, std::less<>> functions_;
+    TemplateFunctionFinder findFunction_ = nullptr;
     void *argument_ = nullptr;
     std::FILE *file_;
 };
@@ -69,10 +76,12 @@ class FileOutputStream : public std::ostream {
     void setArgument(void *argument);
     void addReplaceable(const std::string &name, const std::string &text);
     void addReplaceable(const std::string &name, TemplateFunction function);
+    void setFunctionFinder(TemplateFunctionFinder finder);
 
     /// Writes the whole input in one piece, markers expanded when `replace` is true. An unclosed
     /// call leaves the stream bad: nothing written afterwards reaches the file.
     void write(std::istream &input, bool replace);
+    void write(std::string_view text, bool replace);
     using std::ostream::write;
 
   private:

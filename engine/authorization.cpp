@@ -1,5 +1,6 @@
 #include "engine/engine.h"
 
+#include "platform/libzandorin/accounts.h"
 #include "util/log.h"
 
 #include <pwd.h>
@@ -39,7 +40,8 @@ bool Engine::isUserKnown(const std::string &user) {
         logRecord(Priority::error, "Upgrade firmware/config for non-root users.");
         return false;
     }
-    if (::getpwnam(user.c_str()) == nullptr) {
+    // An account of the appliance's own is found without asking the name services.
+    if (!ShadowFile().hashOf(user) && ::getpwnam(user.c_str()) == nullptr) {
         logRecord(Priority::error, "No such user: %s", user.c_str());
         return false;
     }

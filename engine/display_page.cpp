@@ -9,12 +9,11 @@
 #include "ui/escape.h"
 #include "ui/page.h"
 #include "util/exception.h"
+#include "util/files.h"
 #include "util/log.h"
 #include "util/paths.h"
 
 #include <csignal>
-#include <cstring>
-#include <fstream>
 
 #include <unistd.h>
 
@@ -90,11 +89,11 @@ void Engine::displayPage() {
 
 void Engine::openPage() {
     *cgi_ << ui::openPage(title_, "text/html", stylesheet_, favicon_);
-    writeTemplate(std::string(forms_folder) + "head.html");
+    writeFrame("head.html");
 }
 
 void Engine::closePage() {
-    writeTemplate(std::string(forms_folder) + "tail.html");
+    writeFrame("tail.html");
     *cgi_ << ui::closePage() << std::flush;
 }
 
@@ -190,10 +189,7 @@ void Engine::defineForm(const Formlet *formlet) {
             const std::string path = forms_folder + formFile_ + ".def";
             if (!isFormFileName(formFile_) || !isFile(path))
                 return;
-            std::ifstream definition(appliancePath(path));
-            if (definition)
-                cgi_->write(definition, true);
-            else
+            if (!writeTemplate(path))
                 logRecord(Priority::fatal, "Failed opening: %s", path.c_str());
         }
         validateForm();
@@ -237,22 +233,24 @@ void Engine::renderBody(const Formlet *formlet) {
             *cgi_ << ui::getError("No such file: " + shownPath);
             return;
         }
-        std::ifstream body(appliancePath(path));
-        if (body)
-            cgi_->write(body, true);
-        else
+        if (!writeTemplate(path))
             *cgi_ << ui::getError("Error opening file: " + shownPath);
     });
     if (!fault.empty())
         *cgi_ << ui::getFatal(fault);
 }
 
-void Engine::writeTemplate(const std::string &path) {
-    std::ifstream input(appliancePath(path));
-    if (input)
-        cgi_->write(input, true);
-    else
+void Engine::writeFrame(const char *name) {
+    const std::string path = std::string(forms_folder) + name;
+    if (!writeTemplate(path))
         logRecord(Priority::fatal, "No such file: %s", path.c_str());
+}
+
+bool Engine::writeTemplate(const std::string &path) {
+    const auto text = readFile(appliancePath(path));
+    if (text)
+        cgi_->write(*text, true);
+    return text.has_value();
 }
 
 void Engine::runConfigurators() {

@@ -111,7 +111,10 @@ class Engine : public ConfigManagerListener {
     void writeMessages();
     void writeErrors(std::size_t first);
     void renderBody(const Formlet *formlet);
-    void writeTemplate(const std::string &path);
+    /// Head or tail of the page.
+    void writeFrame(const char *name);
+    /// False when there is no such file to be read.
+    bool writeTemplate(const std::string &path);
     void runConfigurators();
 
     std::string title_;

@@ -1,7 +1,11 @@
+#include "cgi/cgi.h"
 #include "engine/engine.h"
 #include "util/log.h"
 #include "util/paths.h"
 
+#include <limits>
+
+#include <malloc.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -20,6 +24,7 @@ void waitForMaintenance() {
 
 int main(int /*argc*/, char **argv) {
     using namespace zandorin;
+    ::mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max()); // it ends before that would pay
     waitForMaintenance();
     openLog(argv[0]);
     logRecord(Priority::debug, "cgi starting");
@@ -27,6 +32,10 @@ int main(int /*argc*/, char **argv) {
     try {
         Engine engine;
         engine.displayPage();
+        // The browser has its page, and need not wait until all this is taken apart.
+        if (engine.cgi() != nullptr)
+            engine.cgi()->end();
+        ::close(STDOUT_FILENO);
     } catch (...) {
         logRecord(Priority::fatal, "An exception occurred");
     }

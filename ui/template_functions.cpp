@@ -4,7 +4,9 @@
 #include "engine/engine.h"
 #include "util/log.h"
 
+#include <algorithm>
 #include <array>
+#include <string_view>
 #include <utility>
 
 namespace zandorin::ui {
@@ -14,14 +16,14 @@ namespace {
 constexpr std::size_t any = static_cast<std::size_t>(-1);
 
 struct Entry {
-    const char *name;
+    std::string_view name;
     std::string (*function)(Engine &, const Arguments &);
     std::size_t least;      ///< arguments needed
     std::size_t most;       ///< arguments taken
     const char *wrongCount; ///< error of the request otherwise
 };
 
-// In the order they are registered. Some messages name another function or number: templates and
+// Some messages name another function or number: templates and
 // their authors know them so.
 constexpr std::array table = {
     Entry{"ui::addElement", addElement, 0, any, ""},
@@ -72,7 +74,7 @@ constexpr std::array table = {
 /// The stream calls a function without its name, so each table entry has a caller of its own.
 template <std::size_t index> std::string call(void *argument, Arguments &arguments) {
     constexpr const Entry &entry = table[index];
-    logRecord(Priority::trace, "%s:%d ", entry.name, __LINE__);
+    logRecord(Priority::trace, "%s:%d ", entry.name.data(), __LINE__);
     Engine &engine = *static_cast<Engine *>(argument);
     if (arguments.size() >= entry.least && arguments.size() <= entry.most)
         return entry.function(engine, arguments);
@@ -81,14 +83,25 @@ template <std::size_t index> std::string call(void *argument, Arguments &argumen
     return "";
 }
 
-template <std::size_t... indexes> void registerAll(Cgi &cgi, std::index_sequence<indexes...>) {
-    (cgi.addReplaceable(table[indexes].name, &call<indexes>), ...);
+template <std::size_t... indexes>
+cgi::TemplateFunction functionAt(std::size_t index, std::index_sequence<indexes...>) {
+    static constexpr std::array<cgi::TemplateFunction, table.size()> callers = {&call<indexes>...};
+    return callers[index];
+}
+
+cgi::TemplateFunction find(std::string_view name) {
+    const auto entry = std::find_if(table.begin(), table.end(),
+                                    [name](const Entry &known) { return name == known.name; });
+    if (entry == table.end())
+        return nullptr;
+    return functionAt(static_cast<std::size_t>(entry - table.begin()),
+                      std::make_index_sequence<table.size()>());
 }
 
 } // namespace
 
 void registerTemplateFunctions(Cgi &cgi) {
-    registerAll(cgi, std::make_index_sequence<table.size()>());
+    cgi.setFunctionFinder(find);
 }
 
 } // namespace zandorin::ui

@@ -5,12 +5,11 @@
 #include "ui/escape.h"
 #include "ui/markup.h"
 #include "ui/page.h"
+#include "util/files.h"
 #include "util/paths.h"
 
 #include <algorithm>
 #include <cstdlib>
-
-#include <unistd.h>
 
 namespace zandorin::ui {
 
@@ -20,17 +19,18 @@ std::string formLink(const NavLeaf &leaf) {
     return "?form=" + leaf.id;
 }
 
-/// A leaf's icon is named after it, where somebody has drawn one.
-std::string iconOf(const NavLeaf &leaf) {
-    const std::string name = "icon-nav-" + leaf.id;
-    const std::string path = appliancePath("/home/httpd/pixmaps/" + name + ".png");
-    const bool drawn = leaf.id.find('/') == std::string::npos && ::access(path.c_str(), F_OK) == 0;
-    return drawn ? name : "icon-nav-default";
+constexpr const char *icon_prefix = "icon-nav-";
+
+/// A leaf's icon is named after it, where somebody has drawn one: `drawn` are the files there are.
+std::string iconOf(const NavLeaf &leaf, const std::vector<std::string> &drawn) {
+    const std::string name = icon_prefix + leaf.id;
+    const bool isDrawn = std::binary_search(drawn.begin(), drawn.end(), name + ".png");
+    return isDrawn ? name : std::string(icon_prefix) + "default";
 }
 
-std::string panelEntry(const NavLeaf &leaf) {
-    return "      <div id=\"related\"><img src=\"" + pixmapPath(iconOf(leaf)) + "\" alt=\"\">" +
-           link(formLink(leaf), leaf.label) + "</div>\n";
+std::string panelEntry(const NavLeaf &leaf, const std::vector<std::string> &drawnIcons) {
+    return "      <div id=\"related\"><img src=\"" + pixmapPath(iconOf(leaf, drawnIcons)) +
+           "\" alt=\"\">" + link(formLink(leaf), leaf.label) + "</div>\n";
 }
 
 std::string panelBranch(const NavBranch &branch, const std::string &number,
@@ -49,6 +49,7 @@ std::string getNavPanel(Engine &engine, const Arguments &) {
     std::string html = "  <script type=\"text/javascript\" src=\"" +
                        resourcePath("/scripts/nav.js") +
                        "\"></script>\n  <div id=\"related-links\">\n";
+    const auto drawnIcons = namesIn(appliancePath("/home/httpd/pixmaps"), icon_prefix);
     const auto &branches = engine.navTree().branches();
     if (branches.empty())
         html += "    <strong>No Items Found</strong>\n";
@@ -56,7 +57,7 @@ std::string getNavPanel(Engine &engine, const Arguments &) {
         std::string entries;
         for (const NavLeaf &leaf : branches[i].leaves)
             if (!leaf.hidden && engine.isOffered(leaf))
-                entries += panelEntry(leaf);
+                entries += panelEntry(leaf, drawnIcons);
         // A branch with nothing in it for this user would only be a heading.
         if (!entries.empty())
             html += panelBranch(branches[i], std::to_string(i), entries);

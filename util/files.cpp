@@ -5,8 +5,10 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <thread>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -78,6 +80,18 @@ std::optional<std::string> readFile(int fd, std::size_t limit) {
     }
     contents.resize(filled);
     return contents;
+}
+
+std::vector<std::string> namesIn(const std::string &path, std::string_view prefix) {
+    std::vector<std::string> names;
+    const std::unique_ptr<DIR, int (*)(DIR *)> folder(::opendir(path.c_str()), ::closedir);
+    while (const dirent *entry = folder ? ::readdir(folder.get()) : nullptr) {
+        const std::string_view name = entry->d_name;
+        if (name.starts_with(prefix))
+            names.emplace_back(name);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
 }
 
 bool replaceFile(const std::string &path, std::string_view contents, mode_t mode, Durable durable) {

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <sys/types.h>
 
@@ -18,6 +19,10 @@ std::optional<std::string> readFile(const std::string &path,
 
 /// The same for what is open as `fd`, from its position on.
 std::optional<std::string> readFile(int fd, std::size_t limit = std::size_t{64} * 1024 * 1024);
+
+/// The names in the folder `path` (of this machine) that begin with `prefix`, in order of their
+/// bytes; none when it cannot be read.
+std::vector<std::string> namesIn(const std::string &path, std::string_view prefix);
 
 /// Whether a new file must survive a power cut: no for what is gone with a reboot anyway.
 enum class Durable { no, yes };

@@ -81,7 +81,9 @@ int roles_add_role(roles_t *set, const char *name) {
 int roles_add_all(roles_t *set, roles_t other) {
     if (set == nullptr)
         return -1;
-    if (other != nullptr && other != *set)
+    if (*set == nullptr && !roles_empty(other))
+        *set = new role_set(*other);
+    else if (other != nullptr && other != *set)
         for (const std::string &name : other->names)
             roles_add_role(set, name.c_str());
     return 0;
@@ -123,12 +125,14 @@ int roles_add_from_group(roles_t *set, const char *group, const ConfigManager &c
 int roles_intersect(roles_t *out, roles_t a, roles_t b) {
     if (out == nullptr)
         return -1;
-    Roles common;
+    role_set common;
     if (a != nullptr)
         for (const std::string &name : a->names)
             if (roles_has(b, name.c_str()))
-                roles_add_role(common.handle(), name.c_str());
-    std::swap(*out, *common.handle());
+                common.names.push_back(name);
+    roles_free(out);
+    if (!common.names.empty())
+        *out = new role_set(std::move(common));
     return 0;
 }
 

@@ -76,8 +76,11 @@ TemplateFunction FileStreamBuffer::functionOf(std::string_view name) const {
 
 std::string FileStreamBuffer::processFuncs(std::string_view text) {
     ZANDORIN_TRACE();
+    // The navigation panel and what else a call answers: rarely more, and unused memory costs
+    // nothing.
+    constexpr std::size_t usual_answers = 16384;
     std::string output;
-    output.reserve(text.size());
+    output.reserve(text.size() + usual_answers);
     for (;;) {
         const auto marker = text.find(call_marker);
         output += text.substr(0, marker);
@@ -107,6 +110,7 @@ std::string FileStreamBuffer::processVars(std::string text) const {
         for (auto found = text.find(name); found != std::string::npos;
              found = text.find(name, done)) {
             logRecord(Priority::debug, "VARIABLE: %s", name.c_str());
+            replaced.reserve(text.size() + replacement.size());
             replaced.append(text, done, found - done);
             replaced += replacement;
             done = found + name.size();

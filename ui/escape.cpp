@@ -116,11 +116,17 @@ constexpr Encoding xml_attribute_encoding = makeXmlAttribute();
 constexpr Encoding all_hex_encoding = makeAllHex();
 
 std::string encode(const Encoding &encoding, std::string_view text) {
-    std::string encoded;
-    encoded.reserve(text.size());
+    const auto stands = [&encoding](char c) {
+        return encoding[static_cast<unsigned char>(c)].length == 0;
+    };
     const char *run = text.data();
     const char *const end = run + text.size();
-    for (const char *c = run; c != end; ++c) {
+    const char *const first = std::find_if_not(run, end, stands);
+    if (first == end)
+        return std::string(text);
+    std::string encoded;
+    encoded.reserve(2 * text.size());
+    for (const char *c = first; c != end; ++c) {
         const Replacement &replacement = encoding[static_cast<unsigned char>(*c)];
         if (replacement.length == 0)
             continue;

@@ -3,6 +3,7 @@
 #include "ui/escape.h"
 #include "ui/markup.h"
 #include "util/log.h"
+#include "util/strings.h"
 
 namespace zandorin::ui {
 
@@ -10,7 +11,7 @@ namespace {
 
 /// ` value="..."`: values are encoded the way request values are.
 std::string valueAttribute(const std::string &value) {
-    return " value=\"" + encodeSafe(value) + "\"";
+    return concat({" value=\"", encodeSafe(value), "\""});
 }
 
 std::string inputButton(const std::string &type, const std::string &name, const std::string &label,

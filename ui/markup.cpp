@@ -1,15 +1,14 @@
 #include "ui/markup.h"
 
 #include "ui/escape.h"
+#include "util/strings.h"
 
 namespace zandorin::ui {
 
 namespace {
 
 std::string quoted(std::string_view name, std::string_view value) {
-    std::string result = " ";
-    result.append(name).append("=\"").append(value).append("\"");
-    return result;
+    return concat({" ", name, "=\"", value, "\""});
 }
 
 } // namespace

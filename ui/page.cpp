@@ -4,6 +4,7 @@
 #include "ui/escape.h"
 #include "ui/markup.h"
 #include "util/log.h"
+#include "util/strings.h"
 
 namespace zandorin::ui {
 
@@ -46,13 +47,11 @@ std::string script(std::string_view path) {
 } // namespace
 
 std::string resourcePath(std::string_view path) {
-    return escapeXmlAttribute(baseUri()) + escapeXmlAttribute(path);
+    return concat({escapeXmlAttribute(baseUri()), escapeXmlAttribute(path)});
 }
 
 std::string pixmapPath(std::string_view name) {
-    std::string path = "/pixmaps/";
-    path.append(name).append(".png");
-    return resourcePath(path);
+    return resourcePath(concat({"/pixmaps/", name, ".png"}));
 }
 
 std::string openPage(const std::string &title, const std::string &contentType,
@@ -132,8 +131,8 @@ std::string delayedRedirect(const std::string &url, int delayMs) {
 
 std::string link(const std::string &target, const std::string &text, const std::string &onClick) {
     ZANDORIN_TRACE();
-    return "<a" + attribute("href", target) + scriptAttribute("onClick", onClick) + ">" +
-           escapeXmlText(text) + "</a>";
+    return concat({"<a", attribute("href", target), scriptAttribute("onClick", onClick), ">",
+                   escapeXmlText(text), "</a>"});
 }
 
 std::string imageLink(const Image &image, const std::string &target) {

@@ -4,6 +4,7 @@
 #include "ui/markup.h"
 #include "ui/page.h"
 #include "util/log.h"
+#include "util/strings.h"
 
 #include <ostream>
 
@@ -14,7 +15,7 @@ namespace {
 constexpr int whole_table = 99; ///< a colspan over every column there may be
 constexpr std::size_t levels_named = 6;
 
-std::string defaultWidth(std::string_view cssClass) {
+std::string_view defaultWidth(std::string_view cssClass) {
     return cssClass == "field-label" ? "22%" : "78%";
 }
 
@@ -70,11 +71,10 @@ void Table::openCell(const std::string &cssClass, int colspan, const std::string
         misuse("ui::Table::openCell() called inappropriately");
         return;
     }
-    out_ << "<td" << optionalAttribute("class", cssClass);
-    if (colspan != 0)
-        out_ << attribute("colspan", std::to_string(colspan));
-    out_ << optionalAttribute("valign", valign)
-         << attribute("width", width.empty() ? defaultWidth(cssClass) : width) << ">";
+    out_ << concat({"<td", optionalAttribute("class", cssClass),
+                    colspan == 0 ? "" : attribute("colspan", std::to_string(colspan)),
+                    optionalAttribute("valign", valign),
+                    attribute("width", width.empty() ? defaultWidth(cssClass) : width), ">"});
     levels_.push_back(Level::cell);
 }
 

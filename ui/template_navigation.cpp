@@ -7,6 +7,7 @@
 #include "ui/page.h"
 #include "util/files.h"
 #include "util/paths.h"
+#include "util/strings.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -19,26 +20,29 @@ std::string formLink(const NavLeaf &leaf) {
     return "?form=" + leaf.id;
 }
 
-constexpr const char *icon_prefix = "icon-nav-";
+constexpr std::string_view icon_prefix = "icon-nav-";
 
 /// A leaf's icon is named after it, where somebody has drawn one: `drawn` are the files there are.
 std::string iconOf(const NavLeaf &leaf, const std::vector<std::string> &drawn) {
-    const std::string name = icon_prefix + leaf.id;
-    const bool isDrawn = std::binary_search(drawn.begin(), drawn.end(), name + ".png");
-    return isDrawn ? name : std::string(icon_prefix) + "default";
+    std::string file = concat({icon_prefix, leaf.id, ".png"});
+    if (!std::binary_search(drawn.begin(), drawn.end(), file))
+        return concat({icon_prefix, "default"});
+    file.resize(file.size() - std::string_view(".png").size());
+    return file;
 }
 
 std::string panelEntry(const NavLeaf &leaf, const std::vector<std::string> &drawnIcons) {
-    return "      <div id=\"related\"><img src=\"" + pixmapPath(iconOf(leaf, drawnIcons)) +
-           "\" alt=\"\">" + link(formLink(leaf), leaf.label) + "</div>\n";
+    return concat({"      <div id=\"related\"><img src=\"", pixmapPath(iconOf(leaf, drawnIcons)),
+                   "\" alt=\"\">", link(formLink(leaf), leaf.label), "</div>\n"});
 }
 
 std::string panelBranch(const NavBranch &branch, const std::string &number,
                         const std::string &entries) {
-    return "    <h4 class=\"sub-title\" onclick=\"navToggle(" + number +
-           ")\"><img class=\"sub-title\" id=\"icon" + number + "\" src=\"" +
-           pixmapPath("icon-collapse") + "\" alt=\"\">" + escapeXmlText(branch.label) + "</h4>\n" +
-           "    <div class=\"branch\" id=\"branch" + number + "\">\n" + entries + "    </div>\n";
+    return concat({"    <h4 class=\"sub-title\" onclick=\"navToggle(", number,
+                   ")\"><img class=\"sub-title\" id=\"icon", number, "\" src=\"",
+                   pixmapPath("icon-collapse"), "\" alt=\"\">", escapeXmlText(branch.label),
+                   "</h4>\n    <div class=\"branch\" id=\"branch", number, "\">\n", entries,
+                   "    </div>\n"});
 }
 
 } // namespace

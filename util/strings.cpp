@@ -39,6 +39,17 @@ bool hasControlCharacter(std::string_view text) {
     });
 }
 
+std::string concat(std::initializer_list<std::string_view> pieces) {
+    std::size_t size = 0;
+    for (const std::string_view piece : pieces)
+        size += piece.size();
+    std::string whole;
+    whole.reserve(size);
+    for (const std::string_view piece : pieces)
+        whole += piece;
+    return whole;
+}
+
 std::string shellQuote(std::string_view text) {
     std::string word = "'";
     for (const char c : text) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,6 +19,9 @@ bool startsWithIgnoreCase(std::string_view text, std::string_view prefix);
 
 /// True when `text` holds a byte below 0x20 or 0x7f.
 bool hasControlCharacter(std::string_view text);
+
+/// The pieces one after the other, in memory that is asked for once.
+std::string concat(std::initializer_list<std::string_view> pieces);
 
 /// `text` as one word of a shell command, whatever stands in it but NUL.
 std::string shellQuote(std::string_view text);

@@ -5,6 +5,7 @@
 #include "cgi/session_file.h"
 #include "platform/libzdsupport/process.h"
 #include "platform/pam-client/protocol.h"
+#include "util/environment.h"
 #include "util/fd.h"
 #include "util/log.h"
 #include "util/paths.h"
@@ -44,11 +45,6 @@ std::int32_t expiryAfter(std::int32_t minutes) {
     return static_cast<std::int32_t>(
         std::clamp<std::int64_t>(now() + 60 * static_cast<std::int64_t>(minutes), 0,
                                  std::numeric_limits<std::int32_t>::max()));
-}
-
-std::string environment(const char *name) {
-    const char *value = std::getenv(name);
-    return value == nullptr ? "" : value;
 }
 
 /// Starts the helper; its process id, or -1.
@@ -197,7 +193,7 @@ std::string Session::cookieLine() const {
     std::string line = "Set-Cookie: ";
     ((line += cookie_name) += '=') += sessionId_;
     line += "; HttpOnly";
-    if (environment("HTTPS") == "on")
+    if (environmentVariable("HTTPS") == "on")
         line += "; Secure";
     return line;
 }
@@ -327,15 +323,16 @@ bool Session::loadSession(const std::vector<std::string> &ids) {
 
 bool Session::saveSession() {
     ZANDORIN_TRACE();
-    SessionRecord record{.username = username_,
-                         .expiryTime = expiryTime_,
-                         .authPid = authPid_,
-                         .authState = authState_,
-                         .sessionLength = sessionLength_,
-                         .autorefresh = autorefresh_,
-                         .sourceIp = own_ ? environment("REMOTE_ADDR") : sourceIp_,
-                         .sourcePort = own_ ? environment("REMOTE_PORT") : sourcePort_,
-                         .sessionStart = sessionStart_};
+    SessionRecord record{
+        .username = username_,
+        .expiryTime = expiryTime_,
+        .authPid = authPid_,
+        .authState = authState_,
+        .sessionLength = sessionLength_,
+        .autorefresh = autorefresh_,
+        .sourceIp = own_ ? std::string(environmentVariable("REMOTE_ADDR")) : sourceIp_,
+        .sourcePort = own_ ? std::string(environmentVariable("REMOTE_PORT")) : sourcePort_,
+        .sessionStart = sessionStart_};
     if (sessionStart_ != 0)
         return updateSessionRecord(sessionId_, record);
     record.sessionStart = sessionStart_ = now();

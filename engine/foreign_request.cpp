@@ -2,10 +2,10 @@
 
 #include "cgi/cgi.h"
 #include "engine/nav_tree.h"
+#include "util/environment.h"
 #include "util/strings.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <string_view>
 
 namespace zandorin {
@@ -21,11 +21,6 @@ constexpr std::string_view setting_prefix = "config.";
 /// What a leaf of the navigation hands to its page to be done at once.
 constexpr std::string_view acting_arguments[] = {"logout"};
 
-std::string_view variable(const char *name) {
-    const char *value = std::getenv(name);
-    return value == nullptr ? std::string_view() : value;
-}
-
 /// Host and port of a URL, as a browser writes them in Host, too; "" for what is no URL.
 std::string_view authorityOf(std::string_view url) {
     const auto scheme = url.find("://");
@@ -37,8 +32,8 @@ std::string_view authorityOf(std::string_view url) {
 
 bool isOwnAuthority(std::string_view authority) {
     return !authority.empty() &&
-           (equalsIgnoreCase(authority, variable("HTTP_HOST")) ||
-            equalsIgnoreCase(authority, authorityOf(variable("HTTP_X_BASE_URI"))));
+           (equalsIgnoreCase(authority, environmentVariable("HTTP_HOST")) ||
+            equalsIgnoreCase(authority, authorityOf(environmentVariable("HTTP_X_BASE_URI"))));
 }
 
 bool isCommandField(std::string_view name) {
@@ -51,10 +46,10 @@ bool isCommandField(std::string_view name) {
 
 bool isForeignRequest() {
     // What is not known to be the console's own is foreign.
-    if (const std::string_view site = variable("HTTP_SEC_FETCH_SITE"); !site.empty())
+    if (const std::string_view site = environmentVariable("HTTP_SEC_FETCH_SITE"); !site.empty())
         return site != "same-origin" && site != "none";
     for (const char *name : {"HTTP_ORIGIN", "HTTP_REFERER"})
-        if (const std::string_view source = variable(name); !source.empty())
+        if (const std::string_view source = environmentVariable(name); !source.empty())
             return !isOwnAuthority(authorityOf(source));
     return false;
 }

@@ -7,6 +7,7 @@
 #include "ui/form.h"
 #include "ui/page.h"
 #include "ui/table.h"
+#include "util/environment.h"
 #include "util/log.h"
 
 #include <cstdlib>
@@ -37,8 +38,7 @@ std::string clientAddress() {
     std::string text = address == nullptr ? "(null)" : address;
     if (text.find(':') != std::string::npos)
         text = "[" + text + "]";
-    const char *port = std::getenv("REMOTE_PORT");
-    if (port != nullptr && *port != '\0')
+    if (const std::string_view port = environmentVariable("REMOTE_PORT"); !port.empty())
         (text += ':') += port;
     return text;
 }

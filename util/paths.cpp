@@ -1,14 +1,13 @@
 #include "util/paths.h"
 
-#include <cstdlib>
+#include "util/environment.h"
 
 namespace zandorin {
 
 namespace {
 
 std::string readRoot() {
-    const char *value = std::getenv("ZANDORIN_ROOT");
-    std::string root = value == nullptr ? "" : value;
+    std::string root(environmentVariable("ZANDORIN_ROOT"));
     while (!root.empty() && root.back() == '/')
         root.pop_back();
     return root;

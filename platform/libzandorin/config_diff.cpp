@@ -38,12 +38,17 @@ class Comparison {
 } // namespace
 
 std::vector<ConfigChange> differences(const XmlImage &before, const XmlImage &after,
-                                      std::string_view key) {
+                                      const std::vector<std::string_view> &keys) {
     Comparison comparison(before, after);
-    comparison.walk(std::string(key), findElement(before, key), findElement(after, key));
-    std::sort(comparison.found.begin(), comparison.found.end(),
-              [](const ConfigChange &a, const ConfigChange &b) { return a.key < b.key; });
-    return std::move(comparison.found);
+    for (const std::string_view key : keys)
+        comparison.walk(std::string(key), findElement(before, key), findElement(after, key));
+    auto &found = comparison.found;
+    std::sort(found.begin(), found.end(),
+              [](const auto &a, const auto &b) { return a.key < b.key; });
+    // One key may stand below another.
+    const auto sameKey = [](const auto &a, const auto &b) { return a.key == b.key; };
+    found.erase(std::unique(found.begin(), found.end(), sameKey), found.end());
+    return std::move(found);
 }
 
 } // namespace zandorin::platform

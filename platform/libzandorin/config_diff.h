@@ -8,9 +8,9 @@
 
 namespace zandorin::platform {
 
-/// The values at and below `key` (a key of the store) in which two configurations differ, in the
-/// order of their keys.
+/// The values at and below any of `keys` (keys of the store) in which two configurations differ,
+/// each once, in the order of their keys.
 std::vector<ConfigChange> differences(const XmlImage &before, const XmlImage &after,
-                                      std::string_view key);
+                                      const std::vector<std::string_view> &keys);
 
 } // namespace zandorin::platform

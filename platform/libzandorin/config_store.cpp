@@ -125,14 +125,10 @@ bool ConfigManager::Store::write() {
             return false;
     }
 
-    written_.clear();
+    std::vector<std::string_view> keys;
     for (const ConfigEdit &edit : edits)
-        for (ConfigChange &change : differences(before.values, *after, edit.key))
-            written_.push_back(std::move(change));
-    const auto byKey = [](const ConfigChange &a, const ConfigChange &b) { return a.key < b.key; };
-    const auto sameKey = [](const auto &a, const auto &b) { return a.key == b.key; };
-    std::sort(written_.begin(), written_.end(), byKey);
-    written_.erase(std::unique(written_.begin(), written_.end(), sameKey), written_.end());
+        keys.push_back(edit.key);
+    written_ = after ? differences(before.values, *after, keys) : std::vector<ConfigChange>();
     if (fresh)
         state_ = std::move(fresh);
     if (after)
@@ -151,7 +147,7 @@ std::vector<ConfigChange> ConfigManager::Store::newValues() const {
     if (!state_ || !state_->delayed)
         return written_;
     const auto committed = loadConfigFile(committed_, "config");
-    return committed ? differences(committed->image, state_->values, "config") : written_;
+    return committed ? differences(committed->image, state_->values, {"config"}) : written_;
 }
 
 bool ConfigManager::Store::saveCommitted(const XmlImage &before, const XmlDocument &document,

@@ -175,7 +175,7 @@ TEST_F(Disaster, AWebServerThatDiesTearsNothing) {
     // Each at several moments of a save, from its start to after its end.
     const struct {
         const char *name;
-        bool inServer; ///< the signal goes to the web server, in whose process group the program is
+        bool inServer; ///< the signal goes to the web server, which the program outlives
         int signal;    ///< 0: it only closes the page's pipe
     } ends[] = {
         {"pipe closed", false, 0},          {"program ended", false, SIGTERM},

@@ -10,28 +10,24 @@ namespace zandorin::test {
 
 namespace {
 
-constexpr std::string_view space = " \t\r\n\f";
+constexpr std::string_view letters =
+    "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
 
 /// Where a browser would go: entities count, white space and control characters do not.
 std::string target(const std::string &value) {
+    static const std::regex entity("&#(x?)([0-9a-fA-F]+);?|&colon;");
     std::string plain;
-    static const std::regex entity("&#(x?)([0-9a-fA-F]+);?|&colon;|&tab;|&newline;",
-                                   std::regex::icase);
     auto rest = value.cbegin();
     for (std::smatch match; std::regex_search(rest, value.cend(), match, entity);
          rest = match[0].second) {
         plain.append(rest, match[0].first);
-        if (match[2].matched)
-            plain += static_cast<char>(
-                std::strtoul(match[2].str().c_str(), nullptr, match[1].length() > 0 ? 16 : 10));
-        else
-            plain += match[0].str()[1] == 'c' || match[0].str()[1] == 'C' ? ":" : "";
+        plain += match[2].matched ? static_cast<char>(std::strtoul(match[2].str().c_str(), nullptr,
+                                                                   match[1].length() > 0 ? 16 : 10))
+                                  : ':';
     }
     plain.append(rest, value.cend());
     std::erase_if(plain, [](char c) { return static_cast<unsigned char>(c) <= ' '; });
-    std::transform(plain.begin(), plain.end(), plain.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    const auto end = plain.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789+.-");
+    const auto end = plain.find_first_not_of(std::string(letters) + "+.-");
     if (end != std::string::npos && end > 0 && plain[end] == ':')
         return plain.substr(0, end + 1);
     return plain.starts_with("//") || plain.starts_with("\\") ? "elsewhere" : "relative";
@@ -39,13 +35,14 @@ std::string target(const std::string &value) {
 
 /// What is kept of an attribute beside its name.
 std::string essence(const std::string &name, const std::string &value) {
-    for (const char *address : {"href", "src", "action", "formaction", "data"})
-        if (name == address)
-            return "=" + target(value);
-    for (const char *live : {"style", "content", "http-equiv", "type", "rel", "target", "method"})
-        if (name == live)
-            return "=" + value;
-    return name.starts_with("on") ? "=" + value : "";
+    const auto isOneOf = [&](std::initializer_list<std::string_view> names) {
+        return std::find(names.begin(), names.end(), name) != names.end();
+    };
+    if (isOneOf({"href", "src", "action", "formaction", "data"}))
+        return "=" + target(value);
+    const bool isLive = name.starts_with("on") || isOneOf({"style", "content", "http-equiv", "type",
+                                                           "rel", "target", "method"});
+    return isLive ? "=" + value : "";
 }
 
 class Reader {
@@ -55,18 +52,13 @@ class Reader {
     void read(std::vector<std::string> &found) {
         while ((at_ = text_.find('<', at_)) != std::string::npos) {
             const std::size_t start = at_++;
-            if (text_.compare(at_, 3, "!--") == 0) {
-                at_ = text_.find("-->", at_);
-                found.emplace_back("comment");
-            } else if (text_.compare(at_, 8, "!DOCTYPE") == 0) {
+            if (text_.compare(at_, 8, "!DOCTYPE") == 0)
                 at_ = text_.find('>', at_);
-                found.emplace_back("doctype");
-            } else if (std::string tag = readTag(); !tag.empty()) {
+            else if (const std::string tag = readTag(); !tag.empty()) {
                 found.push_back(tag);
-                readContent(tag.substr(0, tag.find(' ')), found);
-            } else {
+                readContent(tag, found);
+            } else
                 found.push_back("broken: " + text_.substr(start, 80));
-            }
             if (at_ == std::string::npos)
                 found.push_back("broken: no end of " + text_.substr(start, 80));
         }
@@ -84,15 +76,13 @@ class Reader {
         at_ += there ? 1 : 0;
         return there;
     }
-    void skipSpace() { at_ = std::min(text_.find_first_not_of(space, at_), text_.size()); }
+    void skipSpace() { at_ = std::min(text_.find_first_not_of(" \t\r\n\f", at_), text_.size()); }
 
-    /// The tag behind a "<"; "" when it is none.
+    /// The tag behind a "<"; "" when it is none. No page has comments.
     std::string readTag() {
         std::string tag = take('/') ? "/" : "";
         const std::string name = until(" \t\r\n\f/>");
-        if (name.empty() || name.find_first_not_of(
-                                "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789") !=
-                                std::string::npos)
+        if (name.empty() || name.find_first_not_of(letters) != std::string::npos)
             return "";
         tag += name;
         for (skipSpace(); !take('>'); skipSpace()) {
@@ -106,7 +96,7 @@ class Reader {
             if (take('=')) {
                 skipSpace();
                 const char quote = take('"') ? '"' : take('\'') ? '\'' : '\0';
-                value = quote != '\0' ? until(std::string_view(&quote, 1)) : until(" \t\r\n\f>");
+                value = quote != '\0' ? until({&quote, 1}) : until(" \t\r\n\f>");
                 if (quote != '\0' && !take(quote))
                     return "";
             }
@@ -116,13 +106,15 @@ class Reader {
         return tag;
     }
 
-    /// Of what is no markup up to its end tag, code is kept whole.
-    void readContent(const std::string &tag, std::vector<std::string> &found) {
+    /// Goes to the end tag of what holds no markup. Code is kept whole, data is not.
+    void readContent(const std::string &whole, std::vector<std::string> &found) {
+        const std::string tag = whole.substr(0, whole.find(' '));
         const bool isCode = tag == "script" || tag == "style";
+        const bool isData = whole.find(" type=application/json") != std::string::npos;
         if (!isCode && tag != "textarea" && tag != "title")
             return;
         const auto end = text_.find("</" + tag + ">", at_);
-        if (isCode && end != std::string::npos)
+        if (isCode && !isData && end != std::string::npos)
             found.push_back(text_.substr(at_, end - at_));
         at_ = end;
     }

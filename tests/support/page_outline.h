@@ -7,8 +7,8 @@ namespace zandorin::test {
 /// What in an answer a browser would act upon, and nothing of its texts: the names of the header
 /// lines and the type of the content; each tag in order with the names of its attributes, but
 /// for what is chosen; whole what is code (scripts, styles, event handlers); where an address leads
-/// ("relative", or its scheme, entities resolved). What is no well-formed markup is an entry
-/// "broken: ...", what is in no browser's set of tags stays as it is.
+/// ("relative", "elsewhere", or its scheme, entities resolved). What is no well-formed markup is an
+/// entry "broken: ...".
 std::vector<std::string> outline(const Response &response);
 
 } // namespace zandorin::test

@@ -192,7 +192,7 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
         for (std::size_t i = 0; i < pages_.size(); ++i) {
             const std::string body = open(pages_[i].query).body;
             pages_[i].fields = readFields(body);
-            for (const auto &match : all(body, "\"(config\\.[^\"]+)\":\\[\"([a-z]+)\""))
+            for (const auto &match : all(body, "\"([^\"]+)\":\\[\"([^\"]*)\""))
                 pages_[i].types[match[1]] = match[2];
             for (const auto &match : all(body, "<input name=\"([^\"]*)\"[^>]* type=\"submit\""))
                 pages_[i].buttons.push_back(match[1]);
@@ -330,12 +330,13 @@ TEST_P(HostileText, IsStored) {
 /// Other messages for other texts, but the same kinds of tags.
 TEST_P(HostileText, IsSubmitted) {
     fs::copy(onHost("/etc/config"), onHost("/tmp/kept"), fs::copy_options::recursive);
-    for (const Page &page : pages_) {
-        std::set<std::string> known;
-        for (const char *text : {"1", "harmless", "xx xx~!", "/xx/x", "a\n"})
-            for (const Response &answer : submitWith(page, text, true))
+    std::set<std::string> known;
+    for (const Page &page : pages_)
+        for (const std::string text : {"1", "harmless", "xx xx~!", "a\n"})
+            for (const Response &answer : submitWith(page, text, text == "harmless"))
                 for (const std::string &part : outline(answer))
                     known.insert(part);
+    for (const Page &page : pages_)
         for (const Payload &payload : payloads)
             for (const Response &answer : submitWith(page, payload.text, &payload == payloads)) {
                 const std::string what = page.query + " " + payload.name;
@@ -344,7 +345,6 @@ TEST_P(HostileText, IsSubmitted) {
                 EXPECT_TRUE(answer.body.ends_with("</html>\n")) << what;
                 EXPECT_FALSE(answer.has(planted)) << what;
             }
-    }
 }
 
 std::vector<std::string> pageIds() {

@@ -207,8 +207,8 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
         }
     }
 
-    /// The stored configuration, with a mark in each key of the document and of the inputs: in
-    /// those that choose a kind of page, or in all others.
+    /// Puts a mark into each key of the document and of the inputs: into those that choose a kind
+    /// of page, or into all others. Answers the stored file.
     std::string marked(bool kinds) {
         static const std::regex placeHolder("<[a-z]+>");
         static const std::regex kept("\\.([0-9]|$)|\\.delete$|\\.total$|\\.groups\\.|^config\\.("
@@ -226,15 +226,12 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
             for (const PageField &field : page.fields)
                 if (field.name.starts_with("config."))
                     keys.insert(field.name);
-        const std::string before = read(config);
         Fields values = {{"config.users.user1.username", "NAME"}};
         for (const std::string &key : keys)
             if (key.ends_with("type") == kinds && !std::regex_search(key, kept))
                 values.emplace_back(key, "MARK");
         configure(values);
-        const std::string result = read(config);
-        put(config, before);
-        return result;
+        return read(config);
     }
 
     /// The text in all files and marked places. A user of that name looks at the pages.
@@ -307,7 +304,9 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
 };
 
 TEST_P(HostileText, IsStored) {
+    const std::string unmarked = read(config);
     for (const bool kinds : {false, true}) {
+        put(config, unmarked);
         const std::string stored = marked(kinds);
         std::map<std::string, std::vector<Outline>> calm;
         for (const Payload &payload : payloads) {

@@ -1,5 +1,6 @@
-/* Preloaded into a program under test: every other read, write and lock is interrupted, and a read or write carries half
- * of what was asked. With ZANDORIN_TEST_CLOCK, that many seconds are added to the time of day instead. */
+/* Preloaded into a program under test: every other read, write and lock is interrupted, and a read
+ * or write carries half of what was asked. With ZANDORIN_TEST_CLOCK, that many seconds are added to
+ * the time of day instead. */
 
 #include <errno.h>
 #include <stdlib.h>

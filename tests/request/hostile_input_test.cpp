@@ -271,9 +271,9 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
     }
 
     /// The page as its inputs are, but with the text in all of them, and in those that take any
-    /// text, for each of its buttons. In parts: in a sixth of those that the form checks itself.
+    /// text, for each of its buttons. In parts: in a fourth of those that the form checks itself.
     std::vector<Response> submitWith(const Page &page, const std::string &text, bool inParts) {
-        constexpr std::size_t parts = 6;
+        constexpr std::size_t parts = 4;
         std::vector<Fields> variants(2 + (inParts ? parts : 0));
         std::size_t unchecked = 0;
         for (const PageField &field : page.fields) {
@@ -291,6 +291,10 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
         }
         for (const char *plain : {"username", "password", "response"})
             variants[0].emplace_back(plain, text);
+        std::erase_if(variants, [&](const Fields &fields) {
+            return std::none_of(fields.begin(), fields.end(),
+                                [&](const auto &field) { return field.second == text; });
+        });
         std::vector<Response> answers;
         for (const std::string &button : page.buttons)
             for (Fields fields : variants) {

@@ -386,8 +386,7 @@ TEST_F(HostileInput, InTheVariablesOfARequest) {
     std::map<std::string, Outline> calm;
     for (const Payload &payload : payloads)
         for (const auto &row : rows)
-            for (const std::string page :
-                 {"form=users", "form=dashboardsummary", "form=sessions"}) {
+            for (const std::string page : {"form=users", "form=sessions"}) {
                 const auto ask = [&](const std::string &text) {
                     Environment variables = {{"REQUEST_METHOD", row.isPost ? "POST" : "GET"},
                                              {"QUERY_STRING", page},

@@ -28,6 +28,12 @@ std::string variable(gcgi_variable index) {
     return value == nullptr ? "" : value;
 }
 
+/// Links begin with it: not with "javascript:" or the like.
+bool leadsToWeb(std::string_view uri) {
+    return uri.starts_with('/') || startsWithIgnoreCase(uri, "http://") ||
+           startsWithIgnoreCase(uri, "https://");
+}
+
 } // namespace
 
 const std::string &baseUri() {
@@ -62,7 +68,7 @@ void Cgi::begin() {
     }
     setFile(gcgiOut);
     if (const char *value = std::getenv("HTTP_X_BASE_URI"))
-        baseUri_ = value;
+        baseUri_ = leadsToWeb(value) ? value : "";
     processBaseUri = baseUri_;
     initialized_ = true;
 }

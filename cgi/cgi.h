@@ -23,7 +23,8 @@ struct CgiValue {
 bool fillCgiValue(CgiValue &value, std::string_view text);
 
 /// The base URI of the management proxy that relays this request, "" when reached directly: the
-/// variable HTTP_X_BASE_URI as the client sent it, to be escaped where it is shown.
+/// variable HTTP_X_BASE_URI as the client sent it, to be escaped where it is shown. One that is
+/// neither a path from "/" on nor begins with "http://" or "https://" counts as none.
 const std::string &baseUri();
 
 /// The HTTP request and its response. One a process. Reads fields, CGI variables and uploads

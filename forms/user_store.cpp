@@ -169,9 +169,13 @@ const char *user_makesalt() {
     static std::array<char, 12 + 1> salt;
     std::array<unsigned char, 9> random = {};
     const UniqueFd source(::open("/dev/urandom", O_RDONLY | O_CLOEXEC));
-    if (!source ||
-        ::read(source.get(), random.data(), random.size()) != static_cast<ssize_t>(random.size()))
-        return nullptr;
+    for (std::size_t filled = 0; filled < random.size();) {
+        const ssize_t got = ::read(source.get(), random.data() + filled, random.size() - filled);
+        if (got > 0)
+            filled += static_cast<std::size_t>(got);
+        else if (got == 0 || errno != EINTR)
+            return nullptr;
+    }
     salt = {'$', '1', '$'};
     for (std::size_t i = 0; i < random.size(); ++i)
         salt[3 + i] = alphabet[random[i] & 63U];

@@ -263,17 +263,23 @@ std::map<std::string, std::string> RequestTest::files() const {
 }
 
 void RequestTest::configure(const std::string &key, const std::string &value) const {
+    configure({{key, value}});
+}
+
+void RequestTest::configure(const Fields &settings) const {
     auto document = platform::parseXml(read("/etc/config/config.xml"));
     if (!document)
         throw std::runtime_error("config.xml is damaged");
-    platform::XmlNode *node = &document->root;
-    std::istringstream segments(key.substr(key.find('.') + 1));
-    for (std::string segment; std::getline(segments, segment, '.');)
-        node = &childOf(*node, segment);
-    platform::XmlNode text;
-    text.kind = platform::XmlNode::Kind::text;
-    text.value = value;
-    node->children = {text};
+    for (const auto &[key, value] : settings) {
+        platform::XmlNode *node = &document->root;
+        std::istringstream segments(key.substr(key.find('.') + 1));
+        for (std::string segment; std::getline(segments, segment, '.');)
+            node = &childOf(*node, segment);
+        platform::XmlNode text;
+        text.kind = platform::XmlNode::Kind::text;
+        text.value = value;
+        node->children = {text};
+    }
     put("/etc/config/config.xml", platform::renderXml(*document));
 }
 

@@ -26,7 +26,7 @@ def asks_before_leaving(browser):
 def test_values_are_judged_while_one_types_and_after(browser):
     browser.log_in()
     browser.open("?form=smtp")
-    assert "mail.example.net" in browser.text()
+    assert "host.example.net" in browser.text()
     browser.enter(SERVER, "mail server")
     browser.wait(lambda: "SMTP Server must be assigned a Network Address" in remark(browser, SERVER))
     browser.enter(SERVER, "caf\xe9+1 <")

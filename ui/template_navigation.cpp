@@ -29,16 +29,17 @@ std::string iconOf(const NavLeaf &leaf) {
 }
 
 std::string panelEntry(const NavLeaf &leaf) {
-    return "      <div id=\"related\"><img src=\"" + pixmapPath(iconOf(leaf)) + "\" loading=\"lazy\" alt=\"\">" +
-           link(formLink(leaf), leaf.label) + "</div>\n";
+    return "      <div id=\"related\"><img src=\"" + pixmapPath(iconOf(leaf)) +
+           "\" loading=\"lazy\" alt=\"\">" + link(formLink(leaf), leaf.label) + "</div>\n";
 }
 
 std::string panelBranch(const NavBranch &branch, const std::string &number,
                         const std::string &entries) {
     return "    <h4 class=\"sub-title\" onclick=\"navToggle(" + number +
            ")\"><img class=\"sub-title\" id=\"icon" + number + "\" src=\"" +
-           pixmapPath("icon-collapse") + "\" loading=\"lazy\" alt=\"\">" + escapeXmlText(branch.label) + "</h4>\n" +
-           "    <div class=\"branch\" id=\"branch" + number + "\">\n" + entries + "    </div>\n";
+           pixmapPath("icon-collapse") + "\" loading=\"lazy\" alt=\"\">" +
+           escapeXmlText(branch.label) + "</h4>\n" + "    <div class=\"branch\" id=\"branch" +
+           number + "\">\n" + entries + "    </div>\n";
 }
 
 } // namespace

@@ -33,16 +33,16 @@ std::string iconOf(const NavLeaf &leaf, const std::vector<std::string> &drawn) {
 
 std::string panelEntry(const NavLeaf &leaf, const std::vector<std::string> &drawnIcons) {
     return concat({"      <div id=\"related\"><img src=\"", pixmapPath(iconOf(leaf, drawnIcons)),
-                   "\" alt=\"\">", link(formLink(leaf), leaf.label), "</div>\n"});
+                   "\" loading=\"lazy\" alt=\"\">", link(formLink(leaf), leaf.label), "</div>\n"});
 }
 
 std::string panelBranch(const NavBranch &branch, const std::string &number,
                         const std::string &entries) {
     return concat({"    <h4 class=\"sub-title\" onclick=\"navToggle(", number,
                    ")\"><img class=\"sub-title\" id=\"icon", number, "\" src=\"",
-                   pixmapPath("icon-collapse"), "\" alt=\"\">", escapeXmlText(branch.label),
-                   "</h4>\n    <div class=\"branch\" id=\"branch", number, "\">\n", entries,
-                   "    </div>\n"});
+                   pixmapPath("icon-collapse"), "\" loading=\"lazy\" alt=\"\">",
+                   escapeXmlText(branch.label), "</h4>\n    <div class=\"branch\" id=\"branch",
+                   number, "\">\n", entries, "    </div>\n"});
 }
 
 } // namespace

@@ -24,3 +24,39 @@ def leaves():
 def pages():
     listed = {leaf: f"?form={leaf}" for leaf in leaves() if leaf not in DELAYED | {"login", "logout"}}
     return {**listed, **FURTHER}
+
+
+def submit_settings(browser, description, *, delayed=False):
+    """Saves a description, and with `delayed` turns delayed configuration to what it was not."""
+    browser.open("?form=systemsettings")
+    browser.enter("config.system.description", description)
+    if delayed:
+        browser.one("[name='config.delayed']").click()
+    browser.press("main input[type=submit]")
+
+
+def refused(browser):
+    browser.open("?form=smtp")
+    browser.enter("config.system.smtp.server", "mail server")
+    browser.press("main input[type=submit]")
+
+
+def saved(browser):
+    submit_settings(browser, "Rack 5")
+
+
+def searched(browser):
+    browser.open("?form=time")
+    browser.one("#find input").send_keys("ser")
+    browser.one("#found li")
+
+
+def pending(browser):
+    """Queued changes. To commit them ends delayed configuration, too."""
+    submit_settings(browser, "Rack 6", delayed=True)
+    submit_settings(browser, "Rack 7", delayed=True)
+    browser.open("?form=commit")
+
+
+# What pages become under way: their names, and how to get there when logged in.
+STATES = {"refused": refused, "saved": saved, "searched": searched, "commit": pending}

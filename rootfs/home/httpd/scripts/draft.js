@@ -5,30 +5,13 @@
 
     // {"user", "form", "name" of the form element, "address", "values": {"<name>|<n>": value or whether it is checked},
     // "expired": the login page was the answer}
-    var DRAFT = "zandorin.draft";
+    var memory = window.browserMemory("sessionStorage", "zandorin.draft");
     var data = JSON.parse(document.getElementById("page-data").textContent);
     var forms = Array.from(document.querySelectorAll("main form")).filter(function (form) {
         return form.method === "post";
     });
     var unsaved = data.submitted && document.querySelector("main .error-message") !== null;
     var leaving = false;
-
-    // Forbidden or full storage means that nothing is kept.
-    function recall() {
-        try {
-            return JSON.parse(window.sessionStorage.getItem(DRAFT));
-        } catch (e) {
-            return null;
-        }
-    }
-
-    function remember(draft) {
-        try {
-            window.sessionStorage.setItem(DRAFT, JSON.stringify(draft));
-        } catch (e) {
-            return;
-        }
-    }
 
     // Every input under its name and how many of that name came before. What a select holds is its value.
     function valuesOf(form, withPasswords) {
@@ -74,15 +57,15 @@
     function settle(draft) {
         if (data.form === "login" && !data.user) {
             draft.expired = true;
-            remember(draft);
+            memory.remember(draft);
         } else if (!draft.expired || draft.user !== data.user) {
-            remember(null);
+            memory.remember(null);
         } else if (data.form === "login") {
             // Back to the form, instead of to the first page.
             window.location.replace(draft.address || "?form=" + encodeURIComponent(draft.form));
         } else if (draft.form === data.form) {
             restore(draft);
-            remember(null);
+            memory.remember(null);
         }
     }
 
@@ -92,7 +75,7 @@
         return JSON.stringify(valuesOf(form, true)) !== initially[n];
     }
 
-    var draft = recall();
+    var draft = memory.recall();
     if (draft)
         settle(draft);
 
@@ -100,8 +83,8 @@
         form.addEventListener("submit", function () {
             leaving = true;
             if (data.user)
-                remember({ user: data.user, form: data.form, name: form.name, address: window.location.search,
-                           values: valuesOf(form, false) });
+                memory.remember({ user: data.user, form: data.form, name: form.name, address: window.location.search,
+                                  values: valuesOf(form, false) });
         });
     });
     window.addEventListener("pageshow", function () { leaving = false; });

@@ -5,7 +5,7 @@
 
     // Examples by element type, for which the rules stand in the server alone (framework/elem_types.cpp).
     var EXAMPLES = {
-        address: "192.0.2.10, 2001:db8::10 or mail.example.net",
+        address: "192.0.2.10, 2001:db8::10 or host.example.net",
         addresslist: "192.0.2.10, ntp.example.net",
         addressportlist: "192.0.2.10:49,[2001:db8::10]:49",
         email: "ops@example.net, night@example.net",
@@ -32,12 +32,12 @@
         username: "jsmith or j.smith@example.net"
     };
     var PAUSE = 400; // milliseconds without a key before a value is checked
-    var data = document.getElementById("page-data");
-    var fields = data ? JSON.parse(data.textContent).fields : {};
+    var data = JSON.parse(document.getElementById("page-data").textContent);
+    var fields = data.fields;
     var count = 0;
 
     function plain(markup) {
-        return new DOMParser().parseFromString(markup, "text/html").body.textContent;
+        return /[&<]/.test(markup) ? new DOMParser().parseFromString(markup, "text/html").body.textContent : markup;
     }
 
     function inputsNamed(name) {
@@ -55,13 +55,21 @@
         }).join(""));
     }
 
-    // A line under an input, which assistive tools read with it.
-    function addLine(input, kind, text) {
+    // Where the page's own words about an input end.
+    function endOfHelp(input) {
+        var end = input;
+        while (end.nextSibling && (end.nextSibling.nodeType === Node.TEXT_NODE || /^(BR|B|I|SPAN)$/.test(end.nextSibling.tagName)))
+            end = end.nextSibling;
+        return end;
+    }
+
+    // A line behind that node, which assistive tools read with the input.
+    function addLine(input, kind, text, node) {
         var line = document.createElement("span");
         line.className = kind;
         line.id = kind + ++count;
         line.textContent = text;
-        input.insertAdjacentElement("afterend", line);
+        node.after(line);
         var others = input.getAttribute("aria-describedby");
         input.setAttribute("aria-describedby", others ? line.id + " " + others : line.id);
         return line;
@@ -73,7 +81,7 @@
         if (!line && !message)
             return;
         if (!line)
-            line = input.remark = addLine(input, "remark", "");
+            line = input.remark = addLine(input, "remark", "", input);
         line.textContent = message;
         line.hidden = !message;
         input.classList.toggle("refused", Boolean(message));
@@ -113,7 +121,7 @@
             var timer = 0;
             input.fieldLabel = label;
             if (EXAMPLES[type] && !isExplained(input))
-                addLine(input, "hint", (/^A /.test(EXAMPLES[type]) ? "" : "For example: ") + EXAMPLES[type]);
+                addLine(input, "hint", (/^A /.test(EXAMPLES[type]) ? "" : "For example: ") + EXAMPLES[type], endOfHelp(input));
             input.addEventListener("input", function () {
                 window.clearTimeout(timer);
                 timer = window.setTimeout(check, PAUSE, input, type, label);
@@ -164,4 +172,8 @@
 
     Object.keys(fields).forEach(help);
     showRefusals();
+    // One comes here to type. On a phone the keyboard would cover the page.
+    var first = document.querySelector("main form input:not([type=hidden])");
+    if (data.form === "login" && first && !window.matchMedia("(pointer: coarse)").matches)
+        first.focus();
 })();

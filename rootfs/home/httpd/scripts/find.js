@@ -3,7 +3,7 @@
 (function () {
     "use strict";
 
-    var MEMORY = "zandorin.visited"; // form ids, the latest first
+    var memory = window.browserMemory("localStorage", "zandorin.visited"); // form ids, the latest first
     var MOST = 12, VISITED = 6;
     var data = JSON.parse(document.getElementById("page-data").textContent);
     var input = document.querySelector("#find input");
@@ -13,20 +13,8 @@
     var shown = [];    // what the list offers: {page, label, detail, target: key of a setting or ""}
     var chosen = -1;   // index in it
 
-    function recall() {
-        try {
-            return JSON.parse(window.localStorage.getItem(MEMORY)) || [];
-        } catch (e) {
-            return [];
-        }
-    }
-
-    function remember(visited) {
-        try {
-            window.localStorage.setItem(MEMORY, JSON.stringify(visited));
-        } catch (e) {
-            return;
-        }
+    function visited() {
+        return (memory.recall() || []).filter(function (form) { return form !== data.form && pageOf(form); }).slice(0, VISITED);
     }
 
     function gatherPages() {
@@ -44,9 +32,8 @@
     }
 
     function visit() {
-        if (!pageOf(data.form))
-            return;
-        remember([data.form].concat(recall().filter(function (form) { return form !== data.form; })).slice(0, VISITED + 1));
+        if (pageOf(data.form))
+            memory.remember([data.form].concat(visited()));
     }
 
     // How well a text fits: its beginning best, then the beginning of a word, then anywhere. 0 is not at all.
@@ -72,8 +59,8 @@
     }
 
     function recent() {
-        return recall().filter(function (form) { return form !== data.form && pageOf(form); }).slice(0, VISITED).map(function (form) {
-            return { page: pageOf(form), label: pageOf(form).label, detail: pageOf(form).branch, target: "" };
+        return visited().map(pageOf).map(function (page) {
+            return { page: page, label: page.label, detail: page.branch, target: "" };
         });
     }
 

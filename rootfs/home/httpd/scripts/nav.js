@@ -3,25 +3,7 @@
 (function () {
     "use strict";
 
-    var MEMORY = "zandorin.nav.folded"; // titles of the folded branches, a JSON list
-
-    // Private windows and full or forbidden storage mean no memory, not an error.
-    function recall() {
-        try {
-            var titles = JSON.parse(window.localStorage.getItem(MEMORY));
-            return Array.isArray(titles) ? titles : null;
-        } catch (e) {
-            return null;
-        }
-    }
-
-    function remember(titles) {
-        try {
-            window.localStorage.setItem(MEMORY, JSON.stringify(titles));
-        } catch (e) {
-            return;
-        }
-    }
+    var memory = window.browserMemory("localStorage", "zandorin.nav.folded"); // titles of the folded branches
 
     function branchOf(n) {
         var body = document.getElementById("branch" + n);
@@ -42,8 +24,9 @@
     function fold(branch, folded) {
         branch.body.classList.toggle("folded", folded);
         branch.heading.setAttribute("aria-expanded", String(!folded));
-        branch.icon.src = branch.icon.src.replace(
-            /icon-(expand|collapse)\.png/, folded ? "icon-expand.png" : "icon-collapse.png");
+        var icon = branch.icon.src.replace(/icon-(expand|collapse)\.png/, folded ? "icon-expand.png" : "icon-collapse.png");
+        if (icon !== branch.icon.src)
+            branch.icon.src = icon;
     }
 
     function markCurrent() {
@@ -88,16 +71,16 @@
             return;
         fold(branch, !isFolded(branch));
         var title = titleOf(branch);
-        var titles = (recall() || []).filter(function (known) { return known !== title; });
+        var titles = (memory.recall() || []).filter(function (known) { return known !== title; });
         if (isFolded(branch))
             titles.push(title);
-        remember(titles);
+        memory.remember(titles);
     };
 
     // Called at the end of the panel. A browser that remembers nothing yet starts unfolded, or, when
     // the appliance's configuration lists hidden branches (hiddenCount above 0), folded.
     window.navInit = function (hiddenCount, branchCount) {
-        var known = recall();
+        var known = memory.recall();
         for (var n = 0; n < branchCount; n++) {
             var branch = branchOf(n);
             if (!branch)

@@ -5,7 +5,6 @@
 #include "util/paths.h"
 
 #include <chrono>
-#include <string>
 
 #include <crypt.h>
 #include <csignal>

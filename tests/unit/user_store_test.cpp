@@ -8,7 +8,6 @@
 #include <set>
 
 #include <crypt.h>
-#include <gtest/gtest.h>
 
 namespace zandorin {
 namespace {

@@ -136,9 +136,7 @@ TEST_F(Configurators, RebootActsOnceAsItWasTold) {
     EXPECT_TRUE(exists("/etc/config/own"));
     EXPECT_NE(configuration().find("<reboot>off</reboot>"), std::string::npos);
 
-    configure("config.system.reboot", "on");
-    configure("config.system.fips", "off");
-    configure("config.system.erase", "on");
+    configure(formData("config.system.reboot=on&config.system.fips=off&config.system.erase=on"));
     put("/etc/config/delayed/config.xml", "<config/>");
     EXPECT_EQ(configurator("reboot"), 0);
     EXPECT_FALSE(exists("/etc/config/FIPS"));

@@ -62,19 +62,18 @@ const Fields special_values =
 class EditPageTest : public RequestTest, public ::testing::WithParamInterface<EditPage> {
   protected:
     EditPageTest() {
-        for (const auto &[key, value] :
-             formData("config.system.model=HX9008&config.system.sms.method=cellular&"
-                      "config.ports.port2.device.type=ups&config.ports.port3.device.type=enviro&"
-                      "config.ports.port4.device.type=rpc&config.groups.group7.name=ops&"
-                      "config.power.outlets.outlet1.label=Rack&config.groups.total=7&"
-                      "config.autoresponse.total=1") +
-                 Fields{{rule_ + "name", "rule"},
-                        {rule_ + "check_type", "webui_login"},
-                        {rule_ + "webui_login.trigger_login", "on"},
-                        {rule_ + "resolve_actions.total", "1"},
-                        {rule_ + "resolve_actions.action1.type",
-                         GetParam().form == "action" ? GetParam().type : "snmp"}})
-            configure(key, value);
+        configure(
+            formData("config.system.model=HX9008&config.system.sms.method=cellular&"
+                     "config.ports.port2.device.type=ups&config.ports.port3.device.type=enviro&"
+                     "config.ports.port4.device.type=rpc&config.groups.group7.name=ops&"
+                     "config.power.outlets.outlet1.label=Rack&config.groups.total=7&"
+                     "config.autoresponse.total=1") +
+            Fields{{rule_ + "name", "rule"},
+                   {rule_ + "check_type", "webui_login"},
+                   {rule_ + "webui_login.trigger_login", "on"},
+                   {rule_ + "resolve_actions.total", "1"},
+                   {rule_ + "resolve_actions.action1.type",
+                    GetParam().form == "action" ? GetParam().type : "snmp"}});
         addUser("ann", {"pmshell"});
     }
 

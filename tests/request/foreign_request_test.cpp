@@ -65,9 +65,8 @@ TEST_F(ForeignRequest, IsToldByWhatBrowsersSay) {
 }
 
 TEST_F(ForeignRequest, ChangesNothingWhateverItsCommand) {
-    configure("config.delayed", "on");
-    configure("config.system.password", "$6$x$y");
-    configure("config.ui.syslog.filepattern", "x");
+    configure(
+        formData("config.delayed=on&config.system.password=$6$x$y&config.ui.syslog.filepattern=x"));
     put("/etc/config/delayed/config.xml", read("/etc/config/config.xml"));
     addUser("ann", {"admin"});
     login();

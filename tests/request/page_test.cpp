@@ -80,9 +80,8 @@ TEST_F(Page, OnlyRootWhileStoredPasswordsAreInClear) {
 }
 
 TEST_F(Page, UserWithoutAnAccountIsRefused) {
-    configure("config.users.total", "1");
-    configure("config.users.user1.username", "ghost");
-    configure("config.users.user1.groups.group1", "admin");
+    configure(formData("config.users.total=1&config.users.user1.username=ghost&config.users.user1."
+                       "groups.group1=admin"));
     expectLog("No such user: ghost");
     EXPECT_TRUE(get("form=sessions", login("ghost")).has("not authorized"));
 }

@@ -45,8 +45,7 @@ class SettingsRules : public RequestTest {
         for (const Row &row : rows) {
             SCOPED_TRACE(row.name + ": " + row.sent);
             put("/etc/config/config.xml", factory);
-            for (const auto &[key, value] : fields(prefix, row.stored))
-                configure(key, value);
+            configure(fields(prefix, row.stored));
             const std::string before = configuration();
             const Response response = submit(form, fields(prefix, row.sent));
             EXPECT_EQ(errorsOf(response), row.errors);

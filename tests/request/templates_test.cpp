@@ -70,8 +70,7 @@ TEST_F(Templates, EveryExampleOfTheDocument) {
             text += line + "\n";
         ++number;
         if (kind == "config") {
-            for (const auto &[key, value] : fieldsOf(text))
-                configure(key, value);
+            configure(fieldsOf(text));
             blocks["before"] = read(config);
         } else if (kind.starts_with('/')) {
             put(kind, text);
@@ -120,11 +119,9 @@ TEST_F(Templates, WrongNumbersOfArgumentsAreToldAndYieldNothing) {
 }
 
 TEST_F(Templates, Functions) {
-    for (const auto &[key, value] :
-         formData("config.e.text=<b>&config.e.secret=hush&config.system.password=$6$hash&"
-                  "config.e.on=on&config.auth.pmshell.available=on&"
-                  "config.system.snmp.engineid2=0x80"))
-        configure(key, value);
+    configure(formData("config.e.text=<b>&config.e.secret=hush&config.system.password=$6$hash&"
+                       "config.e.on=on&config.auth.pmshell.available=on&"
+                       "config.system.snmp.engineid2=0x80"));
     put("/etc/config/motd", "Keep <out>\n");
     put("/etc/config/FIPS", "");
     put("/var/run/snmpd/snmpd.conf", "x\noldEngineID 0x80<00\noldEngineID 1\n");

@@ -289,8 +289,13 @@ std::map<std::string, std::string> RequestTest::files() const {
 }
 
 void RequestTest::configure(const std::string &key, const std::string &value) const {
+    configure({{key, value}});
+}
+
+void RequestTest::configure(const Fields &settings) const {
     auto document = parsed(configuration());
-    platform::setElementText(document.root, key, value);
+    for (const auto &[key, value] : settings)
+        platform::setElementText(document.root, key, value);
     put("/etc/config/config.xml", platform::renderXml(document));
 }
 
@@ -301,10 +306,10 @@ std::string RequestTest::stored(const std::string &key) const {
 }
 
 void RequestTest::addUser(const std::string &name, const std::vector<std::string> &groups) const {
-    configure("config.users.total", "1");
-    configure("config.users.user1.username", name);
+    Fields user = {{"config.users.total", "1"}, {"config.users.user1.username", name}};
     for (std::size_t i = 0; i < groups.size(); ++i)
-        configure("config.users.user1.groups.group" + std::to_string(i + 1), groups[i]);
+        user.emplace_back("config.users.user1.groups.group" + std::to_string(i + 1), groups[i]);
+    configure(user);
     put("/etc/config/passwd", read("/etc/config/passwd") + name +
                                   ":x:1000:1000::/etc/config/users/" + name + ":/bin/bash\n");
 }

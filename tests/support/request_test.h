@@ -106,6 +106,7 @@ class RequestTest : public ::testing::Test {
 
     /// Adds to or replaces the value of a dotted key in the stored configuration.
     void configure(const std::string &key, const std::string &value) const;
+    void configure(const Fields &settings) const;
     /// The value of a dotted key in the stored configuration; "" when there is none.
     std::string stored(const std::string &key) const;
     /// Adds a user with these groups to the configuration and the account file.

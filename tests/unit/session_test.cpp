@@ -89,11 +89,12 @@ TEST_F(SessionTest, IdsAreHiddenInTheLog) {
     Session::getSessionCookies();
     std::string records;
     for (const std::string &record : log.records())
-        records += record.substr(4) + "\n";
-    const std::string id = "Tok = ZdSessionId\nTok = ********\nSession id ******** found\n";
-    EXPECT_EQ(records, "Cookie: a=1; ZdSessionId=********;ZdSessionId=********; b=2\nTok = a\n"
-                       "Tok = 1\n" +
-                           id + id + "Tok = b\nTok = 2\n");
+        records += record + "\n";
+    const std::string id = "700 Tok = ZdSessionId\n700 Tok = ********\n"
+                           "700 Session id ******** found\n";
+    EXPECT_EQ(records, "700 Cookie: a=1; ZdSessionId=********;ZdSessionId=********; b=2\n"
+                       "700 Tok = a\n700 Tok = 1\n" +
+                           id + id + "700 Tok = b\n700 Tok = 2\n");
 }
 
 TEST_F(SessionTest, TheFirstIdWithAFileCounts) {

@@ -81,8 +81,6 @@ TEST(Table, Rows) {
         void (*use)(Table &);
         std::string markup;
     } rows[] = {
-        {[](Table &t) { t.spacerRow(); },
-         row_start + "<td class=\"spacer\" colspan=\"99\" width=\"78%\">" + row_end},
         {[](Table &t) { t.labelledTextRow("<Name>", "\"a\" <b> & c"); },
          label_start + "&lt;Name&gt;" + input_start + "\"a\" &lt;b&gt; &amp; c" + row_end},
         {[](Table &t) { t.checkInputRow("On", "config.x", true, "a <i>note</i>"); },

@@ -2,41 +2,17 @@
 from selenium.webdriver.common.keys import Keys
 
 
-def logged_out(browser):
-    return browser.all("input[name=username]") and not browser.all("#related-links")
-
-
-def test_wrong_password(browser):
-    browser.submit_login("root", "merlin")
-    assert "Invalid login credentials. Please try again" in browser.one(".error-message").text
-    assert logged_out(browser)
-
-
 def test_a_visit(browser):
-    browser.open("?form=sessions")
-    assert logged_out(browser)
-
     browser.log_in()
     assert browser.one("h1").text.endswith("Welcome")
-    assert "factory state" in browser.text()
-
     browser.link("Web Sessions").click()
     assert browser.one("h1").text == "Web Sessions"
-    assert "root" in browser.text()
     assert browser.one("nav [aria-current=page]").text == "Web Sessions"
-
-    cookie = browser.driver.get_cookie("ZdSessionId")
-    assert cookie["httpOnly"]
-    # A session id is as good as a password; a page does not show one.
-    assert cookie["value"] not in browser.driver.page_source
-
+    assert browser.driver.get_cookie("ZdSessionId")["httpOnly"]
     browser.link("Log Out").click()
     assert "You are now logged out" in browser.text()
-    browser.driver.delete_all_cookies()
-    browser.driver.add_cookie({"name": "ZdSessionId", "value": cookie["value"]})
-    for query in ("", "?form=sessions", "?form=dashboardsummary"):
-        browser.open(query)
-        assert logged_out(browser), query
+    browser.open("?form=sessions")
+    assert browser.all("input[name=username]") and not browser.all("#related-links")
     assert browser.complaints() == []
 
 

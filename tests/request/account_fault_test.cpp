@@ -26,16 +26,11 @@ struct Change {
     const char *done; ///< of the page that was answered
 };
 
-Fields deletion(Fields question) {
-    question[0].second = "delete";
-    return question;
-}
-
 const Change changes[] = {
     {"AddUser", userFields(3, "", "joe", "secret-3", {{"group.ops", "on"}}), " has been saved."},
     {"RenameUser", userFields(1, "ann", "joe", "********"), " has been saved."},
     {"ChangePassword", userFields(1, "ann", "ann", "secret-3"), " has been saved."},
-    {"DeleteUser", deletion(taskFields("user", 1, "ann")), " has been deleted."},
+    {"DeleteUser", question("delete", "user", 1, "ann"), " has been deleted."},
     {"AddGroup", groupFields(8, "", "night", {{"role.status", "on"}}), " has been saved."},
     {"RenameGroup", groupFields(7, "ops", "night"), " has been saved."},
 };

@@ -27,11 +27,8 @@ class Configurators : public RequestTest {
 };
 
 TEST_F(Configurators, ToolGetsAndSetsTheCommittedConfiguration) {
-    const struct {
-        const char *command;
-        int status;
-        const char *output;
-    } rows[] = {
+    const std::string usage = "zandorin-config: usage: get KEY | is KEY | set KEY VALUE\n";
+    const std::tuple<std::string, int, std::string> rows[] = {
         {"get config.system.name", 0, "zandorin\n"},
         {"get config.system.none", 1, ""},
         {"get 'no key'", 1, ""},
@@ -43,17 +40,16 @@ TEST_F(Configurators, ToolGetsAndSetsTheCommittedConfiguration) {
         {"set 'no key' x", 1, "zandorin-config: Invalid configuration key\n"},
         {"set config.a \"$(printf '\\001')\"", 1,
          "zandorin-config: Control character in the value of config.a\n"},
-        {"set config.a", 2, "zandorin-config: usage: get KEY | is KEY | set KEY VALUE\n"},
-        {"", 2, "zandorin-config: usage: get KEY | is KEY | set KEY VALUE\n"},
+        {"set config.a", 2, usage},
+        {"", 2, usage},
     };
-    for (const auto &row : rows) {
-        EXPECT_EQ(run(std::string("bin/zandorin-config ") + row.command), row.status)
-            << row.command;
-        EXPECT_EQ(read("/out"), row.output) << row.command;
+    for (const auto &[command, status, output] : rows) {
+        EXPECT_EQ(run("bin/zandorin-config " + command), status) << command;
+        EXPECT_EQ(read("/out"), output) << command;
     }
     put(config, "<config><system>");
     EXPECT_EQ(run("bin/zandorin-config set config.a x"), 1);
-    EXPECT_EQ(read(config), "<config><system>");
+    EXPECT_EQ(configuration(), "<config><system>");
 }
 
 TEST_F(Configurators, ToolGoesPastTheQueue) {
@@ -63,7 +59,7 @@ TEST_F(Configurators, ToolGoesPastTheQueue) {
     EXPECT_EQ(run("bin/zandorin-config get config.c"), 1);
     EXPECT_EQ(run("bin/zandorin-config set config.a 9"), 0);
     EXPECT_EQ(run("bin/zandorin-config set config.b 9"), 0);
-    EXPECT_NE(read(config).find("<a>9</a>\n  <b>9</b>"), std::string::npos) << read(config);
+    EXPECT_NE(configuration().find("<a>9</a>\n  <b>9</b>"), std::string::npos) << configuration();
     // The queue keeps what it changes itself, and brings no old value back.
     EXPECT_NE(read(delayed).find("<a>9</a>\n  <b>2</b>\n  <c>3</c>"), std::string::npos)
         << read(delayed);
@@ -74,26 +70,20 @@ TEST_F(Configurators, ToolGoesPastTheQueue) {
 }
 
 TEST_F(Configurators, HostName) {
-    const struct {
-        const char *name;
-        const char *file;
-    } rows[] = {
+    const std::pair<const char *, const char *> rows[] = {
         {"rack-5.example", "rack-5.example\n"},
         {"My Rack", "My-Rack\n"},
         {"-$(reboot);`x`\xc3\xa9\n-a.", "reboot---x----a\n"},
         {"0123456789012345678901234567890123456789012345678901234567890123456",
          "0123456789012345678901234567890123456789012345678901234567890123\n"},
+        {"", "before\n"},
+        {"---", "before\n"},
     };
-    for (const auto &row : rows) {
-        configure("config.system.name", row.name);
-        EXPECT_EQ(configurator("systemsettings"), 0) << row.name;
-        EXPECT_EQ(read("/etc/hostname"), row.file) << row.name;
-    }
-    for (const char *name : {"", "---"}) {
+    for (const auto &[name, file] : rows) {
         put("/etc/hostname", "before\n");
         configure("config.system.name", name);
         EXPECT_EQ(configurator("systemsettings"), 0) << name;
-        EXPECT_EQ(read("/etc/hostname"), "before\n") << name;
+        EXPECT_EQ(read("/etc/hostname"), file) << name;
     }
 }
 
@@ -102,7 +92,7 @@ TEST_F(Configurators, MessageOfTheDay) {
     put("/etc/config/motd", text);
     EXPECT_EQ(configurator("systemsettings"), 0);
     EXPECT_EQ(read("/etc/motd"), text);
-    std::remove(onHost("/etc/config/motd").c_str());
+    remove("/etc/config/motd");
     EXPECT_EQ(configurator("systemsettings"), 0);
     EXPECT_FALSE(exists("/etc/motd"));
 }
@@ -113,22 +103,18 @@ TEST_F(Configurators, PasswordOfRoot) {
     const std::string before = others + "root:old:0:0:Root:/:/bin/sh\n:\nroot:second:0:0:::\n";
     const std::string after =
         others + "root:$6$ab./$cd:0:0:Root:/:/bin/sh\n:\nroot:second:0:0:::\n";
-    const struct {
-        const char *hash;
-        bool taken;
-        int status;
-    } rows[] = {
+    const std::tuple<const char *, bool, int> rows[] = {
         {"$6$ab./$cd", true, 0},      {"", false, 0},
         {"clear", false, 0},          {"$6$a:0:0", false, 1},
         {"$6$a\nroot2::0", false, 1}, {"$6$a&\\1", false, 1},
         {"$6$ $(id)", false, 1},
     };
-    for (const auto &row : rows) {
+    for (const auto &[hash, taken, status] : rows) {
         put(passwd, before);
-        configure("config.system.password", row.hash);
-        EXPECT_EQ(configurator("systemsettings"), row.status) << row.hash;
-        EXPECT_EQ(read(passwd), row.taken ? after : before) << row.hash;
-        EXPECT_EQ(modeOf(passwd), fs::perms(row.taken ? 0644 : 0600)) << row.hash;
+        configure("config.system.password", hash);
+        EXPECT_EQ(configurator("systemsettings"), status) << hash;
+        EXPECT_EQ(read(passwd), taken ? after : before) << hash;
+        EXPECT_EQ(modeOf(passwd), fs::perms(taken ? 0644 : 0600)) << hash;
     }
     put(passwd, others);
     configure("config.system.password", "$6$ab");
@@ -148,11 +134,9 @@ TEST_F(Configurators, RebootActsOnceAsItWasTold) {
     EXPECT_TRUE(exists(request));
     EXPECT_TRUE(exists("/etc/config/FIPS"));
     EXPECT_TRUE(exists("/etc/config/own"));
-    EXPECT_NE(read(config).find("<reboot>off</reboot>"), std::string::npos);
+    EXPECT_NE(configuration().find("<reboot>off</reboot>"), std::string::npos);
 
-    configure("config.system.reboot", "on");
-    configure("config.system.fips", "off");
-    configure("config.system.erase", "on");
+    configure(formData("config.system.reboot=on&config.system.fips=off&config.system.erase=on"));
     put("/etc/config/delayed/config.xml", "<config/>");
     EXPECT_EQ(configurator("reboot"), 0);
     EXPECT_FALSE(exists("/etc/config/FIPS"));
@@ -165,8 +149,8 @@ TEST_F(Configurators, RebootActsOnceAsItWasTold) {
     // Without a factory state there is nothing to go back to.
     configure("config.system.reboot", "on");
     configure("config.system.erase", "on");
-    std::remove(onHost(request).c_str());
-    fs::remove_all(onHost("/usr/lib/zandorin/factory"));
+    remove(request);
+    remove("/usr/lib/zandorin/factory");
     EXPECT_EQ(configurator("reboot"), 1);
     EXPECT_TRUE(exists("/etc/config/passwd"));
     EXPECT_FALSE(exists(request));
@@ -190,7 +174,7 @@ TEST_F(Configurators, WebServerGetsAKeyAndACertificateOnce) {
     EXPECT_EQ(configurator("ssl"), 0);
     EXPECT_EQ(read(key) + read(certificate), first);
     // A key that waits for its certificate is not thrown away.
-    std::remove(onHost(certificate).c_str());
+    remove(certificate);
     const std::string kept = read(key);
     EXPECT_EQ(configurator("ssl"), 0);
     EXPECT_EQ(read(key), kept);

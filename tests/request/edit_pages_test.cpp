@@ -25,96 +25,55 @@ std::vector<EditPage> editPages() {
         {"Group", "form=users&action=edit&index=7&type=group", "group"},
         {"AutoResponses", "form=autoresponse", "settings"},
     };
-    const struct {
-        const char *type;
-        const char *title;
-    } checks[] =
-        {
-            {"webui_login", "Web UI Login/Logout Check"},
-            {"cli_login", "CLI Session Check"},
-            {"routeddata", "Routed Data Usage Check"},
-            {"celldata", "Cellular Data Usage Check"},
-            {"sms", "SMS Command Check"},
-            {"net_ping", "ICMP Ping Check"},
-            {"ups_status", "UPS Status Check"},
-            {"power", "UPS Power Check"},
-            {"alarm", "Digital I/O Input Check"},
-            {"environmental", "Environmental Check"},
-            {"conman", "Interface Event Check"},
-            {"serial_login", "Serial Login/Logout Check"},
-            {"serial_signal", "Serial Signal Check"},
-            {"serial_pattern", "Serial Pattern Check"},
-            {"usb_console_status", "USB Console Status Check"},
-            {"custom", "Custom Check"},
-        },
-      actions[] = {
-          {"email", "Email Action"},
-          {"sms", "SMS Action"},
-          {"snmp", "SNMP Trap Action"},
-          {"nagios", "Nagios Event Action"},
-          {"conman", "Network Interface Event Action"},
-          {"rpc", "RPC/PDU Action"},
-          {"dio", "Digital Output Action"},
-          {"custom", "Custom Script Action"},
-      };
+    const Fields checks = formData(
+        "webui_login=Web UI Login/Logout Check&cli_login=CLI Session Check&"
+        "routeddata=Routed Data Usage Check&celldata=Cellular Data Usage Check&"
+        "sms=SMS Command Check&net_ping=ICMP Ping Check&ups_status=UPS Status Check&"
+        "power=UPS Power Check&alarm=Digital I/O Input Check&environmental=Environmental Check&"
+        "conman=Interface Event Check&serial_login=Serial Login/Logout Check&"
+        "serial_signal=Serial Signal Check&serial_pattern=Serial Pattern Check&"
+        "usb_console_status=USB Console Status Check&custom=Custom Check");
+    const Fields actions = formData(
+        "email=Email Action&sms=SMS Action&snmp=SNMP Trap Action&nagios=Nagios Event Action&"
+        "conman=Network Interface Event Action&rpc=RPC/PDU Action&dio=Digital Output Action&"
+        "custom=Custom Script Action");
     for (const auto &[type, title] : checks)
-        pages.push_back({std::string("Check_") + type, "form=autoresponse&action=modify&index=1",
-                         "autoresponse", title, type});
+        pages.push_back({"Check_" + type, "form=autoresponse&action=modify&index=1", "autoresponse",
+                         title, type});
     for (const auto &[type, title] : actions)
-        pages.push_back({std::string("Action_") + type,
+        pages.push_back({"Action_" + type,
                          "form=autoresponse&action=resolve&index=1&modify_index=1", "action", title,
                          type});
     return pages;
 }
 
 /// Valid values of inputs that take no plain number, by the end of their names; the first counts.
-const Fields special_values = {
-    {"mac_addr", "00:13:c6:00:2b:01"},
-    {"ip_addr", "192.0.2.7"},
-    {"net.ping.address", "gateway.example.com"},
-    {"script", "/etc/version"},
-    {"to_addr", "a@example.com, b@example.com"},
-    {"gateway_email", "s@example.com"},
-    {"phone", "+15550100"},
-    {"phone_number", "+15550100"},
-    {".number", "+15550100"},
-    {"from_hour", "1"},
-    {"from_min", "2"},
-    {"to_hour", "3"},
-    {"to_min", "4"},
-    {".ssh_auth_keys", key_one},
-    {".password", secret},
-    {".confirm", secret},
-    {"nagios.message", "tank 7, left"},
-    {"message", "<b>\"tank\"</b> & 'so'\non"},
-    {"body", "<b>\"tank\"</b> & 'so'\non"},
-    {"subject", "<b>\"tank\"</b> & 'so' on"},
-    {"pattern", "<b>\"tank\"</b> & 'so' on"},
-    {"argument", "<b>\"tank\"</b> & 'so' on"},
-};
+const std::string text = "<b>\"tank\"</b> & 'so' on";
+const std::string two_lines = "<b>\"tank\"</b> & 'so'\non";
+const Fields special_values =
+    formData("mac_addr=00:13:c6:00:2b:01&ip_addr=192.0.2.7&net.ping.address=gateway.example.com&"
+             "script=/etc/version&to_addr=a@example.com, b@example.com&gateway_email=s@example.com&"
+             "phone=+15550100&phone_number=+15550100&.number=+15550100&from_hour=1&from_min=2&"
+             "to_hour=3&to_min=4&nagios.message=tank 7, left") +
+    Fields{{".ssh_auth_keys", key_one}, {".password", secret}, {".confirm", secret},
+           {"message", two_lines},      {"body", two_lines},   {"subject", text},
+           {"pattern", text},           {"argument", text}};
 
 class EditPageTest : public RequestTest, public ::testing::WithParamInterface<EditPage> {
   protected:
     EditPageTest() {
-        const std::string action = rule_ + "resolve_actions.action1.";
-        const Fields stored = {
-            {"config.system.model", "HX9008"},
-            {"config.system.sms.method", "cellular"},
-            {"config.ports.port2.device.type", "ups"},
-            {"config.ports.port3.device.type", "enviro"},
-            {"config.ports.port4.device.type", "rpc"},
-            {"config.power.outlets.outlet1.label", "Rack"},
-            {"config.groups.group7.name", "ops"},
-            {"config.groups.total", "7"},
-            {"config.autoresponse.total", "1"},
-            {rule_ + "name", "rule"},
-            {rule_ + "check_type", "webui_login"},
-            {rule_ + "webui_login.trigger_login", "on"},
-            {rule_ + "resolve_actions.total", "1"},
-            {action + "type", GetParam().form == "action" ? GetParam().type : "snmp"},
-        };
-        for (const auto &[key, value] : stored)
-            configure(key, value);
+        configure(
+            formData("config.system.model=HX9008&config.system.sms.method=cellular&"
+                     "config.ports.port2.device.type=ups&config.ports.port3.device.type=enviro&"
+                     "config.ports.port4.device.type=rpc&config.groups.group7.name=ops&"
+                     "config.power.outlets.outlet1.label=Rack&config.groups.total=7&"
+                     "config.autoresponse.total=1") +
+            Fields{{rule_ + "name", "rule"},
+                   {rule_ + "check_type", "webui_login"},
+                   {rule_ + "webui_login.trigger_login", "on"},
+                   {rule_ + "resolve_actions.total", "1"},
+                   {rule_ + "resolve_actions.action1.type",
+                    GetParam().form == "action" ? GetParam().type : "snmp"}});
         addUser("ann", {"pmshell"});
     }
 
@@ -136,22 +95,20 @@ class EditPageTest : public RequestTest, public ::testing::WithParamInterface<Ed
                                   form.find("value=\"Save Auto-Response\""));
         const std::string panel = form.substr(start, end - start);
         EXPECT_NE(panel.find(GetParam().title), std::string::npos);
-        const std::vector<PageField> chosen = readFields(panel);
-        fields.insert(fields.end(), chosen.begin(), chosen.end());
         // Behind the panels stand the hidden ones again.
-        const std::vector<PageField> rest =
-            readFields(form.substr(form.find("value=\"Save Auto-Response\"")));
-        fields.insert(fields.end(), rest.begin(), rest.end());
+        for (const std::string &part :
+             {panel, form.substr(form.find("value=\"Save Auto-Response\""))})
+            for (const PageField &field : readFields(part))
+                fields.push_back(field);
         return fields;
     }
 
     static std::string newValue(const PageField &field, std::size_t number) {
-        if (!field.options.empty()) {
-            const auto other =
-                std::find_if(field.options.rbegin(), field.options.rend(),
-                             [&](const std::string &option) { return option != field.value; });
-            return other == field.options.rend() ? field.value : *other;
-        }
+        for (auto other = field.options.rbegin(); other != field.options.rend(); ++other)
+            if (*other != field.value)
+                return *other;
+        if (!field.options.empty())
+            return field.value;
         for (const auto &[end, value] : special_values)
             if (field.name.ends_with(end))
                 return value;
@@ -203,19 +160,17 @@ TEST_P(EditPageTest, EveryValueComesBack) {
     }
 
     if (!GetParam().type.empty()) {
-        EXPECT_EQ(stored(rule_ + "webui_login.trigger_login") == "on", GetParam().form == "action")
+        const bool isAction = GetParam().form == "action";
+        EXPECT_EQ(stored(rule_ + "webui_login.trigger_login") == "on", isAction)
             << "nothing is left of the check before";
-        const std::string shownIn =
-            GetParam().form == "action"
-                ? get("form=autoresponse&action=modify&index=1", login()).body
-                : get("form=autoresponse", login()).body;
-        EXPECT_NE(shownIn.find(">" + GetParam().title), std::string::npos) << "in its list";
+        const std::string list = isAction ? "&action=modify&index=1" : "";
+        EXPECT_TRUE(get("form=autoresponse" + list, login()).has(">" + GetParam().title));
     }
 
     // Sent again as it stands, the page changes nothing.
-    const std::string before = read(config_file) + read(passwd);
+    const std::string before = configuration() + read(passwd);
     EXPECT_EQ(post(asShown(shown), login()).part("class=\"error-message\"", "</p>"), "");
-    EXPECT_EQ(read(config_file) + read(passwd), before);
+    EXPECT_EQ(configuration() + read(passwd), before);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, EditPageTest, ::testing::ValuesIn(editPages()),

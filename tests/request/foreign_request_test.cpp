@@ -7,17 +7,14 @@ namespace {
 
 class ForeignRequest : public RequestTest {
   protected:
-    Environment from(const Environment &marks, const std::string &query, bool isPost) {
+    Response send(const Environment &marks, const std::string &query, bool isPost) {
         Environment variables = {{"REQUEST_METHOD", isPost ? "POST" : "GET"},
                                  {"QUERY_STRING", isPost ? "" : query},
                                  {"CONTENT_TYPE", "application/x-www-form-urlencoded"},
                                  {"HTTP_HOST", "console.example:8080"},
                                  {"HTTP_COOKIE", login()}};
         variables.insert(marks.begin(), marks.end());
-        return variables;
-    }
-    Response send(const Environment &marks, const std::string &query, bool isPost) {
-        return request(from(marks, query, isPost), isPost ? query : "");
+        return request(variables, isPost ? query : "");
     }
 };
 
@@ -30,54 +27,46 @@ bool isRefused(const Response &response) {
 const Environment cross_site = {{"HTTP_SEC_FETCH_SITE", "cross-site"}};
 
 TEST_F(ForeignRequest, IsToldByWhatBrowsersSay) {
+    const std::string proxy = "https://proxy.example";
+    const std::string base = proxy + "/node/7";
+    const std::string evil = "https://evil.example";
     const struct {
         const char *name;
-        Environment marks;
         bool foreign;
+        Environment marks;
     } rows[] = {
-        {"no browser", {}, false},
-        {"own page", {{"HTTP_SEC_FETCH_SITE", "same-origin"}}, false},
-        {"typed in", {{"HTTP_SEC_FETCH_SITE", "none"}}, false},
-        {"neighbor", {{"HTTP_SEC_FETCH_SITE", "same-site"}}, true},
-        {"elsewhere", cross_site, true},
-        {"word of the future", {{"HTTP_SEC_FETCH_SITE", "same-origin, none"}}, true},
-        {"own origin", {{"HTTP_ORIGIN", "http://Console.example:8080"}}, false},
-        {"other port", {{"HTTP_ORIGIN", "http://console.example"}}, true},
-        {"other origin", {{"HTTP_ORIGIN", "http://evil.example:8080"}}, true},
-        {"longer name", {{"HTTP_ORIGIN", "http://console.example:8080.evil.example"}}, true},
-        {"no origin to tell", {{"HTTP_ORIGIN", "null"}}, true},
-        {"no host to be", {{"HTTP_ORIGIN", "http://"}, {"HTTP_HOST", ""}}, true},
-        {"own referer", {{"HTTP_REFERER", "http://console.example:8080/?form=time"}}, false},
-        {"other referer", {{"HTTP_REFERER", "http://evil.example/console.example:8080"}}, true},
-        {"the browser knows best",
-         {{"HTTP_SEC_FETCH_SITE", "same-origin"}, {"HTTP_ORIGIN", "https://proxy.example"}},
-         false},
-        {"through the proxy",
-         {{"HTTP_ORIGIN", "https://proxy.example"},
-          {"HTTP_X_BASE_URI", "https://proxy.example/node/7"}},
-         false},
-        {"past the proxy",
-         {{"HTTP_ORIGIN", "https://evil.example"},
-          {"HTTP_X_BASE_URI", "https://proxy.example/node/7"}},
-         true},
-        {"proxy's path alone",
-         {{"HTTP_ORIGIN", "https://evil.example"}, {"HTTP_X_BASE_URI", "/node/7"}},
-         true},
+        {"no browser", false, {}},
+        {"own page", false, {{"HTTP_SEC_FETCH_SITE", "same-origin"}}},
+        {"typed in", false, {{"HTTP_SEC_FETCH_SITE", "none"}}},
+        {"neighbor", true, {{"HTTP_SEC_FETCH_SITE", "same-site"}}},
+        {"elsewhere", true, cross_site},
+        {"word of the future", true, {{"HTTP_SEC_FETCH_SITE", "same-origin, none"}}},
+        {"own origin", false, {{"HTTP_ORIGIN", "http://Console.example:8080"}}},
+        {"other port", true, {{"HTTP_ORIGIN", "http://console.example"}}},
+        {"other origin", true, {{"HTTP_ORIGIN", "http://evil.example:8080"}}},
+        {"longer name", true, {{"HTTP_ORIGIN", "http://console.example:8080.evil.example"}}},
+        {"no origin to tell", true, {{"HTTP_ORIGIN", "null"}}},
+        {"no host to be", true, {{"HTTP_ORIGIN", "http://"}, {"HTTP_HOST", ""}}},
+        {"own referer", false, {{"HTTP_REFERER", "http://console.example:8080/?form=time"}}},
+        {"other referer", true, {{"HTTP_REFERER", "http://evil.example/console.example:8080"}}},
+        {"browser knows", false, {{"HTTP_SEC_FETCH_SITE", "same-origin"}, {"HTTP_ORIGIN", proxy}}},
+        {"through the proxy", false, {{"HTTP_ORIGIN", proxy}, {"HTTP_X_BASE_URI", base}}},
+        {"past the proxy", true, {{"HTTP_ORIGIN", evil}, {"HTTP_X_BASE_URI", base}}},
+        {"proxy's path alone", true, {{"HTTP_ORIGIN", evil}, {"HTTP_X_BASE_URI", "/node/7"}}},
     };
-    for (const auto &row : rows)
+    for (const auto &[name, isForeign, marks] : rows)
         for (const bool isPost : {true, false}) {
             configure("config.system.name", "before");
             const Response response =
-                send(row.marks, "form=systemsettings&apply=1&config.system.name=after", isPost);
-            EXPECT_EQ(isRefused(response), row.foreign) << row.name;
-            EXPECT_EQ(stored("config.system.name"), row.foreign ? "before" : "after") << row.name;
+                send(marks, "form=systemsettings&apply=1&config.system.name=after", isPost);
+            EXPECT_EQ(isRefused(response), isForeign) << name;
+            EXPECT_EQ(stored("config.system.name"), isForeign ? "before" : "after") << name;
         }
 }
 
 TEST_F(ForeignRequest, ChangesNothingWhateverItsCommand) {
-    configure("config.delayed", "on");
-    configure("config.system.password", "$6$x$y");
-    configure("config.ui.syslog.filepattern", "x");
+    configure(
+        formData("config.delayed=on&config.system.password=$6$x$y&config.ui.syslog.filepattern=x"));
     put("/etc/config/delayed/config.xml", read("/etc/config/config.xml"));
     addUser("ann", {"admin"});
     login();

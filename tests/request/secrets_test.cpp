@@ -34,9 +34,7 @@ class Secrets : public RequestTest {
 };
 
 TEST_F(Secrets, AreShownAndWrittenNowhereElse) {
-    configure("config.ui.log.trace", "on");
-    configure("config.ui.debug", "on");
-    configure("config.auth.sessionlifetime", "20");
+    configure(formData("config.ui.log.trace=on&config.ui.debug=on&config.auth.sessionlifetime=20"));
     expectLog("Failed to generate snmpapp.conf");
     const auto leaves = navigationLeaves();
     const auto open = [&](const std::string &leaf) {

@@ -2,6 +2,7 @@
 #include "tests/support/request_test.h"
 
 #include <map>
+#include <regex>
 #include <set>
 
 namespace zandorin::test {
@@ -13,52 +14,31 @@ class SettingsPage : public RequestTest, public ::testing::WithParamInterface<st
     SettingsPage() {
         configure("config.ui.debug", "on");
         configure("config.auth.pmshell.available", "on");
-        put("/etc/config/ssl_cert.pem", "certificate");
-        put("/etc/config/ssl_key.pem", "key");
+        for (const char *path :
+             {"/etc/config/ssl_cert.pem", "/etc/config/ssl_key.pem", "/var/log/messages"})
+            put(path, "a line\n");
         put("/var/run/snmpd/snmpapp.conf", "oldEngineID 0x8000\n");
-        put("/var/log/messages", "a line\n");
     }
 
     Response open() { return get("form=" + GetParam(), login()); }
 };
 
 /// A valid value of an element type; "%" becomes the field's number, three digits of it.
-const std::map<std::string, std::string> typical_values = {
-    {"text", "Text %"},
-    {"printable", "Words, %"},
-    {"unsafe_printable", "<b>\"%\"</b> & 'so' (on)"},
-    {"alphanum", "name-%"},
-    {"hostname", "host%.example.com"},
-    {"address", "host%.example.com"},
-    {"addresslist", "host%.example.com,192.0.2.1,2001:db8::1"},
-    {"ip", "2001:db8::%"},
-    {"netmask", "ffff:%::"},
-    {"tcpport", "65%"},
-    {"port", "61%"},
-    {"email", "u%@example.com"},
-    {"password", "<secret> & %"},
-    {"username", "user%"},
-    {"snmpusername", "user_%"},
-    {"distinguishedname", "cn=u\\,% (x),dc=example"},
-    {"phonenumber", "+6173000%"},
-};
+const Fields typical_values =
+    formData("text=Text %&printable=Words, %&alphanum=name-%&hostname=host%.example.com&"
+             "address=host%.example.com&addresslist=host%.example.com,192.0.2.1,2001:db8::1&"
+             "ip=2001:db8::%&netmask=ffff:%::&tcpport=65%&port=61%&email=u%@example.com&"
+             "username=user%&snmpusername=user_%&phonenumber=+6173000%") +
+    Fields{{"unsafe_printable", "<b>\"%\"</b> & 'so' (on)"},
+           {"password", "<secret> & %"},
+           {"distinguishedname", "cn=u\\,% (x),dc=example"}};
 
 /// Texts that the page's validator judges.
-const std::map<std::string, std::string> judged_values = {
-    {"config.auth.sessionlifetime", "%"},
-    {"config.bfprotection.limit", "%"},
-    {"config.bfprotection.timeout", "%"},
-    {"config.system.nagios.nsca.interval", "%"},
-    {"config.services.snmp.engineid", "0x80001f8800%0"},
-    {"config.system.snmp.engineid", "80001F8800%0"},
-    {"config.system.snmp.engineid2", "80001f8800%0"},
-};
-
-std::string filledIn(std::string pattern, std::size_t number) {
-    const auto place = pattern.find('%');
-    return place == std::string::npos ? pattern
-                                      : pattern.replace(place, 1, std::to_string(100 + number));
-}
+const Fields judged_values =
+    formData("config.auth.sessionlifetime=%&config.bfprotection.limit=%&"
+             "config.bfprotection.timeout=%&config.system.nagios.nsca.interval=%&"
+             "config.services.snmp.engineid=0x80001f8800%0&"
+             "config.system.snmp.engineid=80001F8800%0&config.system.snmp.engineid2=80001f8800%0");
 
 /// What an administrator enters into a field; nothing when its type has no typical value.
 std::string valueFor(const PageField &field, const std::string &type, std::size_t number) {
@@ -66,11 +46,10 @@ std::string valueFor(const PageField &field, const std::string &type, std::size_
         return field.options.back();
     if (field.kind == "checkbox")
         return "on";
-    const auto judged = judged_values.find(field.name);
-    if (judged != judged_values.end())
-        return filledIn(judged->second, number);
-    const auto typical = typical_values.find(type);
-    return typical == typical_values.end() ? "" : filledIn(typical->second, number);
+    for (const auto &[name, pattern] : judged_values + typical_values)
+        if (name == field.name || name == type)
+            return std::regex_replace(pattern, std::regex("%"), std::to_string(100 + number));
+    return "";
 }
 
 bool isPlain(const PageField &field) {
@@ -155,10 +134,10 @@ TEST_P(SettingsPage, EveryValueComesBack) {
     }
 
     // Sent again as it stands, the page changes nothing.
-    const std::string before = read("/etc/config/config.xml");
+    const std::string before = configuration();
     const Response second = post(untouched(fields, elements), login());
     EXPECT_EQ(second.part("class=\"error-message\"", "</p>"), "");
-    EXPECT_EQ(read("/etc/config/config.xml"), before);
+    EXPECT_EQ(configuration(), before);
 
     // Boxes that are not checked, and those that delete what is stored.
     Fields cleared;

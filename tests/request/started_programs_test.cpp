@@ -1,6 +1,7 @@
 #include "tests/support/request_test.h"
 #include "util/files.h"
 
+#include <cstring>
 #include <filesystem>
 #include <regex>
 #include <set>
@@ -15,16 +16,9 @@ namespace fs = std::filesystem;
 using Set = std::set<std::string>;
 
 /// What may be handed on, and what shells add to it.
-const Set allowed_variables = {"PATH",
-                               "ZANDORIN_ROOT",
-                               "LD_PRELOAD",
-                               "NSS_WRAPPER_PASSWD",
-                               "NSS_WRAPPER_GROUP",
-                               "NSS_WRAPPER_DISABLE_DEEPBIND",
-                               "PWD",
-                               "OLDPWD",
-                               "SHLVL",
-                               "_"};
+const char *const allowed_variables =
+    " PATH ZANDORIN_ROOT LD_PRELOAD NSS_WRAPPER_PASSWD NSS_WRAPPER_GROUP "
+    "NSS_WRAPPER_DISABLE_DEEPBIND PWD OLDPWD SHLVL _ ";
 
 /// Sources that start programs. One that is new here belongs into the table below as well.
 const Set starting_sources = {
@@ -44,13 +38,8 @@ const struct Row {
     Fields fields;        ///< posted
     const char *expected; ///< arguments and descriptors, a line each; %R is the appliance root
 } rows[] = {
-    {"helper of a login",
-     "/bin/pam-client",
-     false,
-     {{"form", "login"},
-      {"action", "login_userpass"},
-      {"username", "--help"},
-      {"password", "-o;id`id`"}},
+    {"helper of a login", "/bin/pam-client", false,
+     formData("form=login&action=login_userpass&username=--help&password=-o;id`id`"),
      "arg -o\nfd 0 /dev/null\nfd 1 /dev/null\nfd 2 /dev/null\n"},
     {"LLDP client",
      "/sbin/lldpcli",
@@ -104,7 +93,8 @@ TEST_F(StartedPrograms, GetAnAllowListOfWhatTheRequestHas) {
             if (!line.starts_with("env "))
                 seen += line + "\n";
             else
-                EXPECT_TRUE(allowed_variables.contains(line.substr(4))) << row.name << ": " << line;
+                EXPECT_NE(std::strstr(allowed_variables, (line.substr(3) + " ").c_str()), nullptr)
+                    << row.name << ": " << line;
         const std::string expected =
             std::regex_replace(std::string(row.expected), std::regex("%R"), onHost(""));
         EXPECT_EQ(seen, expected) << row.name;

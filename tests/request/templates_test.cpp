@@ -22,11 +22,16 @@ class Templates : public RequestTest {
     std::string show(std::string_view def, std::string_view frm, Fields fields = {}) {
         put("/home/httpd/forms/example.def", def);
         put("/home/httpd/forms/example.frm", frm);
-        const bool posts = !fields.empty();
-        fields.insert(fields.begin(), {"form", "example"});
-        const Response response = posts ? post(fields, cookie_) : get(encode(fields), cookie_);
+        const Response response = fields.empty()
+                                      ? get("form=example", cookie_)
+                                      : post(fields + Fields{{"form", "example"}}, cookie_);
         const std::string shown = response.part("{{", "}}\t</body>");
         return shown.size() < 12 ? response.body : shown.substr(2, shown.size() - 12);
+    }
+
+    /// What a function yields, between brackets.
+    std::string call(const std::string &function, std::string_view def = "") {
+        return show(def, "[CGI_CALL(ui::" + function + ")]");
     }
 
     static std::string errorBox(const std::string &message) {
@@ -65,8 +70,7 @@ TEST_F(Templates, EveryExampleOfTheDocument) {
             text += line + "\n";
         ++number;
         if (kind == "config") {
-            for (const auto &[key, value] : fieldsOf(text))
-                configure(key, value);
+            configure(fieldsOf(text));
             blocks["before"] = read(config);
         } else if (kind.starts_with('/')) {
             put(kind, text);
@@ -85,10 +89,7 @@ TEST_F(Templates, EveryExampleOfTheDocument) {
 }
 
 TEST_F(Templates, WrongNumbersOfArgumentsAreToldAndYieldNothing) {
-    const struct {
-        const char *call;
-        const char *error;
-    } rows[] = {
+    const std::pair<const char *, const char *> rows[] = {
         {"addElement,a", "addElement() takes 2 - 5 params, got: 1"},
         {"addElement,a,b,c,save,delete,g", "addElement() takes 2 - 5 params, got: 6"},
         {"getElemLabel", "getElemValue() takes 1 param"},
@@ -111,21 +112,16 @@ TEST_F(Templates, WrongNumbersOfArgumentsAreToldAndYieldNothing) {
         {"getSnmpEngineIdLabel", "getSnmpEngineIdLabel() takes 1 param"},
     };
     expectLog("getElemValue() takes '0' parameter");
-    for (const auto &row : rows)
-        EXPECT_EQ(show("", "[CGI_CALL(ui::" + std::string(row.call) + ")]"),
-                  "[]" + errorBox(row.error))
-            << row.call;
+    for (const auto &[function, error] : rows)
+        EXPECT_EQ(call(function), "[]" + errorBox(error)) << function;
     EXPECT_EQ(show("", "CGI_CALL(ui::getElemValue,a,b)"),
               "params: 2<br>\n" + errorBox("getElemValue() takes 1 param"));
 }
 
 TEST_F(Templates, Functions) {
-    configure("config.e.text", "<b>");
-    configure("config.e.secret", "hush");
-    configure("config.system.password", "$6$hash");
-    configure("config.e.on", "on");
-    configure("config.auth.pmshell.available", "on");
-    configure("config.system.snmp.engineid2", "0x80");
+    configure(formData("config.e.text=<b>&config.e.secret=hush&config.system.password=$6$hash&"
+                       "config.e.on=on&config.auth.pmshell.available=on&"
+                       "config.system.snmp.engineid2=0x80"));
     put("/etc/config/motd", "Keep <out>\n");
     put("/etc/config/FIPS", "");
     put("/var/run/snmpd/snmpd.conf", "x\noldEngineID 0x80<00\noldEngineID 1\n");
@@ -134,14 +130,9 @@ TEST_F(Templates, Functions) {
     const std::string def = "CGI_CALL(ui::addElement,config.e.text,Text)"
                             "CGI_CALL(ui::addElement,config.e.secret,Secret,password)"
                             "CGI_CALL(ui::addElement,config.auth.pmshell.enabled,<i>L</i>,boolean)";
-    std::string stars;
-    for (int i = 0; i < 8; ++i)
-        stars += "&#x2a;";
+    const std::string stars = "&#x2a;&#x2a;&#x2a;&#x2a;&#x2a;&#x2a;&#x2a;&#x2a;";
     const std::string text = "<input type=\"text\" class=\"formfield\" name=\"config.e.";
-    const struct {
-        const char *call;
-        std::string expected;
-    } rows[] = {
+    const std::pair<const char *, std::string> rows[] = {
         {"getHref,?a=1&amp;b=2,<b>x</b> &amp; y", "<a href=\"?a=1&amp;b=2\"><b>x</b> &amp; y</a>"},
         {"getPicture,?form=x,icon-x,Title",
          "<a href=\"?form=x\"><img src=\"/pixmaps/icon-x.png\" title=\"Title\" border=\"0\"/></a>"},
@@ -187,73 +178,57 @@ TEST_F(Templates, Functions) {
         {"getSnmpEngineIdLabel,config.system.snmp.engineid2", ""},
         {"getSnmpEngineIdLabel,config.other", ""},
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(show(def, "[CGI_CALL(ui::" + std::string(row.call) + ")]"),
-                  "[" + row.expected + "]")
-            << row.call;
+    for (const auto &[function, expected] : rows)
+        EXPECT_EQ(call(function, def), "[" + expected + "]") << function;
 }
 
 TEST_F(Templates, WhatIsMissingIsTold) {
     configure("config.ui.syslog.filepattern", "(");
-    const struct {
-        const char *call;
-        std::string shown;
-        std::string error;
-    } rows[] = {
+    const std::string table = "<table border=\"0\" cellpadding=\"0\" cellspacing=\"0\"";
+    const std::string current =
+        "<tr><td><div id=\"config.x.current\" title=\"\"><b><i>(Currently empty)</i></b></div>"
+        "</td></tr><tr><td><input type=\"checkbox\" name=\"config.x.delete\" value=\"on\">Clear "
+        "this field.</td></tr><tr><td>";
+    const std::tuple<const char *, std::string, const char *> rows[] = {
         {"getFile,/none<,x", "", "Failed to open file: /none&lt;"},
         {"getFile,/etc/version", "", "Invalid regular expression: &#x28;"},
         {"getElemLabel,config.x<", "", "getElemLabel() no such element: config.x&lt;"},
         {"getUnsafeTextInput,config.x,0,on",
-         "<table border=\"0\" cellpadding=\"0\" cellspacing=\"0\"><tr><td><div "
-         "id=\"config.x.current\" title=\"\"><b><i>(Currently empty)</i></b></div></td></tr><tr>"
-         "<td><input type=\"checkbox\" name=\"config.x.delete\" value=\"on\">Clear this field."
-         "</td></tr><tr><td><input type=\"text\" class=\"formfield\" name=\"config.x\"  "
-         "size=\"25\"></td></tr></table>",
+         table + ">" + current +
+             "<input type=\"text\" class=\"formfield\" name=\"config.x\"  "
+             "size=\"25\"></td></tr></table>",
          "Invalid argument for getUnsafeTextInput() checkbox: on"},
         {"getUnsafeTextAreaInput,config.x,0,on",
-         "<table border=\"0\" cellpadding=\"0\" cellspacing=\"0\" width=\"100%%\"><tr><td><div "
-         "id=\"config.x.current\" title=\"\"><b><i>(Currently empty)</i></b></div></td></tr><tr>"
-         "<td><input type=\"checkbox\" name=\"config.x.delete\" value=\"on\">Clear this field."
-         "</td></tr><tr><td><textarea name=\"config.x\"></textarea></td></tr></table>",
+         table + " width=\"100%%\">" + current +
+             "<textarea name=\"config.x\"></textarea></td></tr></table>",
          "Invalid argument for getUnsafeTextInput() checkbox: on"},
     };
     expectLog("No such label for 'config.x<'");
-    for (const auto &row : rows)
-        EXPECT_EQ(show("", "[CGI_CALL(ui::" + std::string(row.call) + ")]"),
-                  "[" + row.shown + "]" + errorBox(row.error))
-            << row.call;
+    for (const auto &[function, shown, error] : rows)
+        EXPECT_EQ(call(function), "[" + shown + "]" + errorBox(error)) << function;
 }
 
 TEST_F(Templates, SystemFiles) {
-    const struct {
-        const char *name;
-        const char *path;
-        const char *contents;
-        const char *call;
-        const char *expected;
-    } rows[] = {
-        {"uptime", "/proc/uptime", "273906.9 1.0\n", "getUptime",
-         "3 days, 4 hours, 5 mins, 6 secs"},
-        {"below a minute", "/proc/uptime", "59.9", "getUptime", "0 days, 0 hours, 0 mins, 59 secs"},
-        {"no uptime", "/proc/uptime", "0.0", "getUptime", "Unavailable"},
-        {"bad uptime", "/proc/uptime", "up", "getUptime", "/proc/uptime malformed"},
-        {"firmware", "/etc/version", "A/B V 1.2 x\n", "getFirmwareVersion", "1.2"},
-        {"last word", "/etc/version", "A/B V 1.2\n", "getFirmwareVersion", "Unknown"},
-        {"hardly a rest", "/etc/version", "A/B V ", "getFirmwareVersion", "Unknown"},
-        {"model", "/etc/version", "A/B V 1.2 x\n", "getModel", "B "},
-        {"blank first", "/etc/version", "A B/C\n", "getModel", "Unknown"},
-        {"no slash", "/etc/version", "A V\n", "getModel", "A "},
-        {"no blank", "/etc/version", "A/B\n", "getModel", "B"},
-        {"empty", "/etc/version", "", "getModel", "Unknown"},
+    const std::tuple<const char *, const char *, const char *> rows[] = {
+        {"273906.9 1.0\n", "getUptime", "[3 days, 4 hours, 5 mins, 6 secs]"},
+        {"59.9", "getUptime", "[0 days, 0 hours, 0 mins, 59 secs]"},
+        {"0.0", "getUptime", "[Unavailable]"},
+        {"up", "getUptime", "[/proc/uptime malformed]"},
+        {"A/B V 1.2 x\n", "getFirmwareVersion", "[1.2]"},
+        {"A/B V 1.2\n", "getFirmwareVersion", "[Unknown]"},
+        {"A/B V ", "getFirmwareVersion", "[Unknown]"},
+        {"A/B V 1.2 x\n", "getModel", "[B ]"},
+        {"A B/C\n", "getModel", "[Unknown]"},
+        {"A V\n", "getModel", "[A ]"},
+        {"A/B\n", "getModel", "[B]"},
+        {"", "getModel", "[Unknown]"},
     };
-    for (const auto &row : rows) {
-        put(row.path, row.contents);
-        EXPECT_EQ(show("", "[CGI_CALL(ui::" + std::string(row.call) + ")]"),
-                  "[" + std::string(row.expected) + "]")
-            << row.name;
+    for (const auto &[contents, function, expected] : rows) {
+        put(function == std::string("getUptime") ? "/proc/uptime" : "/etc/version", contents);
+        EXPECT_EQ(call(function), expected) << contents;
     }
     for (const char *path : {"/proc/uptime", "/etc/version", "/etc/config/motd"})
-        std::remove(onHost(path).c_str());
+        remove(path);
     EXPECT_EQ(show("", "CGI_CALL(ui::getUptime),CGI_CALL(ui::getModel),"
                        "CGI_CALL(ui::getFirmwareVersion),CGI_CALL(ui::getMotd)"),
               "Unavailable,Unknown,Unknown,");
@@ -261,10 +236,7 @@ TEST_F(Templates, SystemFiles) {
 
 TEST_F(Templates, PatternsThatWouldTakeForeverAreRefused) {
     put("/log", std::string(200, 'a') + "\n");
-    const struct {
-        const char *pattern;
-        bool taken;
-    } rows[] = {
+    const std::pair<const char *, bool> rows[] = {
         {"^a{200}$", true},
         {"(a{1,3}\\.){1,3}|a", true},
         {"a{2000000000000000000000}", false},
@@ -273,12 +245,12 @@ TEST_F(Templates, PatternsThatWouldTakeForeverAreRefused) {
         {"(.*)(.*)(.*)(.*)\\1\\2\\3\\4x", false},
         {"a\\", false},
     };
-    for (const auto &row : rows) {
+    for (const auto &[pattern, taken] : rows) {
         const std::string shown =
-            show("", "CGI_CALL(ui::getFile,/log)", {{"config.ui.syslog.filepattern", row.pattern}});
-        EXPECT_EQ(shown.find("</pre>") != std::string::npos, row.taken) << row.pattern;
-        EXPECT_EQ(shown.find("Invalid regular expression: ") != std::string::npos, !row.taken)
-            << row.pattern;
+            show("", "CGI_CALL(ui::getFile,/log)", {{"config.ui.syslog.filepattern", pattern}});
+        EXPECT_EQ(shown.find("</pre>") != std::string::npos, taken) << pattern;
+        EXPECT_NE(shown.find("Invalid regular expression: ") != std::string::npos, taken)
+            << pattern;
     }
 }
 
@@ -292,8 +264,9 @@ TEST_F(SystemLog, IsFilteredByAPatternThatIsKept) {
     const auto lines = [](const Response &response) { return response.part("<pre>", "</pre>"); };
     EXPECT_EQ(lines(get("form=systemlog", cookie)), "<pre>\na daemon &lt;1&gt;\na kernel\n</pre>");
     Response response = post({{"form", "systemlog"}, {"apply", "Apply"}, {key, "k[e]r|x"}}, cookie);
-    EXPECT_TRUE(response.has("Changes to configuration succeeded."));
-    EXPECT_TRUE(response.has(".current\" title=\"k&#x5b;e&#x5d;r&#x7c;x\""));
+    EXPECT_EQ(response.lacks({"Changes to configuration succeeded.",
+                              ".current\" title=\"k&#x5b;e&#x5d;r&#x7c;x\""}),
+              "");
     EXPECT_EQ(lines(response), "<pre>\na kernel\n</pre>");
     EXPECT_EQ(lines(get("form=systemlog", cookie)), "<pre>\na kernel\n</pre>");
     // Submitted without a new one it stays; the box removes it.

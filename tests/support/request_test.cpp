@@ -1,8 +1,10 @@
 #include "tests/support/request_test.h"
 
+#include "platform/libzandorin/config_tree.h"
 #include "platform/libzandorin/xml_tree.h"
 #include "util/files.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <csignal>
@@ -42,10 +44,6 @@ std::string makeRoot() {
     return root;
 }
 
-std::string wholeFile(const std::string &path) {
-    return readFile(path).value_or("(missing)");
-}
-
 std::vector<char *> pointers(std::vector<std::string> &words) {
     std::vector<char *> result;
     for (std::string &word : words)
@@ -54,16 +52,29 @@ std::vector<char *> pointers(std::vector<std::string> &words) {
     return result;
 }
 
-platform::XmlNode &childOf(platform::XmlNode &parent, const std::string &name) {
-    if (platform::XmlNode *found = parent.child(name))
-        return *found;
-    platform::XmlNode child;
-    child.value = name;
-    parent.children.push_back(std::move(child));
-    return parent.children.back();
+platform::XmlDocument parsed(const std::string &bytes) {
+    auto document = platform::parseXml(bytes);
+    if (!document)
+        throw std::runtime_error("config.xml is damaged");
+    return std::move(*document);
 }
 
 } // namespace
+
+Fields formData(const std::string &text) {
+    Fields fields;
+    std::istringstream parts(text);
+    for (std::string part; std::getline(parts, part, '&');) {
+        const auto equals = part.find('=');
+        fields.emplace_back(part.substr(0, equals), part.substr(equals + 1));
+    }
+    return fields;
+}
+
+Fields operator+(Fields fields, const Fields &more) {
+    fields.insert(fields.end(), more.begin(), more.end());
+    return fields;
+}
 
 std::string Response::headerLine(std::string_view name) const {
     const std::string start = "\r\n" + std::string(name) + ": ";
@@ -72,6 +83,17 @@ std::string Response::headerLine(std::string_view name) const {
         return "";
     const std::string rest = header.substr(found + start.size() - 2);
     return rest.substr(0, rest.find("\r\n"));
+}
+
+std::string Response::lacks(const std::vector<std::string> &texts) const {
+    const auto found =
+        std::find_if_not(texts.begin(), texts.end(), [&](auto &t) { return has(t); });
+    return found == texts.end() ? "" : *found;
+}
+
+std::string Response::holds(const std::vector<std::string> &texts) const {
+    const auto found = std::find_if(texts.begin(), texts.end(), [&](auto &t) { return has(t); });
+    return found == texts.end() ? "" : *found;
 }
 
 std::string Response::part(std::string_view start, std::string_view end) const {
@@ -244,7 +266,11 @@ void RequestTest::put(std::string_view path, std::string_view contents) const {
 }
 
 std::string RequestTest::read(std::string_view path) const {
-    return wholeFile(onHost(path));
+    return readFile(onHost(path)).value_or("(missing)");
+}
+
+void RequestTest::remove(std::string_view path) const {
+    fs::remove_all(onHost(path));
 }
 
 bool RequestTest::exists(std::string_view path) const {
@@ -267,38 +293,23 @@ void RequestTest::configure(const std::string &key, const std::string &value) co
 }
 
 void RequestTest::configure(const Fields &settings) const {
-    auto document = platform::parseXml(read("/etc/config/config.xml"));
-    if (!document)
-        throw std::runtime_error("config.xml is damaged");
-    for (const auto &[key, value] : settings) {
-        platform::XmlNode *node = &document->root;
-        std::istringstream segments(key.substr(key.find('.') + 1));
-        for (std::string segment; std::getline(segments, segment, '.');)
-            node = &childOf(*node, segment);
-        platform::XmlNode text;
-        text.kind = platform::XmlNode::Kind::text;
-        text.value = value;
-        node->children = {text};
-    }
-    put("/etc/config/config.xml", platform::renderXml(*document));
+    auto document = parsed(configuration());
+    for (const auto &[key, value] : settings)
+        platform::setElementText(document.root, key, value);
+    put("/etc/config/config.xml", platform::renderXml(document));
 }
 
 std::string RequestTest::stored(const std::string &key) const {
-    const auto document = platform::parseXml(read("/etc/config/config.xml"));
-    if (!document)
-        throw std::runtime_error("config.xml is damaged");
-    const platform::XmlNode *node = &document->root;
-    std::istringstream segments(key.substr(key.find('.') + 1));
-    for (std::string segment; node != nullptr && std::getline(segments, segment, '.');)
-        node = node->child(segment);
+    const auto document = parsed(configuration());
+    const platform::XmlNode *node = platform::findElement(document.root, key);
     return node == nullptr ? "" : node->text();
 }
 
 void RequestTest::addUser(const std::string &name, const std::vector<std::string> &groups) const {
-    configure("config.users.total", "1");
-    configure("config.users.user1.username", name);
+    Fields user = {{"config.users.total", "1"}, {"config.users.user1.username", name}};
     for (std::size_t i = 0; i < groups.size(); ++i)
-        configure("config.users.user1.groups.group" + std::to_string(i + 1), groups[i]);
+        user.emplace_back("config.users.user1.groups.group" + std::to_string(i + 1), groups[i]);
+    configure(user);
     put("/etc/config/passwd", read("/etc/config/passwd") + name +
                                   ":x:1000:1000::/etc/config/users/" + name + ":/bin/bash\n");
 }

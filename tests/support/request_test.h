@@ -15,6 +15,11 @@ namespace zandorin::test {
 using Environment = std::map<std::string, std::string>;
 using Fields = std::vector<std::pair<std::string, std::string>>;
 
+/// The fields of "name=value&name=value", taken as they stand: nothing is decoded.
+Fields formData(const std::string &text);
+/// Both, those of `more` last.
+Fields operator+(Fields fields, const Fields &more);
+
 /// What the program answered.
 struct Response {
     std::string header; ///< up to and without the empty line, lines ended by CR LF
@@ -22,6 +27,10 @@ struct Response {
     int status = -1; ///< exit status, or 128 + the signal that ended it
 
     bool has(std::string_view text) const { return body.find(text) != std::string::npos; }
+    /// The first of the texts that the body has not; "" when it has all of them.
+    std::string lacks(const std::vector<std::string> &texts) const;
+    /// The first of the texts that the body has; "" when it has none of them.
+    std::string holds(const std::vector<std::string> &texts) const;
     /// The one header line of that name without it; "" when missing.
     std::string headerLine(std::string_view name) const;
     /// The text of the body from `start` to the `end` that follows it, both included.
@@ -64,6 +73,10 @@ class RequestTest : public ::testing::Test {
     Response get(const std::string &query, const std::string &cookie = "");
     /// Posts the fields URL-encoded.
     Response post(const Fields &fields, const std::string &cookie = "");
+    /// The same with the fields of formData().
+    Response post(const char *text, const std::string &cookie = "") {
+        return post(formData(text), cookie);
+    }
     /// Any request: the variables in addition to REMOTE_ADDR and the like, and the body.
     Response request(const Environment &variables, const std::string &body = "");
 
@@ -82,7 +95,10 @@ class RequestTest : public ::testing::Test {
     void put(std::string_view path, std::string_view contents) const;
     std::string read(std::string_view path) const;
     bool exists(std::string_view path) const;
+    void remove(std::string_view path) const;
     std::string onHost(std::string_view path) const { return root_ + std::string(path); }
+    /// The stored configuration's file.
+    std::string configuration() const { return read("/etc/config/config.xml"); }
 
     /// The appliance's files by path, but those of /tmp and the snapshots of XML files; of a
     /// session only that it is there.

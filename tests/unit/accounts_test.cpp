@@ -19,11 +19,7 @@ TEST_F(Accounts, PasswordsAreChecked) {
             "empty::1:1::/:/bin/sh\n"
             "locked:!$6$saltstring$svn8Uo:1:1::/:/bin/sh\n"
             "star:*:1:1::/:/bin/sh\nrefusal:*0:1:1::/:/bin/sh\nplain:secret:1:1::/:/bin/sh\n");
-    const struct {
-        const char *name;
-        std::string password;
-        bool good;
-    } rows[] = {
+    const std::tuple<const char *, std::string, bool> rows[] = {
         {"sha", "Hello world!", true},
         {"sha", "Hello world", false},
         {"sha", "", false},
@@ -42,9 +38,9 @@ TEST_F(Accounts, PasswordsAreChecked) {
         {"nobody", "", false},
     };
     const ShadowFile shadow;
-    for (const auto &row : rows)
-        EXPECT_EQ(user_ispassword(shadow, row.name, row.password), row.good)
-            << row.name << " '" << row.password.substr(0, 20) << "'";
+    for (const auto &[name, password, isGood] : rows)
+        EXPECT_EQ(user_ispassword(shadow, name, password), isGood)
+            << name << " '" << password.substr(0, 20) << "'";
     EXPECT_FALSE(user_ispassword(ShadowFile("/nonexistent"), "sha", "Hello world!"));
 }
 

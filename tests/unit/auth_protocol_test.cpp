@@ -59,12 +59,7 @@ TEST_F(AuthProtocol, WritingToAPeerThatDoesNotReadTimesOut) {
 TEST_F(AuthProtocol, ReadsTextsAndRefusesTornOrOversizedOnes) {
     const std::string longest(max_text, 'x');
     const std::string zero("a\0b", 3);
-    const struct {
-        const char *name;
-        std::string sent;
-        bool closes;
-        std::optional<std::string> text;
-    } rows[] = {
+    const std::tuple<const char *, std::string, bool, std::optional<std::string>> rows[] = {
         {"text", bytes(Message::challenge, "Code: "), true, "Code: "},
         {"empty", bytes(Message::challenge, ""), true, ""},
         {"zero byte", bytes(Message::challenge, zero), true, zero},
@@ -76,14 +71,14 @@ TEST_F(AuthProtocol, ReadsTextsAndRefusesTornOrOversizedOnes) {
         {"4 GB announced", bytes(Message::challenge, "abc", 0xffffffff), false, std::nullopt},
         {"goes silent", bytes(Message::challenge, "abc", 4), false, std::nullopt},
     };
-    for (const auto &row : rows) {
+    for (const auto &[name, sent, closes, text] : rows) {
         SetUp();
-        ASSERT_EQ(::send(peer_.get(), row.sent.data(), row.sent.size(), 0),
-                  static_cast<ssize_t>(row.sent.size()));
-        if (row.closes)
+        ASSERT_EQ(::send(peer_.get(), sent.data(), sent.size(), 0),
+                  static_cast<ssize_t>(sent.size()));
+        if (closes)
             peer_.reset();
-        EXPECT_EQ(readType(here_.get()), static_cast<std::uint8_t>(Message::challenge)) << row.name;
-        EXPECT_EQ(readText(here_.get()), row.text) << row.name;
+        EXPECT_EQ(readType(here_.get()), static_cast<std::uint8_t>(Message::challenge)) << name;
+        EXPECT_EQ(readText(here_.get()), text) << name;
     }
     EXPECT_EQ(readType(here_.get()), std::nullopt) << "silent peer";
 }

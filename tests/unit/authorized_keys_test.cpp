@@ -7,7 +7,6 @@
 
 #include <filesystem>
 
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 namespace zandorin {

@@ -74,23 +74,17 @@ TEST_F(AutoResponse, CountIsNeverMoreThanThereIs) {
 TEST_F(AutoResponse, FieldsOfActionsAreResolved) {
     threeActions();
     const std::string record = "config.autoresponse.autoresponse1";
-    const struct {
-        const char *field;
-        std::string key;
-    } rows[] = {
+    const std::pair<const char *, std::string> rows[] = {
         {"trigger.2.email.name", record + ".trigger_actions.action2.email.name"},
         {"trigger.new.email.name", record + ".trigger_actions.action4.email.name"},
         {"resolve.new.", record + ".resolve_actions.action1."},
         {"resolve.7", record + ".resolve_actions.action7"},
-        {"trigger", ""},
-        {"trigger.", ""},
-        {"trigger.0.x", ""},
-        {"trigger.-1.x", ""},
-        {"trigger.2x.x", ""},
     };
+    for (const char *field : {"trigger", "trigger.", "trigger.0.x", "trigger.-1.x", "trigger.2x.x"})
+        EXPECT_EQ(resolveActionKey(config, record, field), "") << field;
     test::LogCapture log(Priority::error);
-    for (const auto &row : rows)
-        EXPECT_EQ(resolveActionKey(config, record, row.field), row.key) << row.field;
+    for (const auto &[field, key] : rows)
+        EXPECT_EQ(resolveActionKey(config, record, field), key) << field;
     EXPECT_TRUE(log.records().empty());
     EXPECT_EQ(resolveActionKey(config, record, "other.2.x"), "");
     EXPECT_TRUE(log.has("300 Unrecognized prefix: other"));
@@ -103,25 +97,20 @@ TEST_F(AutoResponse, FingerprintFollowsEveryChange) {
     config.setElement(recordKey(2) + ".name", "a");
     std::set<std::string> seen = {fingerprint(config, 1), fingerprint(config, 2)};
     EXPECT_EQ(seen.size(), 2U) << "the number counts";
-    const std::pair<const char *, const char *> changes[] = {
-        {".name", "b"},
-        {".reset_timeout", "1"},
-        {".trigger_actions.total", "1"},
-        {".trigger_actions.action1.email.body", "x"},
-    };
-    for (const auto &[key, value] : changes) {
-        config.setElement(recordKey(1) + key, value);
-        EXPECT_TRUE(seen.insert(fingerprint(config, 1)).second) << key << "=" << value;
+    for (const char *key : {".name", ".reset_timeout", ".trigger_actions.total",
+                            ".trigger_actions.action1.email.body"}) {
+        config.setElement(recordKey(1) + key, "1");
+        EXPECT_TRUE(seen.insert(fingerprint(config, 1)).second) << key;
     }
     EXPECT_EQ(fingerprint(config, 3), "");
 }
 
 TEST_F(AutoResponse, AmountsAddUpOverTheirUnits) {
     const std::string keys = recordKey(1) + ".";
-    config.setElement(keys + "celldata.data_mb", "5");
-    config.setElement(keys + "celldata.data_kb", "1030");
-    config.setElement(keys + "celldata.period_d", "1");
-    config.setElement(keys + "celldata.period_s", "2147483647");
+    const std::pair<const char *, const char *> amounts[] = {
+        {"data_mb", "5"}, {"data_kb", "1030"}, {"period_d", "1"}, {"period_s", "2147483647"}};
+    for (const auto &[key, value] : amounts)
+        config.setElement(keys + "celldata." + key, value);
     storeAmounts(config, "celldata", keys);
     EXPECT_EQ(config.getElement(keys + "celldata.data.amount"), "6150");
     EXPECT_EQ(config.getElement(keys + "celldata.data.display_mb"), "on");
@@ -137,12 +126,10 @@ TEST_F(AutoResponse, ReportsOfTheServiceAreReadByNumber) {
                                         "9\tTriggered\n0\tX\nno number\n\n1\t\tPort 1\n3");
     const auto reports = readReports(3);
     ASSERT_EQ(reports.size(), 3U);
-    EXPECT_EQ(reports[0].status, "Normal");
-    EXPECT_EQ(reports[0].subject, "Port 1");
-    EXPECT_EQ(reports[1].status, "Triggered");
-    EXPECT_EQ(reports[1].value, "<b>");
-    EXPECT_EQ(reports[1].user, "ann");
-    EXPECT_EQ(reports[2].status, "Normal");
+    std::string read;
+    for (const auto &report : reports)
+        read += report.status + "," + report.subject + "," + report.value + "," + report.user + ";";
+    EXPECT_EQ(read, "Normal,Port 1,,;Triggered,Port 3,<b>,ann;Normal,,,;");
     put("/var/run/autoresponse.status", std::string(70000, '1'));
     EXPECT_EQ(readReports(1)[0].status, "Normal");
 }

@@ -5,7 +5,6 @@
 #include "util/paths.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 namespace zandorin {
@@ -29,23 +28,18 @@ TEST(Cgi, Fields) {
 
 TEST(Cgi, Variables) {
     const test::LogCapture log(Priority::error);
-    const struct {
-        const char *port;
-        std::uint16_t number;
-        const char *https;
-        bool secure;
-    } rows[] = {
+    const std::tuple<const char *, std::uint16_t, const char *, bool> rows[] = {
         {"0", 0, "ON", true},     {"65536", 0, "On", true},   {"99999999999", 65535, "1", false},
         {"-1", 65535, "", false}, {"443", 443, "on ", false}, {"65535", 65535, "on", true},
     };
-    for (const auto &row : rows) {
+    for (const auto &[port, number, https, isSecure] : rows) {
         CgiRequest request({{"REQUEST_METHOD", "GET"},
-                            {"REMOTE_PORT", row.port},
-                            {"HTTPS", row.https},
+                            {"REMOTE_PORT", port},
+                            {"HTTPS", https},
                             {"HTTP_X_BASE_URI", "/<proxy>"}});
         const auto cgi = request.open();
-        EXPECT_EQ(cgi->getRemotePort(), row.number) << row.port;
-        EXPECT_EQ(cgi->getHttps(), row.secure) << row.https;
+        EXPECT_EQ(cgi->getRemotePort(), number) << port;
+        EXPECT_EQ(cgi->getHttps(), isSecure) << https;
         EXPECT_EQ(cgi->getRemoteAddress(), "");
         EXPECT_EQ(baseUri(), "/<proxy>");
     }

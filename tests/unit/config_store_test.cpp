@@ -51,10 +51,7 @@ TEST_F(ConfigStore, Values) {
               "<flag>YES</flag><n>007</n><negative>-3</negative><huge>4294967296</huge></config>");
     Store store;
     ASSERT_TRUE(store.read());
-    const struct {
-        std::string_view key;
-        const char *value;
-    } rows[] = {
+    const std::pair<std::string_view, const char *> rows[] = {
         {"config", "top"},
         {"config.system.name", "caf\xe9"},
         {"config.system.motd", "5 &#x20ac; &#x1f600;"},
@@ -68,10 +65,9 @@ TEST_F(ConfigStore, Values) {
         {"config/system/name", ""},
         {std::string_view("config.n\0", 9), ""},
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(store.getElement(row.key), row.value) << row.key;
-    EXPECT_TRUE(store.getBoolean("config.flag"));
-    EXPECT_FALSE(store.getBoolean("config.n"));
+    for (const auto &[key, value] : rows)
+        EXPECT_EQ(store.getElement(key), value) << key;
+    EXPECT_TRUE(store.getBoolean("config.flag") && !store.getBoolean("config.n"));
     EXPECT_EQ(store.getSize("config.n"), 7U);
     EXPECT_EQ(store.getSize("config.negative"), 0U);
     EXPECT_EQ(store.getSize("config.huge"), 0U);
@@ -85,19 +81,13 @@ TEST_F(ConfigStore, RefusesKeysAndValuesThatTheFileCannotHold) {
     std::string deep = "config";
     for (int i = 1; i < 64; ++i)
         deep += ".a";
-    const struct {
-        const char *name;
-        std::string key;
-        std::string value;
-    } rows[] = {
-        {"root", "config", "x"},           {"other root", "other.a", "x"},
-        {"digit first", "config.1", "x"},  {"blank", "config.a b", "x"},
-        {"markup", "config.a><b", "x"},    {"empty segment", "config..a", "x"},
-        {"too deep", deep + ".a", "x"},    {"byte above ASCII", "config.\xe9", "x"},
-        {"escape", "config.a", "\x1b[2J"}, {"NUL", "config.a", std::string("\0", 1)},
-    };
-    for (const auto &row : rows)
-        EXPECT_THROW(store.setElement(row.key, row.value), utilities::Exception) << row.name;
+    for (const std::string &key :
+         {std::string("config"), std::string("other.a"), std::string("config.1"),
+          std::string("config.a b"), std::string("config.a><b"), std::string("config..a"),
+          deep + ".a", std::string("config.\xe9")})
+        EXPECT_THROW(store.setElement(key, "x"), utilities::Exception) << key;
+    for (const std::string &value : {std::string("\x1b[2J"), std::string("\0", 1)})
+        EXPECT_THROW(store.setElement("config.a", value), utilities::Exception) << value;
     EXPECT_FALSE(store.isDirty());
 
     std::string all = "\t\r\n";
@@ -110,43 +100,36 @@ TEST_F(ConfigStore, RefusesKeysAndValuesThatTheFileCannotHold) {
 
 TEST_F(ConfigStore, DamagedFilesAreRefusedAndKept) {
     const std::string sound = document("  <delayed>on</delayed>\n");
-    const struct {
-        const char *name;
-        std::string committed;
-        std::string delayed;
-    } rows[] = {
-        {"empty", "", ""},
-        {"cut off", "<config><a>1</a>", ""},
-        {"other root", "<configuration/>", ""},
-        {"delayed file cut off", sound, "<config>"},
-        {"delayed file with another root", sound, "<html/>"},
+    const std::pair<std::string, std::string> rows[] = {
+        // Committed and delayed.
+        {"", ""},           {"<config><a>1</a>", ""}, {"<configuration/>", ""}, {sound, "<config>"},
+        {sound, "<html/>"},
     };
-    for (const auto &row : rows) {
+    for (const auto &[committed, delayed] : rows) {
+        SCOPED_TRACE(committed + delayed);
         SetUp();
         put(file, sound);
         Store early; // read before the damage
         ASSERT_TRUE(early.read());
         early.setElement("config.a", "2");
 
-        put(file, row.committed);
-        if (!row.delayed.empty())
-            put(delayed_file, row.delayed);
+        put(file, committed);
+        if (!delayed.empty())
+            put(delayed_file, delayed);
         Store store;
-        EXPECT_FALSE(store.isBroken()) << row.name;
-        EXPECT_FALSE(store.read()) << row.name;
+        EXPECT_FALSE(store.isBroken() || store.read());
         store.setElement("config.a", "2");
-        EXPECT_FALSE(store.isDirty()) << row.name;
-        EXPECT_FALSE(store.write()) << row.name;
-        EXPECT_FALSE(early.write()) << row.name;
-        EXPECT_FALSE(early.doDelayedCommit()) << row.name;
-        EXPECT_EQ(get(file), row.committed) << row.name;
-        EXPECT_EQ(get(delayed_file), row.delayed.empty() ? "(missing)" : row.delayed) << row.name;
+        EXPECT_FALSE(store.isDirty());
+        EXPECT_FALSE(store.write());
+        EXPECT_FALSE(early.write());
+        EXPECT_FALSE(early.doDelayedCommit());
+        EXPECT_EQ(get(file), committed);
+        EXPECT_EQ(get(delayed_file), delayed.empty() ? "(missing)" : delayed);
     }
     SetUp();
     EXPECT_TRUE(Store().isBroken());
     makeFolder("/etc/config");
-    EXPECT_FALSE(Store().isBroken());
-    EXPECT_FALSE(Store().read());
+    EXPECT_FALSE(Store().isBroken() || Store().read());
     EXPECT_FALSE(exists(file));
 }
 
@@ -179,26 +162,26 @@ TEST_F(ConfigStore, WriteTouchesNothingButItsOwn) {
 }
 
 TEST_F(ConfigStore, ChangesAreToldByValue) {
+    // Values of a, list.r1, list.r2, and the names in list.
+    const char *same = "1,x,y,r1 r2 ";
     const struct {
         const char *name;
         bool dirty;
-        const char *after; // values of a, list.r1, list.r2, and the names in list
-        const char *steps; // "key=value" sets, "-key" deletes
+        const char *after, *steps; // "key=value" sets, "-key" deletes
     } rows[] = {
-        {"same value", false, "1,x,y,r1 r2 ", "config.a=1"},
-        {"empty for none", false, "1,x,y,r1 r2 ", "config.list.r3="},
-        {"delete what is not there", false, "1,x,y,r1 r2 ", "-config.list.r3"},
-        {"set and set back", false, "1,x,y,r1 r2 ", "config.a=2 config.a=1"},
-        {"new and deleted", false, "1,x,y,r1 r2 ", "config.list.r3=z -config.list.r3"},
-        {"list set anew, the same", false, "1,x,y,r1 r2 ",
-         "-config.list config.list.r1=x config.list.r2=y"},
+        {"same value", false, same, "config.a=1"},
+        {"empty for none", false, same, "config.list.r3="},
+        {"delete what is not there", false, same, "-config.list.r3"},
+        {"set and set back", false, same, "config.a=2 config.a=1"},
+        {"new and deleted", false, same, "config.list.r3=z -config.list.r3"},
+        {"list set anew, the same", false, same, "-config.list config.list.r1=x config.list.r2=y"},
         {"list set anew, other names", true, "1,,y,r2 r3 ",
          "-config.list config.list.r2=y config.list.r3=z"},
         {"set, then deleted with its list", true, "1,,,",
          "config.list.r1=z -config.list.r2 -config.list"},
         {"a value becomes a list", true, ",x,y,r1 r2 ", "-config.a config.a.b=1"},
         {"emptied", true, ",x,y,r1 r2 ", "config.a="},
-        {"neither root nor other keys are deleted", false, "1,x,y,r1 r2 ", "-config -list"},
+        {"neither root nor other keys are deleted", false, same, "-config -list"},
     };
     const auto summary = [](const Store &s) {
         std::string text;
@@ -222,10 +205,10 @@ TEST_F(ConfigStore, ChangesAreToldByValue) {
         EXPECT_EQ(store.isDirty(), row.dirty) << row.name;
         EXPECT_EQ(summary(store), row.after) << row.name;
         EXPECT_TRUE(store.write()) << row.name;
-        EXPECT_EQ(summary(store), row.after) << row.name;
         Store later;
         ASSERT_TRUE(later.read());
-        EXPECT_EQ(summary(later), row.after) << row.name;
+        for (const Store *each : {&store, &later})
+            EXPECT_EQ(summary(*each), row.after) << row.name;
     }
 }
 

@@ -5,7 +5,6 @@
 #include <cstdlib>
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 
 namespace zandorin {
 namespace {
@@ -108,16 +107,13 @@ TEST(Decoder, StatusesAndSizes) {
 TEST(Decoder, Integers) {
     CgiRequest request(CgiRequest::get("n=-12&t=7x&w=x&big=2147483648&zero=%001"));
     const auto cgi = request.open();
-    const struct {
-        const char *name;
-        int status;
-        int number;
-    } rows[] = {{"n", GCGI_OK, -12}, {"t", GCGI_OK, 7},       {"w", GCGI_OK, 5},
-                {"big", GCGI_OK, 5}, {"zero", GCGI_EMPTY, 5}, {"none", GCGI_NOT_FOUND, 5}};
-    for (const auto &row : rows) {
+    const std::tuple<const char *, int, int> rows[] = {
+        {"n", GCGI_OK, -12}, {"t", GCGI_OK, 7},       {"w", GCGI_OK, 5},
+        {"big", GCGI_OK, 5}, {"zero", GCGI_EMPTY, 5}, {"none", GCGI_NOT_FOUND, 5}};
+    for (const auto &[name, status, expected] : rows) {
         int number = 0;
-        EXPECT_EQ(gcgiCopyInteger(row.name, &number, 5), row.status) << row.name;
-        EXPECT_EQ(number, row.number) << row.name;
+        EXPECT_EQ(gcgiCopyInteger(name, &number, 5), status) << name;
+        EXPECT_EQ(number, expected) << name;
     }
 }
 

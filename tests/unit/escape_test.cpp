@@ -1,6 +1,8 @@
 #include "tests/support/log_capture.h"
 #include "ui/escape.h"
 
+#include <array>
+
 #include <gtest/gtest.h>
 
 namespace zandorin {
@@ -9,12 +11,8 @@ namespace {
 using namespace std::string_literals;
 
 TEST(Escape, Encodings) {
-    const struct {
-        std::string text;
-        std::string safe;
-        std::string uri;
-        std::string html;
-    } rows[] = {
+    const std::array<std::string, 4> rows[] = {
+        // A text, and it as safe text, in a URI, and in HTML.
         {"a b", "a b", "a%32;b", "a b"},
         {"09AZaz@:_=$+,-./", "09AZaz@:_=$+,-./", "09AZaz@:_=$+,-./", "09AZaz@:_=$+,-.&#x2F;"},
         {"&<>\"'", "&amp;&lt;&gt;&quot;&apos;", "&%60;%62;%34;'", "&amp;&lt;&gt;&quot;&apos;"},
@@ -25,10 +23,10 @@ TEST(Escape, Encodings) {
          "\t\n\0\x7f\xff"s},
         {"", "", "", ""},
     };
-    for (const auto &row : rows) {
-        EXPECT_EQ(encodeSafe(row.text), row.safe);
-        EXPECT_EQ(encodeUri(row.text), row.uri);
-        EXPECT_EQ(escapeHtmlString(row.text), row.html);
+    for (const auto &[text, safe, uri, html] : rows) {
+        EXPECT_EQ(encodeSafe(text), safe);
+        EXPECT_EQ(encodeUri(text), uri);
+        EXPECT_EQ(escapeHtmlString(text), html);
     }
 }
 

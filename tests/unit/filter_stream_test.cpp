@@ -1,8 +1,6 @@
 #include "ui/filter_stream.h"
 
-#include <istream>
 #include <iterator>
-#include <ostream>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -55,24 +53,21 @@ TEST(FilterStream, ATargetThatTakesNothingIsReported) {
 TEST(FilterStream, ReplacesTheLongestFromTheLeft) {
     const std::map<std::string, std::string> strings = {
         {"ab", "1"}, {"abcd", "2"}, {"bc", "ab"}, {"x", ""}, {"", "never"}};
-    const struct {
-        const char *text;
-        const char *result;
-    } rows[] = {
+    const std::pair<const char *, const char *> rows[] = {
         {"ab", "1"},        {"abcd", "2"},    {"abc", "1c"},    {"abcx", "1c"},
         {"aab", "a1"},      {"abcab", "1c1"}, {"bcd", "abd"},   {"axb", "ab"},
         {"ababcda", "12a"}, {"", ""},         {"\xff", "\xff"},
     };
-    for (const auto &row : rows) {
+    for (const auto &[text, result] : rows) {
         std::stringbuf target;
         {
             replace filter(&target, strings);
-            std::ostream(&filter) << row.text << std::flush;
+            std::ostream(&filter) << text << std::flush;
         }
-        EXPECT_EQ(target.str(), row.result) << row.text;
-        std::stringbuf source(row.text);
+        EXPECT_EQ(target.str(), result) << text;
+        std::stringbuf source(text);
         replace reader(&source, strings);
-        EXPECT_EQ(readAll(reader), row.result) << row.text;
+        EXPECT_EQ(readAll(reader), result) << text;
     }
 }
 

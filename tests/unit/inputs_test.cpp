@@ -8,11 +8,7 @@ namespace zandorin::ui {
 namespace {
 
 TEST(Inputs, Markup) {
-    const struct {
-        const char *name;
-        std::string markup;
-        const char *expected;
-    } rows[] = {
+    const std::tuple<const char *, std::string, std::string> rows[] = {
         {"empty text", textInput({.name = "a"}),
          "<input type=\"text\" class=\"formfield\" name=\"a\"  size=\"25\">"},
         {"text with all",
@@ -56,8 +52,8 @@ TEST(Inputs, Markup) {
          "selected>RPC</option><option id=\"enviro\" value=\"enviro\" "
          ">Environmental</option></select>"},
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(row.markup, row.expected) << row.name;
+    for (const auto &[name, markup, expected] : rows)
+        EXPECT_EQ(markup, expected) << name;
 }
 
 TEST(Inputs, UnsafeInputShowsTheStoredValueShortened) {

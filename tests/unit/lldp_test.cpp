@@ -35,22 +35,17 @@ TEST(Lldp, ReadsRecordedNeighbours) {
 }
 
 TEST(Lldp, ReadsWhatLinesMayLookLike) {
-    const struct {
-        const char *name;
-        std::string output;
-        Neighbours neighbours;
-    } rows[] = {
-        {"nothing", "", {}},
-        {"last line without its end", "lldp.e.a=1", {{"e", {{"a", "1"}}}}},
-        {"no value", "lldp.e.a\nlldp.e\nlldp\nlldp.\nlldp.e.b=2\n", {{"e", {{"b", "2"}}}}},
-        {"interface with a dot", "lldp.e.7.a=1\n", {{"e", {{"7.a", "1"}}}}},
-        {"empty names", "lldp..=\n", {{"", {{"", ""}}}}},
-        {"any bytes",
-         std::string("lldp.e.a=\0\xff\r\n", 13),
-         {{"e", {{"a", std::string("\0\xff\r", 3)}}}}},
+    const std::string bytes("\0\xff\r", 3);
+    const std::pair<std::string, Neighbours> rows[] = {
+        {"", {}},
+        {"lldp.e.a=1", {{"e", {{"a", "1"}}}}},
+        {"lldp.e.a\nlldp.e\nlldp\nlldp.\nlldp.e.b=2\n", {{"e", {{"b", "2"}}}}},
+        {"lldp.e.7.a=1\n", {{"e", {{"7.a", "1"}}}}},
+        {"lldp..=\n", {{"", {{"", ""}}}}},
+        {"lldp.e.a=" + bytes + "\n", {{"e", {{"a", bytes}}}}},
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(neighboursIn(row.output), row.neighbours) << row.name;
+    for (const auto &[output, neighbours] : rows)
+        EXPECT_EQ(neighboursIn(output), neighbours) << output;
     EXPECT_EQ(chassisIn("local-chassis.chassis.name=a.b=c\nlocal-chassis\n"),
               (LldpValues{{"chassis.name", "a.b=c"}}));
 }

@@ -43,12 +43,7 @@ TEST_F(LoginGuardTest, ShutsOutAnAddressForAWhile) {
 }
 
 TEST_F(LoginGuardTest, OneClientIsOneAddress) {
-    const struct {
-        const char *name;
-        const char *first;
-        const char *second;
-        bool same;
-    } rows[] = {
+    const std::tuple<const char *, const char *, const char *, bool> rows[] = {
         {"same network", "2001:db8::1", "2001:db8:0:0:ffff::2", true},
         {"another network", "2001:db8::1", "2001:db8:0:1::1", false},
         {"mapped", "::ffff:192.0.2.1", "192.0.2.1", true},
@@ -56,11 +51,11 @@ TEST_F(LoginGuardTest, OneClientIsOneAddress) {
         {"no addresses", "", "x y\n1", true},
         {"a line end", "192.0.2.1", "192.0.2.1\n", false},
     };
-    for (const auto &row : rows) {
+    for (const auto &[name, first, second, isSame] : rows) {
         put(table, "");
         for (unsigned i = 0; i < limit; ++i)
-            fail(1000, row.first, "root");
-        EXPECT_EQ(fail(1000, row.second, "root") != 0, row.same) << row.name;
+            fail(1000, first, "root");
+        EXPECT_EQ(fail(1000, second, "root") != 0, isSame) << name;
     }
 }
 
@@ -86,11 +81,11 @@ TEST_F(LoginGuardTest, NameUnderFireFromEverywhereIsSlowedNotShut) {
 }
 
 TEST_F(LoginGuardTest, AJumpOfTheClockAndADamagedFileLockNobody) {
+    using namespace std::string_literals;
+    const std::string start = "192.0.2.1 1 ";
     for (const std::string &contents :
-         {std::string("192.0.2.1 1 3 999999\n"), std::string("192.0.2.1 1 3 -5\n"),
-          std::string("192.0.2.1 1 99999999999999999999 1000\n"),
-          std::string("192.0.2.1 1 -3 1000"), std::string("192.0.2.1 1 3"),
-          std::string("\0\xff\n\n   \n", 8), std::string(1000000, 'a')}) {
+         {start + "3 999999\n", start + "3 -5\n", start + "99999999999999999999 1000\n",
+          start + "-3 1000", start + "3", "\0\xff\n\n   \n"s, std::string(1000000, 'a')}) {
         put(table, contents);
         EXPECT_EQ(fail(1000, "192.0.2.1", "root"), 0) << contents.substr(0, 40);
     }

@@ -3,8 +3,6 @@
 
 #include <map>
 
-#include <gtest/gtest.h>
-
 namespace zandorin::cgi {
 namespace {
 
@@ -76,11 +74,8 @@ TEST(Multipart, Values) {
     const std::string base64 = "\r\nContent-Transfer-Encoding: BASE64";
     const std::string quoted = "\r\nContent-Transfer-Encoding: quoted-printable";
     const std::string full(limit, 'x');
-    const struct {
-        const char *name;
-        std::string body;
-        Values values;
-    } rows[] = {
+    const std::string inner = "--C\r\nx\r\n--C--";
+    const std::tuple<const char *, std::string, Values> rows[] = {
         {"at the limit", named(full), {{"n", full}}},
         {"line feeds only", "--B\nContent-Disposition: form-data; name=n\n\nx\n--B--\n", {}},
         {"padded separator", "--B \r\nContent-Disposition: inline; name=n\r\n\r\nx\r\n--B--", {}},
@@ -90,12 +85,10 @@ TEST(Multipart, Values) {
         {"quoted", named("a=3D=\r\nb=c3=\n=", quoted), {{"n", "a=b\xc3"}}},
         {"quoted garbage", named("=zz=4=", quoted), {{"n", "=zz=4"}}},
         {"unknown encoding", named("YWI=", "\r\nContent-Transfer-Encoding: x"), {{"n", "YWI="}}},
-        {"nested",
-         named("--C\r\nx\r\n--C--", "\r\nContent-Type: multipart/mixed; boundary=C"),
-         {{"n", "--C\r\nx\r\n--C--"}}},
+        {"nested", named(inner, "\r\nContent-Type: multipart/mixed; boundary=C"), {{"n", inner}}},
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(parse(row.body, 9).values, row.values) << row.name;
+    for (const auto &[name, body, values] : rows)
+        EXPECT_EQ(parse(body, 9).values, values) << name;
     EXPECT_FALSE(parse(named(full)).fields.at("n").truncated);
 }
 

@@ -4,8 +4,6 @@
 #include "tests/support/log_capture.h"
 #include "util/exception.h"
 
-#include <gtest/gtest.h>
-
 namespace zandorin {
 namespace {
 
@@ -77,27 +75,23 @@ TEST_F(NavTreeTest, RefusesWhatIsNoTree) {
 }
 
 TEST_F(NavTreeTest, ChecksDecideWhetherALeafIsOffered) {
-    const struct {
-        const char *check;
-        const char *configuration;
-        bool offered;
-    } rows[] = {
-        {"", "<config/>", true},
-        {"delayed_config", "<config/>", false},
-        {"delayed_config", "<config><delayed>on</delayed></config>", true},
-        {"io_ports", "<config><system><model>HX9016</model></system></config>", false},
-        {"io_ports", "<config><system><model>HX9016-I</model></system></config>", true},
-        {"io_ports", "<config><system><factory_opts>a,ind</factory_opts></system></config>", true},
-        {"io_ports", "<config><system><factory_opts>indus</factory_opts></system></config>", false},
-        {"unheard_of", "<config/>", true},
+    const std::tuple<const char *, std::string, bool> rows[] = {
+        {"", "", true},
+        {"delayed_config", "", false},
+        {"delayed_config", "<delayed>on</delayed>", true},
+        {"io_ports", "<system><model>HX9016</model></system>", false},
+        {"io_ports", "<system><model>HX9016-I</model></system>", true},
+        {"io_ports", "<system><factory_opts>a,ind</factory_opts></system>", true},
+        {"io_ports", "<system><factory_opts>indus</factory_opts></system>", false},
+        {"unheard_of", "", true},
     };
-    for (const auto &row : rows) {
-        put("/etc/config/config.xml", row.configuration);
+    for (const auto &[check, configuration, isOffered] : rows) {
+        put("/etc/config/config.xml", "<config>" + configuration + "</config>");
         ConfigManager store("/etc/config/config.xml", ".");
         ASSERT_TRUE(store.read());
         NavLeaf leaf;
-        leaf.check = row.check;
-        EXPECT_EQ(checkLeaf(leaf, store), row.offered) << row.check << " " << row.configuration;
+        leaf.check = check;
+        EXPECT_EQ(checkLeaf(leaf, store), isOffered) << check << " " << configuration;
     }
 }
 

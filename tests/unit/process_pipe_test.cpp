@@ -16,23 +16,18 @@ std::string rest(std::istream &stream) {
 }
 
 TEST(ProcessPipe, ReadsOutputAndStatus) {
-    const struct {
-        const char *command;
-        std::string output;
-        bool success;
-        const char *status;
-    } rows[] = {
+    const std::tuple<const char *, std::string, bool, const char *> rows[] = {
         {"echo a; echo b", "a\nb\n", true, "exit 0"},
         {"cat; exit 3", "", false, "exit 3"},
         {"kill -TERM $$", "", false, "Terminated"},
         {"head -c 1000 /dev/zero | tr '\\0' x", std::string(1000, 'x'), true, "exit 0"},
         {"/no/such/program 2>/dev/null", "", false, "exit 127"},
     };
-    for (const auto &row : rows) {
-        ipipestream pipe(row.command, 5000);
-        EXPECT_EQ(rest(pipe), row.output) << row.command;
-        EXPECT_EQ(pipe.success(), row.success) << row.command;
-        EXPECT_EQ(pipe.status_string(), row.status) << row.command;
+    for (const auto &[command, output, success, status] : rows) {
+        ipipestream pipe(command, 5000);
+        EXPECT_EQ(rest(pipe), output) << command;
+        EXPECT_EQ(pipe.success(), success) << command;
+        EXPECT_EQ(pipe.status_string(), status) << command;
         EXPECT_TRUE(pipe.wait(0)) << "a second wait knows the status";
     }
 }

@@ -44,11 +44,7 @@ class RolesOf : public test::ApplianceTest {
 };
 
 TEST_F(RolesOf, Users) {
-    const struct {
-        const char *user;
-        int result;
-        const char *roles;
-    } rows[] = {
+    const std::tuple<const char *, int, const char *> rows[] = {
         {"root", 0, "old, admin, ports, power, devices, status"},
         {"ann", 0, "old, ports, power"},
         {"carl", 0, "old"},
@@ -59,11 +55,10 @@ TEST_F(RolesOf, Users) {
         {"", -1, "old"}, // must not be the user without a name
         {nullptr, -1, "old"},
     };
-    for (const auto &row : rows) {
+    for (const auto &[user, result, expected] : rows) {
         Roles roles = make({"old"});
-        const char *name = row.user == nullptr ? "(null)" : row.user;
-        EXPECT_EQ(roles_add_from_user(roles.handle(), row.user, config_), row.result) << name;
-        EXPECT_EQ(text(roles), row.roles) << name;
+        EXPECT_EQ(roles_add_from_user(roles.handle(), user, config_), result) << expected;
+        EXPECT_EQ(text(roles), expected) << (user == nullptr ? "(null)" : user);
     }
     Roles none;
     EXPECT_EQ(roles_add_from_group(none.handle(), "gone", config_), -1);

@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <ctime>
-#include <optional>
 
 #include <csignal>
 #include <gmock/gmock.h>
@@ -53,6 +52,10 @@ class SessionTest : public test::ApplianceTest {
         ASSERT_TRUE(writeSessionRecord(id, record));
     }
 
+    static SessionRecord refreshing(std::int32_t expiry, std::int32_t length = 20, int state = 7) {
+        return {
+            .expiryTime = expiry, .authState = state, .sessionLength = length, .autorefresh = true};
+    }
     static bool stored(const std::string &id) { return exists("/var/run/.sessions/session-" + id); }
 
     const ScopedEnvironment address_{"REMOTE_ADDR", "198.51.100.7"};
@@ -61,11 +64,7 @@ class SessionTest : public test::ApplianceTest {
 };
 
 TEST_F(SessionTest, CollectsTheIdsOfItsCookies) {
-    using Ids = std::vector<std::string>;
-    const struct {
-        const char *header;
-        Ids ids;
-    } rows[] = {
+    const std::pair<const char *, std::vector<std::string>> rows[] = {
         {"a=1; ZdSessionId=abc; ZdSessionId=def", {"abc", "def"}},
         {"ZdSessionId=abc", {"abc"}},
         {"\t ZdSessionId\t=\tabc\r\n", {"abc"}},
@@ -77,9 +76,9 @@ TEST_F(SessionTest, CollectsTheIdsOfItsCookies) {
         {"", {}},
         {";;==\r\n", {}},
     };
-    for (const auto &row : rows) {
-        const ScopedEnvironment cookie("HTTP_COOKIE", row.header);
-        EXPECT_EQ(Session::getSessionCookies(), row.ids) << row.header;
+    for (const auto &[header, ids] : rows) {
+        const ScopedEnvironment cookie("HTTP_COOKIE", header);
+        EXPECT_EQ(Session::getSessionCookies(), ids) << header;
     }
     EXPECT_TRUE(Session::getSessionCookies().empty()) << "no header";
 }
@@ -88,12 +87,14 @@ TEST_F(SessionTest, IdsAreHiddenInTheLog) {
     const ScopedEnvironment cookie("HTTP_COOKIE", "a=1; ZdSessionId=abc;ZdSessionId=d\x1b; b=2");
     const LogCapture log;
     Session::getSessionCookies();
-    EXPECT_EQ(log.records(),
-              (std::vector<std::string>{
-                  "700 Cookie: a=1; ZdSessionId=********;ZdSessionId=********; b=2", "700 Tok = a",
-                  "700 Tok = 1", "700 Tok = ZdSessionId", "700 Tok = ********",
-                  "700 Session id ******** found", "700 Tok = ZdSessionId", "700 Tok = ********",
-                  "700 Session id ******** found", "700 Tok = b", "700 Tok = 2"}));
+    std::string records;
+    for (const std::string &record : log.records())
+        records += record + "\n";
+    const std::string id = "700 Tok = ZdSessionId\n700 Tok = ********\n"
+                           "700 Session id ******** found\n";
+    EXPECT_EQ(records, "700 Cookie: a=1; ZdSessionId=********;ZdSessionId=********; b=2\n"
+                       "700 Tok = a\n700 Tok = 1\n" +
+                           id + id + "700 Tok = b\n700 Tok = 2\n");
 }
 
 TEST_F(SessionTest, TheFirstIdWithAFileCounts) {
@@ -121,55 +122,34 @@ TEST_F(SessionTest, CookieLineIsSecureOnlyWhenHttpsIsOn) {
 }
 
 TEST_F(SessionTest, OnlyAWholeUnexpiredFileOfARealUserIsALogin) {
-    const std::string later = "expiry_time = " + std::to_string(soon()) + "\n";
-    const struct {
-        const char *name;
-        std::string contents;
-        const char *user; ///< null: refused and deleted
-    } rows[] = {
-        {"whole", "username = root\n" + later + "auth_state = 7\n", "root"},
-        {"first word of a name", "username = John Smith\n" + later + "auth_state = 7\n", "John"},
-        {"far expiry", "username = root\nexpiry_time = 99999999999999\nauth_state = 7\n", "root"},
-        {"expired", "username = root\nexpiry_time = 1600000000\nauth_state = 7\n", nullptr},
-        {"empty name", "username = (empty username)\n" + later + "auth_state = 7\n", nullptr},
-        {"bad name", "username = (malformed username)\n" + later + "auth_state = 7\n", nullptr},
-        {"no name", later + "auth_state = 7\n", nullptr},
-        {"no state", "username = root\n" + later, nullptr},
-        {"no expiry", "username = root\nauth_state = 7\n", nullptr},
-        {"unfinished without helper", "username = root\n" + later + "auth_state = 2\n", nullptr},
+    const std::string later = "\nexpiry_time = " + std::to_string(soon());
+    const std::tuple<const char *, std::string, std::string> rows[] = {
+        {"whole", "root" + later + "\nauth_state = 7\n", "root"},
+        {"far expiry", "root\nexpiry_time = 99999999999999\nauth_state = 7\n", "root"},
+        {"expired", "root\nexpiry_time = 1600000000\nauth_state = 7\n", ""},
+        {"empty name", "(empty username)" + later + "\nauth_state = 7\n", ""},
+        {"bad name", "(malformed username)" + later + "\nauth_state = 7\n", ""},
+        {"torn", "root" + later, ""},
+        {"unfinished without helper", "root" + later + "\nauth_state = 2\n", ""},
         // Its process group would be signalled, this test first.
-        {"own group as helper", "username = root\nexpiry_time = 1\nauth_pid = 0\nauth_state = 7\n",
-         nullptr},
+        {"own group as helper", "root\nexpiry_time = 1\nauth_pid = 0\nauth_state = 7\n", ""},
     };
     ::setpgid(0, 0);
-    for (const auto &row : rows) {
-        put("/var/run/.sessions/session-abc", row.contents);
+    for (const auto &[name, contents, user] : rows) {
+        put("/var/run/.sessions/session-abc", "username = " + contents);
         const Session session("abc", true);
-        EXPECT_EQ(session.authSuccess(), row.user != nullptr) << row.name;
-        EXPECT_EQ(stored("abc"), row.user != nullptr) << row.name;
-        if (row.user != nullptr) {
-            EXPECT_EQ(session.username(), row.user) << row.name;
-        }
+        EXPECT_EQ(session.authSuccess() ? session.username() : "", user) << name;
+        EXPECT_EQ(stored("abc"), !user.empty()) << name;
     }
 }
 
 TEST_F(SessionTest, FailedLoginsAreValidButNoSuccess) {
-    const struct {
-        std::int32_t state;
-        const char *text;
-        bool success;
-    } rows[] = {
-        {6, "failed", false},
-        {7, "authenticated", true},
-        {8, "failed", false},
-    };
-    for (const auto &row : rows) {
-        store("abc", {.authState = row.state});
+    for (const int state : {6, 7, 8}) {
+        store("abc", {.authState = state});
         const Session session("abc", true);
-        EXPECT_TRUE(session.isValid()) << row.state;
-        EXPECT_TRUE(session.authFinalised()) << row.state;
-        EXPECT_EQ(session.authSuccess(), row.success) << row.state;
-        EXPECT_EQ(session.authStatusString(), row.text);
+        EXPECT_TRUE(session.isValid() && session.authFinalised()) << state;
+        EXPECT_EQ(session.authSuccess(), state == 7) << state;
+        EXPECT_EQ(session.authStatusString(), state == 7 ? "authenticated" : "failed");
     }
     EXPECT_EQ(Session().authStatusString(), "challenge-in-progress");
 }
@@ -177,14 +157,11 @@ TEST_F(SessionTest, FailedLoginsAreValidButNoSuccess) {
 TEST_F(SessionTest, EveryRequestRefreshesEverybodyAndClearsWhatExpired) {
     MockHelper helper({});
     const std::int32_t early = soon();
-    store("mine", {.expiryTime = early, .authState = 7, .sessionLength = 60, .autorefresh = true});
-    store("theirs",
-          {.expiryTime = early, .authState = 7, .sessionLength = 60, .autorefresh = true});
+    store("mine", refreshing(early, 60));
+    store("theirs", refreshing(early, 60));
     store("fixed", {.expiryTime = early, .authState = 7, .sessionLength = 60});
-    store("endless",
-          {.expiryTime = early, .authState = 7, .sessionLength = INT32_MAX, .autorefresh = true});
-    store("failed",
-          {.expiryTime = early, .authState = 8, .sessionLength = 60, .autorefresh = true});
+    store("endless", refreshing(early, INT32_MAX));
+    store("failed", refreshing(early, 60, 8));
     store("old", {.expiryTime = 1600000000, .authPid = helper.pid(), .authState = 7});
     const ScopedEnvironment cookie("HTTP_COOKIE", "ZdSessionId=mine");
     const Session session;
@@ -196,11 +173,11 @@ TEST_F(SessionTest, EveryRequestRefreshesEverybodyAndClearsWhatExpired) {
     EXPECT_EQ(expiry("fixed"), early);
     EXPECT_EQ(expiry("failed"), early);
     EXPECT_EQ(expiry("endless"), INT32_MAX);
-    EXPECT_EQ(readSessionRecord("mine")->sourceIp, "198.51.100.7");
-    EXPECT_EQ(readSessionRecord("mine")->sourcePort, "40000");
-    EXPECT_EQ(readSessionRecord("mine")->sessionStart, 1600000000);
-    EXPECT_EQ(readSessionRecord("theirs")->sourceIp, "192.0.2.1");
-    EXPECT_EQ(readSessionRecord("theirs")->sourcePort, "1024");
+    const auto mine = *readSessionRecord("mine");
+    const auto theirs = *readSessionRecord("theirs");
+    EXPECT_EQ(mine.sourceIp + " " + mine.sourcePort, "198.51.100.7 40000");
+    EXPECT_EQ(mine.sessionStart, 1600000000);
+    EXPECT_EQ(theirs.sourceIp + " " + theirs.sourcePort, "192.0.2.1 1024");
     EXPECT_FALSE(stored("old"));
     EXPECT_EQ(helper.endedBy(), SIGTERM);
 }
@@ -213,10 +190,11 @@ class CrowdTest : public SessionTest {
 
     void SetUp() override {
         SessionTest::SetUp();
+        gather();
+    }
+    void gather() const {
         for (int n = 0; n < count; ++n)
-            store(
-                "s" + std::to_string(1000 + n),
-                {.expiryTime = now_ + 5, .authState = 7, .sessionLength = 20, .autorefresh = true});
+            store("s" + std::to_string(1000 + n), refreshing(now_ + 5));
     }
 
     static int storedCount() { return static_cast<int>(listSessionIds().size()); }
@@ -238,9 +216,7 @@ class CrowdTest : public SessionTest {
 TEST_F(CrowdTest, TheFirstRequestLooksAtEachAndLaterOnesAtSome) {
     Session::clearOldSessions();
     EXPECT_EQ(freshCount(now_ + 60), count);
-    for (int n = 0; n < count; ++n)
-        store("s" + std::to_string(1000 + n),
-              {.expiryTime = now_ + 5, .authState = 7, .sessionLength = 20, .autorefresh = true});
+    gather();
     remember(now_ - 3600, now_ - 1);
     Session::clearOldSessions();
     EXPECT_EQ(freshCount(now_ + 60), 32);
@@ -256,8 +232,8 @@ TEST_F(CrowdTest, TheFirstRequestLooksAtEachAndLaterOnesAtSome) {
 }
 
 TEST_F(CrowdTest, AnyRequestKeepsEveryRefreshingSessionAlive) {
-    const SessionRecord stale = {
-        .expiryTime = now_ - 60, .authState = 7, .sessionLength = 20, .autorefresh = true};
+    const SessionRecord stale = refreshing(now_ - 60);
+    const SessionRecord fixed = {.expiryTime = now_ - 60, .authState = 7};
     const struct {
         const char *name;
         std::int64_t since, last; ///< seconds before now
@@ -268,12 +244,8 @@ TEST_F(CrowdTest, AnyRequestKeepsEveryRefreshingSessionAlive) {
         {"a long pause", 3600, 1300, stale, false},
         {"a long pause since its last refresh", 600, 30, stale, false},
         {"clock set back", 3600, -100, stale, true},
-        {"does not refresh itself", 3600, 30, {.expiryTime = now_ - 60, .authState = 7}, false},
-        {"failed login",
-         3600,
-         30,
-         {.expiryTime = now_ - 60, .authState = 8, .sessionLength = 20, .autorefresh = true},
-         false},
+        {"does not refresh itself", 3600, 30, fixed, false},
+        {"failed login", 3600, 30, refreshing(now_ - 60, 20, 8), false},
     };
     for (const auto &row : rows) {
         store("mine", row.record);
@@ -301,8 +273,7 @@ TEST_F(CrowdTest, WhatEndedIsCleared) {
 
     // Nobody came for longer than any session lives.
     for (const std::string &id : listSessionIds())
-        store(id,
-              {.expiryTime = now_ - 100, .authState = 7, .sessionLength = 20, .autorefresh = true});
+        store(id, refreshing(now_ - 100));
     remember(now_ - 7200, now_ - 1300);
     Session::clearOldSessions();
     EXPECT_EQ(storedCount(), 0);
@@ -323,7 +294,7 @@ TEST_F(SessionTest, TakesNothingFromAHelperButItsProtocol) {
     const struct {
         const char *name;
         std::string answer;
-        std::optional<std::int32_t> state; ///< none: the session is ended
+        std::int32_t state = 0; ///< 0: the session is ended
         const char *prompt = "";
         int delayMs = 0;
     } rows[] = {
@@ -334,26 +305,24 @@ TEST_F(SessionTest, TakesNothingFromAHelperButItsProtocol) {
         {"challenge", id + bytes(Message::challenge, "Code\n\xff: ") + end, 2, "Code\n\xff: "},
         {"nothing new", end, 1},
         {"types that mean nothing", bytes(Message{42}) + bytes(Message::reply) + authenticated, 7},
-        {"closes at once", "", std::nullopt},
-        {"no end", id + bytes(Message::authenticated), std::nullopt},
-        {"torn text", bytes(Message::challenge, "abc", 10), std::nullopt},
-        {"2 GB", bytes(Message::challenge, "abc", 0x7fffffff), std::nullopt},
-        {"4 GB", bytes(Message::sessionId, "abc", 0xffffffff) + authenticated, std::nullopt},
-        {"id that is a path", bytes(Message::sessionId, "../x") + authenticated, std::nullopt},
-        {"id with a header", bytes(Message::sessionId, "a\r\nX: y") + authenticated, std::nullopt},
-        {"empty id", bytes(Message::sessionId, "") + authenticated, std::nullopt},
+        {"closes at once", ""},
+        {"no end", id + bytes(Message::authenticated)},
+        {"torn text", bytes(Message::challenge, "abc", 10)},
+        {"4 GB", bytes(Message::sessionId, "abc", 0xffffffff) + authenticated},
+        {"id that is a path", bytes(Message::sessionId, "../x") + authenticated},
+        {"empty id", bytes(Message::sessionId, "") + authenticated},
     };
     for (const auto &row : rows) {
         MockHelper helper({row.answer}, row.delayMs);
         store("abc", {.authPid = helper.pid(), .authState = Session::state_id_received});
         const Session session("abc", true);
         EXPECT_EQ(helper.requests(), "10:198.51.100.7 1:abc 127\n") << row.name;
-        EXPECT_EQ(session.isValid(), row.state.has_value()) << row.name;
+        EXPECT_EQ(session.isValid(), row.state != 0) << row.name;
         EXPECT_EQ(session.authSuccess(), row.state == 7) << row.name;
-        if (row.state) {
-            EXPECT_EQ(session.authStatus(), *row.state) << row.name;
+        if (row.state != 0) {
+            EXPECT_EQ(session.authStatus(), row.state) << row.name;
             EXPECT_EQ(session.getPrompt(), row.prompt) << row.name;
-            EXPECT_EQ(readSessionRecord("abc")->authState, *row.state) << row.name;
+            EXPECT_EQ(readSessionRecord("abc")->authState, row.state) << row.name;
         } else {
             EXPECT_FALSE(stored("abc")) << row.name;
             EXPECT_EQ(helper.endedBy(), SIGTERM) << row.name;
@@ -372,9 +341,9 @@ TEST_F(SessionTest, RelaysTheReplyToAChallenge) {
     EXPECT_TRUE(session.setReply("755224"));
     EXPECT_TRUE(session.authSuccess());
     EXPECT_TRUE(session.setReply("nobody asked"));
-    EXPECT_EQ(helper.requests(), "10:198.51.100.7 1:abc 127\n"
-                                 "10:198.51.100.7 1:abc 4:000000 127\n"
-                                 "10:198.51.100.7 1:abc 4:755224 127\n");
+    const std::string from = "10:198.51.100.7 1:abc ";
+    EXPECT_EQ(helper.requests(),
+              from + "127\n" + from + "4:000000 127\n" + from + "4:755224 127\n");
     EXPECT_EQ(readSessionRecord("abc")->authState, Session::state_authenticated);
 }
 

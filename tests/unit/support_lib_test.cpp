@@ -9,8 +9,8 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 
-#include <dirent.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
@@ -33,11 +33,7 @@ TEST_F(SupportLibrary, PidFileTellsALivingHolder) {
         ::_exit(0);
     ::waitpid(ended, nullptr, 0);
     const std::string parent = std::to_string(::getppid());
-    const struct {
-        const char *name;
-        std::string contents;
-        bool held;
-    } rows[] = {
+    const std::tuple<std::string, std::string, bool> rows[] = {
         {"living", parent + "\n", true},
         {"living, but started at another time", parent + "\n1\n", false},
         {"ended", std::to_string(ended), false},
@@ -49,10 +45,10 @@ TEST_F(SupportLibrary, PidFileTellsALivingHolder) {
         {"out of range", "4294967298", false},
         {"long", std::string(100000, '9'), false},
     };
-    for (const auto &row : rows) {
-        put("/var/run/busy.pid", row.contents);
-        EXPECT_EQ(pidfile_valid("busy") == 0, row.held) << row.name;
-        EXPECT_EQ(pidfile_clear("busy") == 0, row.name == std::string("this process")) << row.name;
+    for (const auto &[name, contents, held] : rows) {
+        put("/var/run/busy.pid", contents);
+        EXPECT_EQ(pidfile_valid("busy") == 0, held) << name;
+        EXPECT_EQ(pidfile_clear("busy") == 0, name == "this process") << name;
     }
     for (const char *name : {"", "../run/busy", "busy.pid", "a/b"}) {
         EXPECT_NE(pidfile_valid(name), 0) << name;
@@ -75,12 +71,8 @@ TEST_F(SupportLibrary, PidFileIsSeenByOthersWhileItsHolderLives) {
 }
 
 int openDescriptors() {
-    int count = 0;
-    DIR *folder = ::opendir("/proc/self/fd");
-    while (::readdir(folder) != nullptr)
-        ++count;
-    ::closedir(folder);
-    return count;
+    using Entries = std::filesystem::directory_iterator;
+    return static_cast<int>(std::distance(Entries("/proc/self/fd"), Entries()));
 }
 
 TEST_F(SupportLibrary, ProgramIsStartedAndLeftAlone) {
@@ -104,16 +96,11 @@ TEST_F(SupportLibrary, ProgramIsStartedAndLeftAlone) {
     EXPECT_EQ(reason, ECHILD);
     EXPECT_EQ(::kill(pid, SIGKILL), 0);
 
-    const struct {
-        std::string path;
-        int reason;
-    } rows[] = {{appliancePath("/none"), ENOENT},
-                {appliancePath("/not-executable"), EACCES},
-                {applianceRoot(), EACCES}};
-    for (const auto &row : rows) {
-        const char *const refused[] = {row.path.c_str(), nullptr};
-        EXPECT_EQ(zandorin_proc_exec_nowait(refused), -1) << row.path;
-        EXPECT_EQ(errno, row.reason) << row.path;
+    for (const char *path : {"/none", "/not-executable", "/"}) {
+        const std::string full = appliancePath(path);
+        const char *const refused[] = {full.c_str(), nullptr};
+        EXPECT_EQ(zandorin_proc_exec_nowait(refused), -1) << path;
+        EXPECT_EQ(errno, path == std::string("/none") ? ENOENT : EACCES) << path;
     }
     EXPECT_EQ(openDescriptors(), before);
 }

@@ -5,8 +5,6 @@
 
 #include <sstream>
 
-#include <gtest/gtest.h>
-
 namespace zandorin::cgi {
 namespace {
 
@@ -25,10 +23,10 @@ class TemplateStream : public ::testing::Test {
         cgi.addReplaceable("empty", [](void *, auto &) { return std::string(); });
         cgi.addReplaceable("call", [](void *, auto &) { return std::string("CGI_CALL(f)"); });
         cgi.addReplaceable("year", [](void *, auto &) { return std::string("#ui.build.year"); });
-        cgi.addReplaceable("#ui.build.year", std::string("2018"));
-        cgi.addReplaceable("#a", std::string("#b"));
-        cgi.addReplaceable("#b", std::string("c"));
-        cgi.addReplaceable("#gone", std::string());
+        const std::pair<const char *, const char *> texts[] = {
+            {"#ui.build.year", "2018"}, {"#a", "#b"}, {"#b", "c"}, {"#gone", ""}};
+        for (const auto &[name, text] : texts)
+            cgi.addReplaceable(name, std::string(text));
     }
     void write(const std::string &text, bool replace) {
         std::istringstream input(text);
@@ -50,27 +48,24 @@ class TemplateStream : public ::testing::Test {
 };
 
 TEST_F(TemplateStream, Expands) {
-    const struct {
-        const char *text;
-        const char *page;
-    } rows[] = {{"a CGI_CALL(f) b", "a X b"},
-                {"a CGI_CALL(g) b", "a  b"},
-                {"CGI_CALL(F)CGI_CALL()CGI_CALL( f)", ""},
-                {"CGI_CALL(f, 1,2)", "X[ 1][2]"},
-                {"CGI_CALL(f,)CGI_CALL(f,,)", "X[]X[][]"},
-                {"CGI_CALL(f,(a))", "X[(a])"},
-                {"<CGI_CALL(empty)>", "<>"},
-                {"CGI_CALL(call)", "CGI_CALL(f)"},
-                {"CGI_CALL(year)", "2018"},
-                {"#a #ab", "c cb"},
-                {"x#gone#gone", "x"},
-                {"#gone#gone rest", "#gone#gone rest"},
-                {"", ""}};
+    const std::pair<const char *, const char *> rows[] = {{"a CGI_CALL(f) b", "a X b"},
+                                                          {"a CGI_CALL(g) b", "a  b"},
+                                                          {"CGI_CALL(F)CGI_CALL()CGI_CALL( f)", ""},
+                                                          {"CGI_CALL(f, 1,2)", "X[ 1][2]"},
+                                                          {"CGI_CALL(f,)CGI_CALL(f,,)", "X[]X[][]"},
+                                                          {"CGI_CALL(f,(a))", "X[(a])"},
+                                                          {"<CGI_CALL(empty)>", "<>"},
+                                                          {"CGI_CALL(call)", "CGI_CALL(f)"},
+                                                          {"CGI_CALL(year)", "2018"},
+                                                          {"#a #ab", "c cb"},
+                                                          {"x#gone#gone", "x"},
+                                                          {"#gone#gone rest", "#gone#gone rest"},
+                                                          {"", ""}};
     std::string page;
-    for (const auto &row : rows) {
-        write(row.text, true);
-        page += row.page;
-        EXPECT_EQ(written(), page) << row.text;
+    for (const auto &[text, expanded] : rows) {
+        write(text, true);
+        page += expanded;
+        EXPECT_EQ(written(), page) << text;
     }
     EXPECT_TRUE(cgi.good());
 }

@@ -3,7 +3,6 @@
 #include "tests/support/log_capture.h"
 #include "util/paths.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 namespace zandorin {
@@ -29,20 +28,17 @@ class Upload : public test::ApplianceTest {
 
 TEST_F(Upload, FileNames) {
     const std::vector<std::string> refused = {"File name contains illegal characters"};
-    const struct {
-        const char *fileName;
-        bool accepted;
-    } rows[] = {
+    const std::pair<const char *, bool> rows[] = {
         {"cert-1.pem", true}, {"", true},      {"A_z@0.b", true}, {"my file.txt", false},
         {"../x", false},      {"a\\b", false}, {"a;b", false},    {"caf\xe9", false},
     };
-    for (const auto &row : rows) {
+    for (const auto &[fileName, isAccepted] : rows) {
+        SCOPED_TRACE(fileName);
         put("/stored", "old");
-        EXPECT_EQ(upload(row.fileName, "new", "/stored"),
-                  row.accepted ? std::vector<std::string>{} : refused)
-            << row.fileName;
-        EXPECT_EQ(stored_, row.accepted) << row.fileName;
-        EXPECT_EQ(get("/stored"), row.accepted ? "new" : "old") << row.fileName;
+        EXPECT_EQ(upload(fileName, "new", "/stored"),
+                  isAccepted ? std::vector<std::string>{} : refused);
+        EXPECT_EQ(stored_, isAccepted);
+        EXPECT_EQ(get("/stored"), isAccepted ? "new" : "old");
     }
 }
 

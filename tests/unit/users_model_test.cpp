@@ -4,8 +4,6 @@
 #include "tests/support/log_capture.h"
 #include "util/paths.h"
 
-#include <gtest/gtest.h>
-
 namespace zandorin::users {
 namespace {
 
@@ -31,10 +29,9 @@ class UsersModel : public test::ApplianceTest {
 };
 
 TEST_F(UsersModel, RemovingLeavesNoHoleAndLosesNothing) {
-    addUser(1, "ann");
-    addUser(2, "bea");
-    addUser(4, "dan"); // somebody has left a hole
-    addUser(10, "eve");
+    // Somebody has left a hole.
+    for (const auto &[index, name] : {std::pair(1U, "ann"), {2, "bea"}, {4, "dan"}, {10, "eve"}})
+        addUser(index, name);
     const std::string dan = keyOf(user_kind, 4);
     config.setElement(dan + ".groups.group1", "ops");
     config.setElement(dan + ".groups.total", "1");
@@ -64,9 +61,8 @@ TEST_F(UsersModel, RemovingLeavesNoHoleAndLosesNothing) {
 TEST_F(UsersModel, RecordsThatAreNoneAreLeftOutAndLogged) {
     addUser(2, "bea");
     config.setElement("config.users.user3.description", "nameless");
-    config.setElement("config.users.user04.username", "no number");
-    config.setElement("config.users.user99999999999999999999.username", "no number");
-    config.setElement("config.users.userx.username", "no number");
+    for (const std::string number : {"04", "99999999999999999999", "x"})
+        config.setElement("config.users.user" + number + ".username", "no number");
     config.setElement("config.users.total", "4000000000");
     config.setElement("config.groups.group1.description", "nameless");
     const test::LogCapture log(Priority::error);

@@ -8,7 +8,6 @@
 #include <thread>
 
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 
 namespace zandorin::platform {
 namespace {
@@ -87,16 +86,10 @@ class XmlSnapshot : public test::ApplianceTest {
             return "<" + (fault.empty() ? std::string("unreadable") : fault) + ">";
         return std::string(found->image.text(XmlImage::root));
     }
-
-    static std::string snapshotBytes() { return readFile(appliancePath(snapshot)).value_or(""); }
 };
 
 TEST_F(XmlSnapshot, EveryChangeOfTheFileIsNoticed) {
-    const struct {
-        const char *name;
-        std::string contents;
-        const char *expected;
-    } rows[] = {
+    const std::tuple<const char *, const char *, const char *> rows[] = {
         {"first", "<r>1</r>", "1"},
         {"same length, at once", "<r>2</r>", "2"},
         {"and again", "<r>3</r>", "3"},
@@ -106,13 +99,13 @@ TEST_F(XmlSnapshot, EveryChangeOfTheFileIsNoticed) {
         {"empty", "", "<line 1: "},
         {"mended", "<r>5</r>", "5"},
     };
-    for (const auto &row : rows) {
-        put(file, row.contents); // in place, most likely within one tick of the file system's clock
+    for (const auto &[name, contents, expected] : rows) {
+        put(file, contents); // in place, most likely within one tick of the file system's clock
         const std::string first = read();
-        EXPECT_THAT(first, StartsWith(row.expected)) << row.name;
-        EXPECT_EQ(read(), first) << row.name << ", read again";
-        ASSERT_TRUE(replaceFile(appliancePath(file), row.contents, 0600)) << row.name;
-        EXPECT_EQ(read(), first) << row.name << ", replaced by the same";
+        EXPECT_THAT(first, StartsWith(expected)) << name;
+        EXPECT_EQ(read(), first) << name << ", read again";
+        ASSERT_TRUE(replaceFile(appliancePath(file), contents, 0600)) << name;
+        EXPECT_EQ(read(), first) << name << ", replaced by the same";
     }
     std::remove(appliancePath(file).c_str());
     EXPECT_EQ(read(), "<unreadable>") << "the snapshot does not stand for a file that is gone";
@@ -124,7 +117,7 @@ TEST_F(XmlSnapshot, AFileAtRestIsNotReadAgain) {
     std::this_thread::sleep_for(std::chrono::milliseconds(3100));
     EXPECT_EQ(read(), "1"); // compares the bytes for the last time
     // The hash of the bytes stands at the preface's byte 64: nobody looks at it any more.
-    std::string bytes = snapshotBytes();
+    std::string bytes = get(snapshot);
     bytes[64] = static_cast<char>(~bytes[64]);
     bytes[bytes.rfind('1')] = '9';
     put(snapshot, bytes);
@@ -136,11 +129,9 @@ TEST_F(XmlSnapshot, AFileAtRestIsNotReadAgain) {
 TEST_F(XmlSnapshot, ServesTheFileItWasMadeOf) {
     put(file, "<r>1</r>");
     read();
-    std::string bytes = snapshotBytes();
+    std::string bytes = get(snapshot);
     ASSERT_NE(bytes, "");
-    struct stat status = {};
-    ASSERT_EQ(::stat(appliancePath(snapshot).c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777U, 0600U);
+    EXPECT_EQ(modeOf(snapshot), 0600U);
     // What the next reader answers comes from here, or this would go unseen.
     bytes[bytes.rfind('1')] = '9';
     put(snapshot, bytes);
@@ -150,7 +141,7 @@ TEST_F(XmlSnapshot, ServesTheFileItWasMadeOf) {
 TEST_F(XmlSnapshot, DamageOfTheSnapshotIsHarmless) {
     put(file, document);
     read();
-    const std::string whole = snapshotBytes();
+    const std::string whole = get(snapshot);
     std::string fault;
     const auto readAll = [&] {
         const auto found = readXmlFile(appliancePath(file), "test", fault);

@@ -16,11 +16,7 @@ std::string nested(int depth) {
 }
 
 TEST(XmlTree, RefusesWhatIsNoWholeDocument) {
-    const struct {
-        const char *name;
-        std::string bytes;
-        const char *error;
-    } rows[] = {
+    const std::tuple<const char *, std::string, const char *> rows[] = {
         {"empty", "", "line 1: no element found"},
         {"cut off", "<a>\n<b>", "line 2: no element found"},
         {"wrong end", "<a>\n\n</b>", "line 3: mismatched tag"},
@@ -34,10 +30,10 @@ TEST(XmlTree, RefusesWhatIsNoWholeDocument) {
          "line 1: document type declarations"},
         {"too deep", nested(65), "line 1: elements nested too deeply"},
     };
-    for (const auto &row : rows) {
+    for (const auto &[name, bytes, expected] : rows) {
         std::string error;
-        EXPECT_EQ(parseXml(row.bytes, &error), std::nullopt) << row.name;
-        EXPECT_EQ(error, row.error) << row.name;
+        EXPECT_EQ(parseXml(bytes, &error), std::nullopt) << name;
+        EXPECT_EQ(error, expected) << name;
     }
     EXPECT_TRUE(parseXml(nested(64)));
     EXPECT_TRUE(parseXml("<!DOCTYPE a><a/>"));
@@ -45,11 +41,7 @@ TEST(XmlTree, RefusesWhatIsNoWholeDocument) {
 
 // What comes out stands between the declaration and the last line end, and is a fixed point.
 TEST(XmlTree, RendersWhatItRead) {
-    const struct {
-        const char *name;
-        const char *in;
-        const char *out;
-    } rows[] = {
+    const std::tuple<const char *, const char *, const char *> rows[] = {
         {"blanks of a leaf", "<a><b>  x \n </b><c> </c></a>",
          "<a>\n  <b>  x \n </b>\n  <c> </c>\n</a>"},
         {"layout is made anew", "<a>\n\n<b>\n      <c>1</c></b>\t</a>",
@@ -68,14 +60,14 @@ TEST(XmlTree, RendersWhatItRead) {
          "<a>\xc3\xa9</a>"},
     };
     const std::string declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-    for (const auto &row : rows) {
-        const auto document = parseXml(row.in);
-        ASSERT_TRUE(document) << row.name;
-        const std::string rendered = renderXml(*document);
-        EXPECT_EQ(rendered, declaration + row.out + "\n") << row.name;
-        const auto again = parseXml(rendered);
-        ASSERT_TRUE(again) << row.name;
-        EXPECT_EQ(renderXml(*again), rendered) << row.name;
+    for (const auto &[name, in, out] : rows) {
+        std::string rendered = in;
+        for (int times = 0; times < 2; ++times) {
+            const auto document = parseXml(rendered);
+            ASSERT_TRUE(document) << name;
+            rendered = renderXml(*document);
+            EXPECT_EQ(rendered, declaration + out + "\n") << name;
+        }
     }
 }
 

@@ -19,21 +19,16 @@ using Type = auth::Message;
 std::string answer;  // of the helper
 UniqueFd helpersEnd; // of the last conversation
 
-} // namespace zandorin::fuzz
-
 /// A helper that has its answer ready.
 extern "C" int connect(int socket, const sockaddr *, socklen_t) {
-    using namespace zandorin::fuzz;
     int ends[2];
     require(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) == 0);
-    const zandorin::UniqueFd near(ends[0]);
+    const UniqueFd near(ends[0]);
     helpersEnd.reset(ends[1]);
     put(ends[1], answer);
     ::shutdown(ends[1], SHUT_WR);
     return ::dup3(near.get(), socket, O_CLOEXEC) == socket ? 0 : -1;
 }
-
-namespace zandorin::fuzz {
 
 /// What a session is after the messages of a helper.
 struct Plain {

@@ -5,13 +5,13 @@
 
 #include "cgi/template_stream.h"
 
-#include <cstdlib>
+#include <memory>
 #include <sstream>
 
 namespace zandorin::fuzz {
 
 constexpr std::string_view marker = "CGI_CALL(";
-constexpr const char *again = "CGI_CALL(f)#b"; // a call that is none
+const std::string again = "CGI_CALL(f)#b"; // a call that is none
 // The first holds a name that is replaced later.
 const std::pair<std::string, std::string> names[] = {{"#a", "x#b"}, {"#b", "CGI_CALL(f)"}};
 
@@ -23,7 +23,7 @@ std::string call(void *, std::vector<std::string> &arguments) {
 }
 
 std::string callAgain(void *context, std::vector<std::string> &) {
-    require(context == &names);
+    require(context == &endedProcess);
     return again;
 }
 
@@ -32,18 +32,16 @@ std::optional<std::string> write(std::string_view text, bool replace) {
     char *bytes = nullptr;
     std::size_t size = 0;
     std::FILE *file = ::open_memstream(&bytes, &size);
-    bool good = false;
-    {
-        cgi::FileOutputStream stream(file);
-        stream.setArgument(const_cast<std::pair<std::string, std::string>(*)[2]>(&names));
-        stream.addReplaceable("f", call);
-        stream.addReplaceable("again", callAgain);
-        for (const auto &[name, with] : names)
-            stream.addReplaceable(name, with);
-        std::istringstream input{std::string(text)};
-        stream.write(input, replace);
-        good = stream.good();
-    }
+    std::istringstream input{std::string(text)};
+    auto stream = std::make_unique<cgi::FileOutputStream>(file);
+    stream->setArgument(&endedProcess); // any address
+    stream->addReplaceable("f", call);
+    stream->addReplaceable("again", callAgain);
+    for (const auto &[name, with] : names)
+        stream->addReplaceable(name, with);
+    stream->write(input, replace);
+    const bool good = stream->good();
+    stream.reset();
     std::fclose(file);
     const std::string page(bytes, size);
     std::free(bytes);
@@ -57,15 +55,15 @@ std::optional<std::string> writePlainly(std::string text) {
         const auto end = text.find(')', begin);
         if (end == text.npos)
             return std::nullopt;
-        std::istringstream inside(text.substr(begin + marker.size(), end - begin - marker.size()) +
-                                  ",");
-        std::string name;
-        std::getline(inside, name, ',');
-        std::vector<std::string> words;
-        for (std::string word; std::getline(inside, word, ',');)
-            words.push_back(word);
         page += text.substr(0, begin);
-        page += name == "f" ? call(nullptr, words) : name == "again" ? again : "";
+        const auto inside = begin + marker.size();
+        std::istringstream words(text.substr(inside, end - inside) + ",");
+        std::string name;
+        std::getline(words, name, ',');
+        std::vector<std::string> arguments;
+        for (std::string word; std::getline(words, word, ',');)
+            arguments.push_back(word);
+        page += name == "f" ? call(nullptr, arguments) : name == "again" ? again : "";
         text.erase(0, end + 1);
     }
     page += text;

@@ -16,15 +16,13 @@ void run(std::string_view data) {
     const auto patch = input.ConsumeBytesAsString(input.ConsumeIntegralInRange<std::size_t>(0, 16));
     const bool replaced = input.ConsumeBool();
     const std::string text = input.ConsumeRemainingBytesAsString();
-
+    const std::string path = "/etc/config/x.xml";
     const std::string snapshot = "/var/run/x.snapshot";
-    put("/etc/config/x.xml", text);
-    const auto read = [](std::string &fault) {
-        return platform::readXmlFile(appliancePath("/etc/config/x.xml"), "x", fault);
-    };
-    const auto document = platform::parseXml(text);
+
+    put(path, text);
     std::string fault;
-    const auto first = read(fault);
+    const auto document = platform::parseXml(text);
+    const auto first = platform::readXmlFile(appliancePath(path), "x", fault);
     require(first.has_value() == document.has_value() && fault.empty() == document.has_value());
     if (!first)
         return;
@@ -33,22 +31,16 @@ void run(std::string_view data) {
     std::string bytes = readFile(appliancePath(snapshot)).value();
     const std::size_t preface = bytes.size() - first->image.bytes().size();
     const std::size_t offset = place % bytes.size();
-    bool whole = patch.empty() || offset + patch.size() <= preface;
+    const bool isCut = cut < bytes.size() && cut % 4 == 1;
     bytes.replace(offset, patch.size(), patch);
-    if (cut < bytes.size() && cut % 4 == 1) {
-        bytes.resize(bytes.size() - cut);
-        whole = true; // the lengths do not fit, so it is none
-    }
-    if (replaced) {
-        bytes = text;
-        whole = true;
-    }
-    put(snapshot, bytes);
-    const auto second = read(fault);
+    bytes.resize(bytes.size() - (isCut ? cut : 0));
+    put(snapshot, replaced ? text : bytes);
+    const auto second = platform::readXmlFile(appliancePath(path), "x", fault);
     require(second.has_value());
-    if (whole)
-        requireEqual(second->image, document->root);
     requireHarmless(second->image);
+    // Where the lengths do not fit, it is no snapshot at all.
+    if (replaced || isCut || patch.empty() || offset + patch.size() <= preface)
+        requireEqual(second->image, document->root);
 }
 
 } // namespace zandorin::fuzz

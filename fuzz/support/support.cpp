@@ -70,7 +70,6 @@ std::optional<Message> takeMessage(std::string_view &bytes,
 extern "C" {
 
 // What the allocations of the C library look like from inside costs more than the rest.
-const char *__asan_default_options();
 const char *__asan_default_options() {
     return "malloc_context_size=3:quarantine_size_mb=16";
 }
@@ -90,7 +89,6 @@ int fsync(int) {
     return 0;
 }
 
-int LLVMFuzzerInitialize(int *, char ***);
 int LLVMFuzzerInitialize(int *, char ***) {
     std::string &root = zandorin::fuzz::ownRoot();
     zandorin::fuzz::require(::mkdtemp(root.data()) != nullptr);
@@ -103,7 +101,6 @@ int LLVMFuzzerInitialize(int *, char ***) {
     });
 }
 
-int LLVMFuzzerTestOneInput(const std::uint8_t *, std::size_t);
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     zandorin::fuzz::run({reinterpret_cast<const char *>(data), size});
     return 0;

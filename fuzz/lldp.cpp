@@ -20,7 +20,7 @@ std::string render(const LldpValues &values, const std::string &prefix) {
     std::string text;
     for (const auto &[key, value] : values) {
         require(prefix.size() + key.size() + value.size() < longest_line);
-        text += prefix + key + "=" + value + "\n";
+        text.append(prefix).append(key).append("=").append(value).append("\n");
     }
     return text;
 }

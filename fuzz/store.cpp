@@ -26,7 +26,8 @@ Values valuesOf(const ConfigManager &store, const std::string &key = "config") {
     std::set<std::string> names;
     for (const std::string &name : store.getSubElements(key)) {
         require(names.insert(name).second);
-        const std::string child = key + "." + name;
+        std::string child = key;
+        child.append(".").append(name);
         const std::string value = store.getElement(child);
         if (!value.empty())
             values[child] = value;

@@ -69,11 +69,6 @@ std::optional<Message> takeMessage(std::string_view &bytes,
 
 extern "C" {
 
-// What the allocations of the C library look like from inside costs more than the rest.
-const char *__asan_default_options() {
-    return "malloc_context_size=3:quarantine_size_mb=16";
-}
-
 int kill(pid_t pid, int signal) noexcept {
     zandorin::fuzz::require(pid > 1 && signal == SIGTERM);
     zandorin::fuzz::endedProcess = pid;

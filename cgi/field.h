@@ -18,6 +18,8 @@ struct Field {
     int encoding = GCGI_ENCODING_7BIT;   ///< gcgi_encoding it arrived in; `value` is decoded
     std::optional<std::string> fileName; ///< as the client sent it; none for ordinary fields
     bool truncated = false;              ///< cut at the field limit
+
+    bool operator==(const Field &) const = default;
 };
 
 /// Receives the fields of a request in the order they arrive.

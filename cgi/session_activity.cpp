@@ -31,14 +31,20 @@ std::optional<SessionActivity> SessionActivity::load() {
     const auto last = parseWhole(words[1]);
     const auto shortest = parseWhole(words[2]);
     const auto firstEnd = parseWhole(words[3]);
-    if (!since || !last || !shortest || !firstEnd)
+    // A time that leaves no room to reckon with is damage.
+    constexpr std::int64_t latest = std::numeric_limits<std::int64_t>::max() / 2;
+    if (!since || !last || !shortest || !firstEnd || *last < 0 || *last > latest)
         return std::nullopt;
-    constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
+    const auto nearest = [](std::int64_t number) {
+        using Limits = std::numeric_limits<std::int32_t>;
+        return static_cast<std::int32_t>(
+            std::clamp<std::int64_t>(number, Limits::min(), Limits::max()));
+    };
     SessionActivity activity;
     activity.since = *since;
     activity.last = *last;
-    activity.shortest = static_cast<std::int32_t>(std::clamp(*shortest, std::int64_t{0}, most));
-    activity.firstEnd = static_cast<std::int32_t>(std::clamp(*firstEnd, std::int64_t{0}, most));
+    activity.shortest = nearest(*shortest);
+    activity.firstEnd = nearest(*firstEnd);
     activity.cursor = words[4];
     return activity;
 }

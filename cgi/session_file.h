@@ -22,6 +22,8 @@ struct SessionRecord {
     std::string sourceIp = "";     ///< of the request that wrote the file
     std::string sourcePort = "";   ///< of the request that wrote the file
     std::int64_t sessionStart = 0; ///< seconds since the epoch
+
+    bool operator==(const SessionRecord &) const = default;
 };
 
 /// True when `id` may name a session: not empty, only letters, digits, "-" and "_".

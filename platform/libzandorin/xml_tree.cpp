@@ -13,12 +13,19 @@ namespace {
 
 constexpr std::size_t max_depth = 64;
 constexpr std::string_view white_space = " \t\r\n";
+constexpr std::string_view space_attribute = "xml:space";
 
 bool isBlank(const XmlNode &node) {
     return node.value.find_first_not_of(white_space) == std::string::npos;
 }
 
-/// True when the element's own text is nothing but the white space between its child elements.
+/// True when white space in the element is text, whatever else it holds (XML 1.0, 2.10).
+bool keepsSpace(const XmlNode &element) {
+    const std::string *value = element.attribute(space_attribute);
+    return value != nullptr && *value == "preserve";
+}
+
+/// True when the element's own text is nothing but white space beside its child elements.
 bool holdsOnlyElements(const XmlNode &element) {
     bool anyElement = false;
     for (const XmlNode &child : element.children) {
@@ -99,7 +106,7 @@ class Builder {
 
     void endElement() {
         XmlNode &element = *open_.back();
-        if (holdsOnlyElements(element))
+        if (!keepsSpace(element) && holdsOnlyElements(element))
             std::erase_if(element.children,
                           [](const XmlNode &child) { return child.kind == XmlNode::Kind::text; });
         open_.pop_back();
@@ -157,21 +164,30 @@ enum class Layout { inLine, indented };
 void writeNode(std::string &out, const XmlNode &node, Layout layout, std::size_t depth);
 
 void writeElement(std::string &out, const XmlNode &element, Layout layout, std::size_t depth) {
-    out.append("<").append(element.value);
-    for (const auto &[name, value] : element.attributes) {
+    const bool onlyElements = holdsOnlyElements(element);
+    // Such a text was set: what stood there for the layout alone was never read.
+    const bool blankText =
+        onlyElements &&
+        std::any_of(element.children.begin(), element.children.end(),
+                    [](const XmlNode &child) { return child.kind == XmlNode::Kind::text; });
+    const auto writeAttribute = [&out](std::string_view name, std::string_view value) {
         out.append(" ").append(name).append("=\"");
         writeEscaped(out, value, Inside::attribute);
         out += '"';
-    }
+    };
+    out.append("<").append(element.value);
+    for (const auto &[name, value] : element.attributes)
+        if (!blankText || name != space_attribute)
+            writeAttribute(name, value);
+    if (blankText)
+        writeAttribute(space_attribute, "preserve");
     if (element.children.empty()) {
         out += "/>";
         return;
     }
     out += '>';
-    if (layout == Layout::indented && holdsOnlyElements(element)) {
+    if (layout == Layout::indented && onlyElements && !blankText && !keepsSpace(element)) {
         for (const XmlNode &child : element.children) {
-            if (child.kind == XmlNode::Kind::text)
-                continue;
             out.append("\n").append(2 * (depth + 1), ' ');
             writeNode(out, child, layout, depth + 1);
         }

@@ -180,6 +180,8 @@ TEST_F(ConfigStore, ChangesAreToldByValue) {
         {"set, then deleted with its list", true, "1,,,",
          "config.list.r1=z -config.list.r2 -config.list"},
         {"a value becomes a list", true, ",x,y,r1 r2 ", "-config.a config.a.b=1"},
+        {"a blank value beside others", true, "\t,x,y,r1 r2 ", "config.a=\t config.a.b=1"},
+        {"a blank value instead of text", true, "\t,x,y,r1 r2 ", "config.a.b=1 config.a=\t"},
         {"emptied", true, ",x,y,r1 r2 ", "config.a="},
         {"neither root nor other keys are deleted", false, same, "-config -list"},
     };

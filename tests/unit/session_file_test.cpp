@@ -1,3 +1,4 @@
+#include "cgi/session_activity.h"
 #include "cgi/session_file.h"
 #include "tests/support/appliance_test.h"
 
@@ -52,6 +53,33 @@ TEST_F(SessionFile, NothingSmugglesInALine) {
     }
     EXPECT_FALSE(writeSessionRecord("../abc", {.username = "a"}));
     EXPECT_FALSE(exists("/var/run"));
+}
+
+TEST_F(SessionFile, AnActivityThatCannotBeReckonedWithIsNone) {
+    const struct {
+        const char *name;
+        const char *text;
+        bool isThere;
+    } rows[] = {
+        {"whole", "1700000000 1700000100 20 2147483647 abc\n", true},
+        {"torn", "1700000000 1700000100 20 ", false},
+        {"no number", "1700000000 soon 20 0 -\n", false},
+        {"before all times", "0 -9223372036854775808 20 0 -\n", false},
+        {"after all times", "0 9223372036854775807 20 0 -\n", false},
+        {"lifetimes beyond any", "0 0 9223372036854775807 -9223372036854775808 -\n", true},
+    };
+    const SessionRecord record = {.expiryTime = 1, .sessionLength = INT32_MIN, .autorefresh = true};
+    for (const auto &row : rows) {
+        put("/var/run/.sessions/.activity", row.text);
+        auto activity = SessionActivity::load();
+        ASSERT_EQ(activity.has_value(), row.isThere) << row.name;
+        if (!activity)
+            continue;
+        EXPECT_TRUE(activity->mayHaveEnded(INT64_MAX)) << row.name;
+        activity->admit(record);
+        EXPECT_TRUE(activity->save()) << row.name;
+        EXPECT_EQ(SessionActivity::load(), activity) << row.name;
+    }
 }
 
 TEST_F(SessionFile, ASessionThatWasEndedStaysEnded) {

@@ -52,6 +52,8 @@ TEST(XmlTree, RendersWhatItRead) {
          "<a b=\"1&#10;&#9;&#13;&quot;\" c=\"&amp;'\"/>"},
         {"mixed content", "<a>one <b> two <c><d/>\n<e/></c></b> three</a>",
          "<a>one <b> two <c><d/><e/></c></b> three</a>"},
+        {"white space that is text", "<a><b xml:space='preserve'> <c>\n</c><d/></b>\n<e/></a>",
+         "<a>\n  <b xml:space=\"preserve\"> <c>\n</c><d/></b>\n  <e/>\n</a>"},
         {"comments", "<!-- x --><a> <!--\ny--><b/><!----></a><!--z-->",
          "<!-- x -->\n<a>\n  <!--\ny-->\n  <b/>\n  <!---->\n</a>\n<!--z-->"},
         {"instructions", "<?x?><?y z='1' ?><a/>", "<?x?>\n<?y z='1' ?>\n<a/>"},

@@ -3,9 +3,6 @@
 #include "util/log.h"
 #include "util/paths.h"
 
-#include <limits>
-
-#include <malloc.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -24,7 +21,6 @@ void waitForMaintenance() {
 
 int main(int /*argc*/, char **argv) {
     using namespace zandorin;
-    ::mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max()); // it ends before that would pay
     waitForMaintenance();
     openLog(argv[0]);
     logRecord(Priority::debug, "cgi starting");

@@ -126,6 +126,7 @@ bool ConfigManager::Store::write() {
     }
 
     std::vector<std::string_view> keys;
+    keys.reserve(edits.size());
     for (const ConfigEdit &edit : edits)
         keys.push_back(edit.key);
     written_ = after ? differences(before.values, *after, keys) : std::vector<ConfigChange>();

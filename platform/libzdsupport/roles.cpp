@@ -22,7 +22,6 @@ const role_record ALL_ROLES[6] = {
 namespace {
 
 using zandorin::ConfigManager;
-using zandorin::utilities::Roles;
 
 void addAllKnown(roles_t *set) {
     for (const role_record *role = ALL_ROLES; role->name != nullptr; ++role)

@@ -31,9 +31,8 @@ std::string_view authorityOf(std::string_view url) {
 }
 
 bool isOwnAuthority(std::string_view authority) {
-    return !authority.empty() &&
-           (equalsIgnoreCase(authority, environmentVariable("HTTP_HOST")) ||
-            equalsIgnoreCase(authority, authorityOf(environmentVariable("HTTP_X_BASE_URI"))));
+    return !authority.empty() && (equalsIgnoreCase(authority, environmentVariable("HTTP_HOST")) ||
+                                  equalsIgnoreCase(authority, authorityOf(baseUri())));
 }
 
 bool isCommandField(std::string_view name) {

@@ -5,6 +5,11 @@
 
     var memory = window.browserMemory("localStorage", "zandorin.nav.folded"); // titles of the folded branches
 
+    function recall() {
+        var titles = memory.recall();
+        return Array.isArray(titles) ? titles : null;
+    }
+
     function branchOf(n) {
         var body = document.getElementById("branch" + n);
         var icon = document.getElementById("icon" + n);
@@ -71,7 +76,7 @@
             return;
         fold(branch, !isFolded(branch));
         var title = titleOf(branch);
-        var titles = (memory.recall() || []).filter(function (known) { return known !== title; });
+        var titles = (recall() || []).filter(function (known) { return known !== title; });
         if (isFolded(branch))
             titles.push(title);
         memory.remember(titles);
@@ -80,7 +85,7 @@
     // Called at the end of the panel. A browser that remembers nothing yet starts unfolded, or, when
     // the appliance's configuration lists hidden branches (hiddenCount above 0), folded.
     window.navInit = function (hiddenCount, branchCount) {
-        var known = memory.recall();
+        var known = recall();
         for (var n = 0; n < branchCount; n++) {
             var branch = branchOf(n);
             if (!branch)

@@ -56,7 +56,7 @@ bool Engine::isAuthorized(const std::string &formId) {
         return false;
     const NavLeaf *leaf = nullptr;
     const bool found = navTree_.getNavLeaf(id, leaf);
-    const roles_t formRoles = found ? leaf->roles.get() : navTree_.roles();
+    const roles_t formRoles = found ? leaf->roles : navTree_.roles();
     Roles common;
     roles_intersect(common.handle(), getUserRoles(), formRoles);
     if (!roles_empty(common.get()))
@@ -70,7 +70,7 @@ bool Engine::isAuthorized(const std::string &formId) {
 }
 
 bool Engine::isOffered(const NavLeaf &leaf) {
-    return checkLeaf(leaf, configManager_) && isAuthorized(leaf.id);
+    return checkLeaf(leaf, configManager_) && isAuthorized(std::string(leaf.id));
 }
 
 } // namespace zandorin

@@ -16,6 +16,7 @@ namespace zandorin {
 namespace {
 
 using platform::XmlImage;
+using utilities::Roles;
 using Element = XmlImage::Element;
 
 bool isNamed(const XmlImage &file, Element element, std::string_view name) {
@@ -34,7 +35,7 @@ template <typename Use> void eachChild(const XmlImage &file, Element parent, Use
 }
 
 /// Adds the roles that an "allow" element lists; at the tree's level other children are reported.
-void loadRoles(const XmlImage &file, Element allow, utilities::Roles &roles, bool reportOthers) {
+void loadRoles(const XmlImage &file, Element allow, Roles &roles, bool reportOthers) {
     eachChild(file, allow, [&](Element child) {
         const std::string text(file.text(child));
         if (isNamed(file, child, "role"))
@@ -78,7 +79,7 @@ void loadLeaf(const XmlImage &file, Element element, NavBranch &branch) {
     if (!file.attribute(element, "file"))
         leaf.file = leaf.id;
     leaf.branchLabel = branch.label;
-    branch.leaves.push_back(std::move(leaf));
+    branch.leaves.push_back(leaf);
 }
 
 bool loadBranch(const XmlImage &file, Element element, NavBranch &branch) {
@@ -114,15 +115,18 @@ NavTree::NavTree(const std::string &path) {
 
 int NavTree::load(const std::string &path) {
     std::string fault;
-    const auto loaded = platform::readXmlFile(appliancePath(path), "nav", fault);
+    auto loaded = platform::readXmlFile(appliancePath(path), "nav", fault);
     if (!loaded) {
         if (!fault.empty())
             logRecord(Priority::error, "%s: %s", path.c_str(), fault.c_str());
         return -1;
     }
-    const XmlImage &file = loaded->image;
-    if (file.name(XmlImage::root) != "tree")
+    if (loaded->image.name(XmlImage::root) != "tree")
         return -1;
+    file_ = std::move(loaded->image);
+    roles_ = Roles();
+    branches_.clear();
+    const XmlImage &file = file_;
     eachChild(file, XmlImage::root, [&](Element child) {
         if (isNamed(file, child, "allow")) {
             loadRoles(file, child, roles_, true);
@@ -143,8 +147,7 @@ void NavTree::inheritRoles() {
         if (roles_empty(branch.roles.get()))
             branch.roles = roles_;
         for (NavLeaf &leaf : branch.leaves)
-            if (roles_empty(leaf.roles.get()))
-                leaf.roles = branch.roles;
+            leaf.roles = branch.roles.get();
     }
 }
 
@@ -166,7 +169,7 @@ bool checkLeaf(const NavLeaf &leaf, const ConfigManager &store) {
         return store.getDelayedConfigMode();
     if (leaf.check == "io_ports")
         return hasIoPorts(store);
-    logRecord(Priority::fatal, "Invalid check in navtree: %s", leaf.check.c_str());
+    logRecord(Priority::fatal, "Invalid check in navtree: %s", std::string(leaf.check).c_str());
     return true;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/libzandorin/xml_image.h"
 #include "platform/libzdsupport/roles.h"
 
 #include <string>
@@ -10,22 +11,22 @@ namespace zandorin {
 
 class ConfigManager;
 
-/// One form of the user interface.
+/// One form of the user interface. Its texts and roles are the tree's, and last as long.
 struct NavLeaf {
-    std::string id;          ///< form id, the request variable "form"
-    std::string file;        ///< base name of the form's templates and key of its formlet
-    std::string args;        ///< for forms that read them
-    std::string label;       ///< shown on the page and in the panel
-    std::string branchLabel; ///< page heading
-    bool hidden = false;     ///< left out of the panel
-    std::string shortcut;    ///< text in the shortcut row, "" for none
+    std::string_view id;          ///< form id, the request variable "form"
+    std::string_view file;        ///< base name of the form's templates and key of its formlet
+    std::string_view args;        ///< for forms that read them
+    std::string_view label;       ///< shown on the page and in the panel
+    std::string_view branchLabel; ///< page heading
+    bool hidden = false;          ///< left out of the panel
+    std::string_view shortcut;    ///< text in the shortcut row, "" for none
     long shortcutPrecedence = 0;
-    std::string check; ///< condition to be offered, see checkLeaf
-    utilities::Roles roles;
+    std::string_view check;  ///< condition to be offered, see checkLeaf
+    roles_t roles = nullptr; ///< the branch's
 };
 
 struct NavBranch {
-    std::string label;
+    std::string_view label;
     utilities::Roles roles;
     std::vector<NavLeaf> leaves;
 };
@@ -40,7 +41,8 @@ class NavTree {
     explicit NavTree(const std::string &path);
 
     /// Loads the appliance's file `path`. 0, or -1 when it cannot be read or parsed or its root is
-    /// not "tree"; the tree then keeps what it holds. Bad elements are logged and skipped.
+    /// not "tree"; the tree then keeps what it holds. Otherwise it holds what the file says; bad
+    /// elements are logged and skipped.
     int load(const std::string &path);
 
     /// The first leaf of that id, byte for byte. False, with leafOut null, when there is none. The
@@ -54,6 +56,7 @@ class NavTree {
   private:
     void inheritRoles();
 
+    platform::XmlImage file_; // holds the texts
     utilities::Roles roles_;
     std::vector<NavBranch> branches_;
 };

@@ -6,6 +6,7 @@
 #include "ui/page.h"
 #include "ui/table.h"
 #include "ui/template_functions.h"
+#include "util/strings.h"
 
 #include <algorithm>
 #include <string_view>
@@ -130,11 +131,12 @@ void showPages(Engine &engine, ui::Table &table) {
         std::string links;
         for (const NavLeaf &leaf : branch.leaves)
             if (!leaf.hidden && leaf.id != engine.formId() && engine.isOffered(leaf))
-                links += (links.empty() ? "" : "<br>") + ui::link("?form=" + leaf.id, leaf.label);
+                links += concat({links.empty() ? "" : "<br>",
+                                 ui::link(concat({"?form=", leaf.id}), leaf.label)});
         if (links.empty())
             continue;
         any = true;
-        table.inputRow(branch.label, links);
+        table.inputRow(std::string(branch.label), links);
     }
     if (!any)
         table.textRow("Only this one.");

@@ -129,7 +129,7 @@ std::string delayedRedirect(const std::string &url, int delayMs) {
            scriptText(url) + "\"\n}, " + std::to_string(delayMs) + ");\n</script>";
 }
 
-std::string link(const std::string &target, const std::string &text, const std::string &onClick) {
+std::string link(std::string_view target, std::string_view text, std::string_view onClick) {
     ZANDORIN_TRACE();
     return concat({"<a", attribute("href", target), scriptAttribute("onClick", onClick), ">",
                    escapeXmlText(text), "</a>"});

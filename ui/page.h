@@ -39,8 +39,7 @@ std::string delayedRefresh(int delayMs, const std::string &method);
 std::string delayedRedirect(const std::string &url, int delayMs);
 
 /// A link; the text is escaped.
-std::string link(const std::string &target, const std::string &text,
-                 const std::string &onClick = "");
+std::string link(std::string_view target, std::string_view text, std::string_view onClick = "");
 
 /// A picture of the pixmap folder, by name without ".png".
 struct Image {

@@ -17,7 +17,7 @@ namespace zandorin::ui {
 namespace {
 
 std::string formLink(const NavLeaf &leaf) {
-    return "?form=" + leaf.id;
+    return concat({"?form=", leaf.id});
 }
 
 constexpr std::string_view icon_prefix = "icon-nav-";
@@ -85,7 +85,7 @@ std::string getShortcuts(Engine &engine, const Arguments &) {
     std::string html;
     for (const NavLeaf *leaf : leaves)
         html += "<td class=\"top-button\"><a href=\"" + escapeXmlAttribute(formLink(*leaf)) +
-                "\"><img src=\"" + pixmapPath("icon-" + leaf->id) + "\"><br/>" +
+                "\"><img src=\"" + pixmapPath(concat({"icon-", leaf->id})) + "\"><br/>" +
                 escapeXmlText(leaf->shortcut) + "</a></td>";
     return html;
 }

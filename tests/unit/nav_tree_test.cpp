@@ -3,6 +3,7 @@
 #include "tests/support/appliance_test.h"
 #include "tests/support/log_capture.h"
 #include "util/exception.h"
+#include "util/strings.h"
 
 namespace zandorin {
 namespace {
@@ -17,7 +18,7 @@ class NavTreeTest : public test::ApplianceTest {
     }
     std::string rolesOf(const char *id) const {
         const NavLeaf *leaf = nullptr;
-        return tree_.getNavLeaf(id, leaf) ? Roles::to_string(leaf->roles.get()) : "(no leaf)";
+        return tree_.getNavLeaf(id, leaf) ? Roles::to_string(leaf->roles) : "(no leaf)";
     }
 
     NavTree tree_;
@@ -38,7 +39,7 @@ TEST_F(NavTreeTest, LoadsBranchesLeavesAndRoles) {
     EXPECT_TRUE(leaf->hidden) << "present at all";
     EXPECT_EQ(leaf->shortcutPrecedence, 7);
     ASSERT_TRUE(tree_.getNavLeaf("b", leaf));
-    EXPECT_EQ(leaf->file + "|" + leaf->args + "|" + leaf->branchLabel, "f|x y|Status");
+    EXPECT_EQ(concat({leaf->file, "|", leaf->args, "|", leaf->branchLabel}), "f|x y|Status");
     EXPECT_EQ(leaf->label, "B\xe4r") << "pages are ISO-8859-1";
     EXPECT_EQ(rolesOf("b"), "status");
     EXPECT_EQ(rolesOf("c"), "admin") << "from the tree";

@@ -9,17 +9,21 @@ BEGIN {
     print "  .text.page :"
     print "  {"
     print "    *(.text.startup .text.startup.*)"
+    print "    *liblog4c.a:*(.text)" # has no section for each function
 }
 
-# Types whose letter depends on the target's word: size_t and its like.
-function portable(name,    result, length_) {
+# A pattern of names. Types have letters that depend on the target's word (size_t and its like), and the section of a
+# constructor or destructor may be named after another of its variants.
+function portable(name,    result, width) {
     while (name != "") {
-        if (match(name, /^[0-9]+/))
-            length_ = RLENGTH + substr(name, 1, RLENGTH)
+        width = match(name, /^[0-9]+/) ? RLENGTH + substr(name, 1, RLENGTH) : name ~ /^[CD][0-3]/ ? 2 : 1
+        if (name ~ /^[ijlmx]/)
+            result = result "?"
+        else if (name ~ /^[CD][0-3]/)
+            result = result substr(name, 1, 1) "?"
         else
-            length_ = 1
-        result = result (name ~ /^[ijlmx]/ ? "?" : substr(name, 1, length_))
-        name = substr(name, length_ + 1)
+            result = result substr(name, 1, width)
+        name = substr(name, width + 1)
     }
     return result
 }

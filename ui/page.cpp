@@ -47,7 +47,7 @@ std::string script(std::string_view path) {
 } // namespace
 
 std::string resourcePath(std::string_view path) {
-    return concat({escapeXmlAttribute(baseUri()), escapeXmlAttribute(path)});
+    return escapeXmlAttribute(concat({baseUri(), path}));
 }
 
 std::string pixmapPath(std::string_view name) {

@@ -149,6 +149,12 @@ COST = """
         .map(function (entry) { return [new URL(entry.name).pathname, entry.transferSize, entry.encodedBodySize]; });
 """
 LIMIT = 60 * 1024
+PAINTED = """
+    var done = arguments[0];
+    new PerformanceObserver(function (list) {
+        list.getEntriesByName('first-contentful-paint').forEach(function (entry) { done(entry.startTime); });
+    }).observe({type: 'paint', buffered: true});
+"""
 # How much of what is on the screen moved, and how far (0.1 is what a reader notices).
 MOVED = """
     var moved = 0, done = arguments[0];
@@ -159,13 +165,16 @@ MOVED = """
 """
 
 
-def test_what_a_visit_costs(browser):
-    browser.log_in()
-    browser.driver.execute_cdp_cmd("Network.enable", {})
+def first_visit(browser):
+    """To a page of settings; answers after how many milliseconds it was painted."""
     browser.driver.execute_cdp_cmd("Network.clearBrowserCache", {})
     browser.open("?form=smtp")
-    paint = browser.driver.execute_script(
-        "return performance.getEntriesByName('first-contentful-paint')[0].startTime;")
+    return browser.driver.execute_async_script(PAINTED)
+
+
+def test_what_a_visit_costs(browser):
+    browser.log_in()
+    painted = sorted(first_visit(browser) for _ in range(5))[2]
     moved = browser.driver.execute_async_script(MOVED)
     first = browser.driver.execute_script(COST)  # by now with the icons, which come after the page
     browser.open("?form=smtp")
@@ -173,7 +182,7 @@ def test_what_a_visit_costs(browser):
     names = [name for name, _, _ in first]
     assert "/css/management.css" in names and "/scripts/find.js" in names and len(names) > 15
     total = sum(size for _, size, _ in first) + len((browser.appliance.root / "home/httpd/pixmaps/fav.ico").read_bytes())
-    print(f"\nfirst visit: {total} bytes in {len(names)} answers, painted after {paint:.0f} ms, moved {moved:.4f}")
+    print(f"\nfirst visit: {total} bytes in {len(names)} answers, painted after {painted:.0f} ms (median of five), moved {moved:.4f}")
     assert moved < 0.05
     assert 10_000 < total <= LIMIT
     assert [name for name, size, _ in second[1:] if size] == [], "loaded twice"

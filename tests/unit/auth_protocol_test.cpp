@@ -44,16 +44,13 @@ TEST_F(AuthProtocol, WritesTypeLengthAndText) {
               bytes(Message::username, "root") + bytes(Message::reply, "") + bytes(Message::end));
 }
 
-TEST_F(AuthProtocol, WritingToAPeerThatHasGoneFails) {
-    peer_.reset();
-    EXPECT_FALSE(sendMessage(here_.get(), Message::username, "root"));
-}
-
-TEST_F(AuthProtocol, WritingToAPeerThatDoesNotReadTimesOut) {
+TEST_F(AuthProtocol, WritingFailsWhenThePeerDoesNotReadOrHasGone) {
     bool sent = true;
     for (int i = 0; sent && i < 100; ++i)
         sent = sendMessage(here_.get(), Message::reply, std::string(max_text, 'x'));
     EXPECT_FALSE(sent);
+    peer_.reset();
+    EXPECT_FALSE(sendMessage(here_.get(), Message::username, "root"));
 }
 
 TEST_F(AuthProtocol, ReadsTextsAndRefusesTornOrOversizedOnes) {
@@ -61,13 +58,10 @@ TEST_F(AuthProtocol, ReadsTextsAndRefusesTornOrOversizedOnes) {
     const std::string zero("a\0b", 3);
     const std::tuple<const char *, std::string, bool, std::optional<std::string>> rows[] = {
         {"text", bytes(Message::challenge, "Code: "), true, "Code: "},
-        {"empty", bytes(Message::challenge, ""), true, ""},
         {"zero byte", bytes(Message::challenge, zero), true, zero},
-        {"no length", bytes(Message::challenge), true, std::nullopt},
         {"half a length", bytes(Message::challenge, "abc").substr(0, 3), true, std::nullopt},
         {"torn text", bytes(Message::challenge, "abc", 4), true, std::nullopt},
         {"too long by one", bytes(Message::challenge, longest + "x"), true, std::nullopt},
-        {"2 GB announced", bytes(Message::challenge, "abc", 0x7fffffff), false, std::nullopt},
         {"4 GB announced", bytes(Message::challenge, "abc", 0xffffffff), false, std::nullopt},
         {"goes silent", bytes(Message::challenge, "abc", 4), false, std::nullopt},
     };

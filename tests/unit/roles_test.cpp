@@ -51,8 +51,7 @@ TEST_F(RolesOf, Users) {
         {"dora", 0, "old, ports, devices, status, extra"},
         {"bob", -1, "old"}, // disabled
         {"eve", -1, "old"}, // not in a numbered record
-        {"Ann", -1, "old"},
-        {"", -1, "old"}, // must not be the user without a name
+        {"", -1, "old"},    // must not be the user without a name
         {nullptr, -1, "old"},
     };
     for (const auto &[user, result, expected] : rows) {

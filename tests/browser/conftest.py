@@ -109,8 +109,9 @@ class Browser:
 
     def fill(self, label, value):
         """Enters a value by the label beside it: a text or a choice."""
-        cell = self.one("main").find_element(
-            "xpath", f".//td[@class='field-label'][normalize-space()='{label}']/following-sibling::td[1]")
+        # Hard spaces stand behind labels.
+        label = f"td[@class='field-label'][normalize-space(translate(., '\u00a0', ' '))='{label}']"
+        cell = self.one("main").find_element("xpath", f".//{label}/following-sibling::td[1]")
         # Of an unsafe input the one for a new value, not its box.
         enter(cell.find_elements("css selector", "input:not([name$='.delete']), select, textarea")[0], value)
 

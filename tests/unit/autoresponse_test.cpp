@@ -50,7 +50,7 @@ TEST_F(AutoResponse, ListsAreNumberedAnew) {
     EXPECT_EQ(names(list), "3: two one three");
     EXPECT_EQ(readValues(config, list + "1.custom.args.arg"), (std::vector<std::string>{"a", "b"}));
     EXPECT_TRUE(readValues(config, list + "2.custom.args.arg").empty());
-    for (const unsigned outside : {0U, 4U, 4000000000U}) {
+    for (const unsigned outside : {0U, 4U}) {
         removeEntry(config, list, outside);
         moveEntry(config, list, 1, outside);
         moveEntry(config, list, outside, 1);
@@ -59,11 +59,6 @@ TEST_F(AutoResponse, ListsAreNumberedAnew) {
     removeEntry(config, list, 1);
     EXPECT_EQ(names(list), "2: one three");
     EXPECT_TRUE(config.getSubElements(list + "3").empty()) << "nothing is left behind the end";
-}
-
-TEST_F(AutoResponse, CountIsNeverMoreThanThereIs) {
-    config.setElement("config.autoresponse.total", "4000000000");
-    EXPECT_EQ(countEntries(config, all_records), 1U);
 }
 
 TEST_F(AutoResponse, FieldsOfActionsAreResolved) {
@@ -94,6 +89,8 @@ TEST_F(AutoResponse, FingerprintFollowsEveryChange) {
         EXPECT_TRUE(seen.insert(fingerprint(config, 1)).second) << key;
     }
     EXPECT_EQ(fingerprint(config, 3), "");
+    config.setElement("config.autoresponse.total", "4000000000");
+    EXPECT_EQ(countEntries(config, all_records), 3U) << "never more than there is";
 }
 
 TEST_F(AutoResponse, AmountsAddUpOverTheirUnits) {

@@ -13,13 +13,12 @@ TEST(Cgi, Fields) {
     const auto cgi = request.open();
     EXPECT_EQ(cgi->getVarString("a").raw, "0123456789");
     EXPECT_EQ(cgi->getVarString("a", 4).raw, "012");
-    EXPECT_FALSE(cgi->getVarString("a").hasMarkup());
+    EXPECT_FALSE(cgi->getVarString("a").hasMarkup() || cgi->varStringExists("e"));
     EXPECT_EQ(cgi->getVarString("m").safe, "&lt;b&gt;");
     EXPECT_TRUE(cgi->getVarString("m").hasMarkup());
     EXPECT_EQ(cgi->getVarNumber("n"), -7);
     EXPECT_EQ(cgi->getVarNumber("w"), 0);
     EXPECT_FLOAT_EQ(cgi->getVarFloat("x"), 15.0F);
-    EXPECT_FALSE(cgi->varStringExists("e"));
 }
 
 TEST(Cgi, Variables) {

@@ -27,15 +27,14 @@ TEST(ProcessPipe, ReadsOutputAndStatus) {
         EXPECT_EQ(rest(pipe), output) << command;
         EXPECT_EQ(pipe.success(), success) << command;
         EXPECT_EQ(pipe.status_string(), status) << command;
-        EXPECT_TRUE(pipe.wait(0)) << "a second wait knows the status";
     }
 }
 
 TEST(ProcessPipe, QuotedTextIsOneWord) {
-    for (const std::string text : {"", "a b", "'", "a'b''c", "$HOME `id` \\ \" \n*"}) {
-        ipipestream pipe("printf %s " + shellQuote(text), 5000);
-        EXPECT_EQ(rest(pipe), text);
-    }
+    const std::string text = "a'b''c $HOME `id` \\ \" \n*";
+    ipipestream pipe("printf '<%s>' " + shellQuote(text) + shellQuote("'") + " " + shellQuote(""),
+                     5000);
+    EXPECT_EQ(rest(pipe), "<" + text + "'><>");
 }
 
 TEST(ProcessPipe, ASilentCommandEndsTheStreamNotTheRequest) {

@@ -53,27 +53,19 @@ TEST_F(SessionFile, NothingSmugglesInALine) {
 }
 
 TEST_F(SessionFile, AnActivityThatCannotBeReckonedWithIsNone) {
-    const struct {
-        const char *name;
-        const char *text;
-        bool isThere;
-    } rows[] = {
-        {"whole", "1700000000 1700000100 20 2147483647 abc\n", true},
-        {"no number", "1700000000 soon 20 0 -\n", false},
-        {"before all times", "0 -9223372036854775808 20 0 -\n", false},
-        {"lifetimes beyond any", "0 0 9223372036854775807 -9223372036854775808 -\n", true},
-    };
-    const SessionRecord record = {.expiryTime = 1, .sessionLength = INT32_MIN, .autorefresh = true};
-    for (const auto &row : rows) {
-        put("/var/run/.sessions/.activity", row.text);
+    const std::string file = "/var/run/.sessions/.activity";
+    for (const char *text : {"1700000000 soon 20 0 -\n", "0 -9223372036854775808 20 0 -\n"}) {
+        put(file, text);
+        EXPECT_FALSE(SessionActivity::load()) << text;
+    }
+    for (const char *text : {"1700000000 1700000100 20 2147483647 abc\n",
+                             "0 0 9223372036854775807 -9223372036854775808 -\n"}) {
+        put(file, text);
         auto activity = SessionActivity::load();
-        ASSERT_EQ(activity.has_value(), row.isThere) << row.name;
-        if (!activity)
-            continue;
-        EXPECT_TRUE(activity->mayHaveEnded(INT64_MAX)) << row.name;
-        activity->admit(record);
-        EXPECT_TRUE(activity->save()) << row.name;
-        EXPECT_EQ(SessionActivity::load(), activity) << row.name;
+        ASSERT_TRUE(activity && activity->mayHaveEnded(INT64_MAX)) << text;
+        activity->admit({.expiryTime = 1, .sessionLength = INT32_MIN, .autorefresh = true});
+        EXPECT_TRUE(activity->save()) << text;
+        EXPECT_EQ(SessionActivity::load(), activity) << text;
     }
 }
 

@@ -186,8 +186,10 @@ class CrowdTest : public SessionTest {
             fresh += readSessionRecord(id)->expiryTime > now_ + 60 ? 1 : 0;
         return fresh;
     }
-    static void remember(std::int64_t since, std::int64_t last) {
-        ASSERT_TRUE((SessionActivity{.since = since, .last = last, .shortest = 20}.save()));
+    static void remember(std::int64_t since, std::int64_t last, std::int32_t firstEnd = INT32_MAX) {
+        const SessionActivity activity = {
+            .since = since, .last = last, .shortest = 20, .firstEnd = firstEnd};
+        ASSERT_TRUE(activity.save());
     }
 };
 
@@ -236,14 +238,12 @@ TEST_F(CrowdTest, AnyRequestKeepsEveryRefreshingSessionAlive) {
 TEST_F(CrowdTest, WhatEndedIsCleared) {
     store("fixed", {.expiryTime = now_ + 1000, .authState = 7});
     Session::clearOldSessions();
-    auto activity = SessionActivity::load();
-    ASSERT_TRUE(activity);
-    EXPECT_EQ(activity->firstEnd, now_ + 1000);
-    EXPECT_EQ(activity->shortest, 20);
+    const auto activity = SessionActivity::load().value_or(SessionActivity());
+    EXPECT_EQ(activity.firstEnd, now_ + 1000);
+    EXPECT_EQ(activity.shortest, 20);
 
     store("fixed", {.expiryTime = now_ - 1, .authState = 7});
-    activity->firstEnd = now_ - 1;
-    ASSERT_TRUE(activity->save());
+    remember(now_ - 60, now_ - 1, now_ - 1);
     Session::clearOldSessions();
     EXPECT_FALSE(stored("fixed"));
     EXPECT_EQ(storedCount(), std::size_t{count});
@@ -332,22 +332,21 @@ TEST_F(LoginTest, StartsAHelperAndStoresTheSession) {
     MockHelper helper({bytes(Message::sessionId, "abc") + authenticated}, 0, "/started");
     LogCapture log;
     Session session("root", "kestrel", 20, true, false);
-    const auto expiry = std::time(nullptr) + 1200;
+    const auto now = static_cast<double>(std::time(nullptr));
     EXPECT_TRUE(session.authSuccess());
     EXPECT_EQ(session.sessionId(), "abc");
     EXPECT_EQ(helper.requests(), "0:root 10:198.51.100.7 4:kestrel 127\n");
     EXPECT_EQ(get("/arguments"), "\n");
     const auto record = readSessionRecord("abc").value_or(SessionRecord());
     EXPECT_EQ(record.authPid, std::stoi(get("/started")));
-    EXPECT_NEAR(record.expiryTime, static_cast<double>(expiry), 5);
+    EXPECT_NEAR(record.expiryTime, now + 1200, 5);
+    EXPECT_NEAR(static_cast<double>(record.sessionStart), now, 5);
     EXPECT_EQ(record.sourceIp, "198.51.100.7");
-    EXPECT_NEAR(static_cast<double>(record.sessionStart), static_cast<double>(expiry - 1200), 5);
     EXPECT_TRUE(log.has("700 Session::initNewSession(root, ********)"));
     EXPECT_THAT(log.records(), Not(::testing::Contains(HasSubstr("kestrel"))));
 
     session.deleteSession();
-    EXPECT_FALSE(session.isValid());
-    EXPECT_FALSE(stored("abc"));
+    EXPECT_FALSE(session.isValid() || stored("abc"));
     for (int tries = 0; tries < 500 && !exists("/terminated"); ++tries)
         ::poll(nullptr, 0, 10);
     EXPECT_TRUE(exists("/terminated"));

@@ -16,37 +16,21 @@ std::string error(const std::string &text) {
     return "<span class=\"error\">ui::Table::" + text + "</span><br>\n";
 }
 
-/// What is written by a row of calls.
-std::string written(void (*calls)(Table &)) {
-    std::ostringstream out;
-    Table table(out);
-    calls(table);
-    return out.str();
-}
-
-TEST(Table, ReportsWhatDoesNotFit) {
+TEST(Table, WritesWhatFitsAndReportsWhatDoesNot) {
     const std::string cell = "<table>" + row_start + "<td class=\"x\" width=\"78%\">";
-    EXPECT_EQ(written([](Table &t) { t.openRow(); }), error("openRow() called inappropriately []"));
-    EXPECT_EQ(written([](Table &t) {
-                  t.open("");
-                  t.closeCell();
-              }),
-              "<table>" + error("closeCell() called with no open cell [table]"));
-    EXPECT_EQ(written([](Table &t) {
-                  for (int level = 0; level < 3; ++level) {
-                      t.open("");
-                      t.openRow();
-                      t.openCell("x");
-                  }
-                  t.close();
-              }),
-              cell + cell + cell +
-                  error("close() called with no open table [table, row, cell, table, row, "
-                        "cell...]"));
-}
-
-TEST(Table, Markup) {
     const std::pair<void (*)(Table &), std::string> rows[] = {
+        {[](Table &t) {
+             t.closeCell();
+             for (int level = 0; level < 2; ++level) {
+                 t.openRow();
+                 t.openCell("x");
+                 t.open("");
+             }
+             t.closeRow();
+         },
+         error("closeCell() called with no open cell [table]") + cell.substr(7) + cell + "<table>" +
+             error("closeRow() called with row not open [table, row, cell, table, row, "
+                   "cell...]")},
         {[](Table &t) {
              t.openRow();
              t.openCell("field-input", 2, "top", "10%");

@@ -30,14 +30,6 @@ TEST(Inputs, Markup) {
          "</optgroup><optgroup label=\"H\"><option value=\"4\">Four</option></optgroup></select>"},
         {"disabled check", checkInput("c", true, true, "x()"),
          "<input type=\"checkbox\" name=\"c\" value=\"on\" disabled checked onClick=\"x()\">"},
-        {"ports", getPortCheckboxes("p", {{1, "One", true}, {2, "Two", false, false}}),
-         "<br><input type=\"checkbox\" name=\"select.all\" onClick=\"var i = 0;while (i < "
-         "this.form.length) {if (this.form[i].type == 'checkbox' && "
-         "this.form[i].name.match(/p[0-9]/) != null) {\tthis.form[i].checked = "
-         "this.checked;}i++;}\">Select/Unselect all Ports.<table width=\"100%\" border=\"0\" "
-         "cellpadding=\"0\"><tr><td width=\"12%\" class=\"field-label\"><input name=\"p1\" "
-         "type=\"checkbox\" checked>One</td><td width=\"12%\" class=\"field-label\">&nbsp;<font "
-         "color=\"#FF0000\">N/A</font></td></tr></table>"},
     };
     for (const auto &[name, markup, expected] : rows)
         EXPECT_EQ(markup, expected) << name;

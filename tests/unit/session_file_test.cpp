@@ -37,10 +37,7 @@ TEST_F(SessionFile, IsWrittenInItsOrderAndReadBack) {
                          "src_ip = 2001:db8::1\nsrc_port = \nsession_start = 5000000000\n");
     EXPECT_EQ(modeOf(path), 0600U);
     EXPECT_EQ(modeOf("/var/run/.sessions"), 0700U);
-    const auto back = readSessionRecord("abc");
-    ASSERT_TRUE(back);
-    ASSERT_TRUE(writeSessionRecord("back", *back));
-    EXPECT_EQ(get("/var/run/.sessions/session-back"), get(path));
+    EXPECT_EQ(readSessionRecord("abc"), record);
 }
 
 TEST_F(SessionFile, NothingSmugglesInALine) {

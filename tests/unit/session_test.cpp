@@ -122,17 +122,9 @@ TEST_F(SessionTest, OnlyAWholeUnexpiredFileOfARealUserIsALogin) {
         EXPECT_EQ(session.authSuccess() ? session.username() : "", user) << name;
         EXPECT_EQ(stored("abc"), !user.empty()) << name;
     }
-}
-
-TEST_F(SessionTest, FailedLoginsAreValidButNoSuccess) {
-    for (const int state : {6, 7, 8}) {
-        store("abc", {.authState = state});
-        const Session session("abc", true);
-        EXPECT_TRUE(session.isValid() && session.authFinalised()) << state;
-        EXPECT_EQ(session.authSuccess(), state == 7) << state;
-        EXPECT_EQ(session.authStatusString(), state == 7 ? "authenticated" : "failed");
-    }
-    EXPECT_EQ(Session().authStatusString(), "challenge-in-progress");
+    store("abc", {.authState = Session::state_rejected});
+    const Session failed("abc", true);
+    EXPECT_TRUE(failed.isValid() && failed.authFinalised() && !failed.authSuccess());
 }
 
 TEST_F(SessionTest, EveryRequestRefreshesEverybodyAndClearsWhatExpired) {
@@ -272,11 +264,13 @@ TEST_F(SessionTest, TakesNothingFromAHelperButItsProtocol) {
         const char *name;
         std::string answer;
         std::int32_t state = 0; ///< 0: the session is ended
-        const char *prompt = "";
+        const char *status = "", *prompt = "";
     } rows[] = {
-        {"authenticated", id + authenticated, 7},
-        {"rejected", id + bytes(Message::rejected) + end, 8},
-        {"challenge", id + bytes(Message::challenge, "Code\n\xff: ") + end, 2, "Code\n\xff: "},
+        {"authenticated", id + authenticated, 7, "authenticated"},
+        {"rejected", id + bytes(Message::rejected) + end, 8, "failed"},
+        {"helper error", bytes(Message::helperError) + end, 6, "failed"},
+        {"challenge", id + bytes(Message::challenge, "Code\n\xff: ") + end, 2,
+         "challenge-in-progress", "Code\n\xff: "},
         {"no end", id + bytes(Message::authenticated)},
         {"id that is a path", bytes(Message::sessionId, "../x") + authenticated},
     };
@@ -289,6 +283,8 @@ TEST_F(SessionTest, TakesNothingFromAHelperButItsProtocol) {
         EXPECT_EQ(session.authSuccess(), row.state == 7) << row.name;
         if (row.state != 0) {
             EXPECT_EQ(session.authStatus(), row.state) << row.name;
+            EXPECT_EQ(session.authFinalised(), row.state >= 6) << row.name;
+            EXPECT_EQ(session.authStatusString(), row.status) << row.name;
             EXPECT_EQ(session.getPrompt(), row.prompt) << row.name;
             EXPECT_EQ(readSessionRecord("abc")->authState, row.state) << row.name;
         } else {

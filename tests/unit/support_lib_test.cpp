@@ -27,42 +27,37 @@ class SupportLibrary : public test::ApplianceTest {
 };
 
 TEST_F(SupportLibrary, PidFileTellsALivingHolder) {
-    const pid_t ended = ::fork();
-    if (ended == 0)
-        ::_exit(0);
-    ::waitpid(ended, nullptr, 0);
-    const std::string parent = std::to_string(::getppid());
-    const std::tuple<std::string, std::string, bool> rows[] = {
-        {"living", parent + "\n", true},
-        {"living, but started at another time", parent + "\n1\n", false},
-        {"ended", std::to_string(ended), false},
-        {"this process", std::to_string(::getpid()), false},
-        {"garbage", "\xff\x01 x", false},
-        {"init", "1", false},
-        {"group", "-" + parent, false},
-        {"out of range", "4294967298", false},
+    // Exits with 0 when the file names another process that lives, and that it may not clear.
+    const auto child = [] {
+        const pid_t other = ::fork();
+        if (other == 0)
+            ::_exit(pidfile_valid("busy") == 0 && pidfile_clear("busy") == -1 ? 0 : 1);
+        int status = -1;
+        ::waitpid(other, &status, 0);
+        return std::pair(other, status);
     };
-    for (const auto &[name, contents, held] : rows) {
-        put("/var/run/busy.pid", contents);
-        EXPECT_EQ(pidfile_valid("busy") == 0, held) << name;
-        EXPECT_EQ(pidfile_clear("busy") == 0, name == "this process") << name;
-    }
-    for (const char *name : {"", "../run/busy", "busy.pid"})
-        EXPECT_EQ(pidfile_create(name), -1) << name;
-}
-
-TEST_F(SupportLibrary, PidFileIsSeenByOthersWhileItsHolderLives) {
+    EXPECT_EQ(pidfile_clear("busy"), -1);
     ASSERT_EQ(pidfile_create("busy"), 0);
     EXPECT_NE(pidfile_valid("busy"), 0);
-    const pid_t other = ::fork();
-    if (other == 0)
-        ::_exit(pidfile_valid("busy") == 0 && pidfile_clear("busy") == -1 ? 0 : 1);
-    int status = -1;
-    ::waitpid(other, &status, 0);
+    const auto [ended, status] = child();
     EXPECT_EQ(status, 0);
     EXPECT_EQ(pidfile_clear("busy"), 0);
     EXPECT_FALSE(exists("/var/run/busy.pid"));
-    EXPECT_EQ(pidfile_clear("busy"), -1);
+
+    const std::string parent = std::to_string(::getppid());
+    const std::pair<std::string, bool> rows[] = {
+        {parent + "\n", true},          {parent + "\n1\n", false}, // the second started at another
+                                                                   // time
+        {std::to_string(ended), false}, {"\xff\x01 x", false},     {"1", false},
+        {"-" + parent, false},          {"4294967298", false},
+    };
+    for (const auto &[contents, held] : rows) {
+        put("/var/run/busy.pid", contents);
+        EXPECT_EQ(pidfile_valid("busy") == 0, held) << contents;
+        EXPECT_EQ(pidfile_clear("busy"), -1) << contents;
+    }
+    for (const char *name : {"", "../run/busy", "busy.pid"})
+        EXPECT_EQ(pidfile_create(name), -1) << name;
 }
 
 TEST_F(SupportLibrary, ProgramIsStartedAndLeftAlone) {

@@ -79,10 +79,12 @@ class Browser:
     def text(self):
         return self.one("main").text
 
-    def log_in(self):
-        """Ends on the page that the console opens with."""
+    def log_in(self, query=""):
+        """Ends on the page that the console opens with, or on that of the query."""
         self.submit_login("root", "kestrel")
         self.one(".welcome")
+        if query:
+            self.open(query)
 
     def submit_login(self, name, password):
         self.open()

@@ -23,7 +23,7 @@ LldpValues chassisIn(const std::string &output) {
 TEST(Lldp, ReadsWhatLinesMayLookLike) {
     const std::pair<std::string, Neighbours> rows[] = {
         {"lldp.e.a=0\nlldp.f.a=\nlldp.e.a=1", {{"e", {{"a", "1"}}}, {"f", {{"a", ""}}}}},
-        {"lldp.e.a\nlldp.e\nlldp\nlldp.\nlldp.e.7.b=2\n", {{"e", {{"7.b", "2"}}}}},
+        {"lldp.x.a\nlldp.e\nlldp\nlldp.\nlldp.e.7.b=2\n", {{"e", {{"7.b", "2"}}}}},
         {"lldp..=\n", {{"", {{"", ""}}}}},
     };
     for (const auto &[output, neighbours] : rows)

@@ -1,7 +1,14 @@
 #include "cgi/cgi.h"
+
+#include "cgi/decoder.h"
 #include "tests/support/cgi_request.h"
 #include "tests/support/log_capture.h"
 #include "util/paths.h"
+
+#include <filesystem>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace zandorin {
 namespace {
@@ -54,6 +61,25 @@ TEST(Cgi, HeaderIsWrittenOnce) {
     cgi.reset();
     EXPECT_EQ(request.output(), "HTTP/1.1 404 OK\r\nCache-control: no-cache\r\n"
                                 "Content-Type: text/html\r\nSet-Cookie: a=b\r\n\r\npage");
+}
+
+TEST(Cgi, FinishedResponseLeavesNoDescriptorToTheReader) {
+    CgiRequest request(CgiRequest::get(""));
+    const auto cgi = request.open();
+    const int own[] = {::dup(0), ::dup(1), ::dup(2)};
+    *cgi << "page";
+    cgi->finishResponse();
+    *cgi << "stray" << std::flush;
+    bool isGone = true;
+    for (const int fd : {0, 1, 2, ::fileno(gcgiOut)})
+        isGone = isGone && std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(fd)) ==
+                               "/dev/null";
+    const int flags = ::fcntl(::fileno(gcgiOut), F_GETFD);
+    for (const int fd : {0, 1, 2})
+        ::dup2(own[fd], fd);
+    EXPECT_TRUE(isGone);
+    EXPECT_NE(flags & FD_CLOEXEC, 0);
+    EXPECT_EQ(request.output(), "page");
 }
 
 using CgiFile = test::ApplianceTest;

@@ -30,6 +30,14 @@ TEST(Inputs, Markup) {
          "</optgroup><optgroup label=\"H\"><option value=\"4\">Four</option></optgroup></select>"},
         {"disabled check", checkInput("c", true, true, "x()"),
          "<input type=\"checkbox\" name=\"c\" value=\"on\" disabled checked onClick=\"x()\">"},
+        {"number range", menuInputNumRange("m", -1, 1, 0),
+         "<select name=\"m\"><option value=\"-1\">-1</option><option value=\"0\" "
+         "selected>0</option><option value=\"1\">1</option></select>"},
+        {"devices", getDeviceMenu("d", "rpc"),
+         "<select id=\"d\" name=\"d\"><option id=\"None\" value=\"None\" >None</option><option "
+         "id=\"ups\" value=\"ups\" >UPS</option><option id=\"rpc\" value=\"rpc\" "
+         "selected>RPC</option><option id=\"enviro\" value=\"enviro\" "
+         ">Environmental</option></select>"},
     };
     for (const auto &[name, markup, expected] : rows)
         EXPECT_EQ(markup, expected) << name;

@@ -74,7 +74,8 @@ TEST_F(ConfigStore, RefusesKeysAndValuesThatTheFileCannotHold) {
     for (int i = 1; i < 64; ++i)
         deep += ".a";
     for (const std::string &key :
-         {std::string("config"), std::string("config.1"), std::string("config.a><b"), deep + ".a"})
+         {std::string("config"), std::string("config.1"), std::string("config.a><b"),
+          std::string("config..a"), deep + ".a"})
         EXPECT_THROW(store.setElement(key, "x"), utilities::Exception) << key;
     EXPECT_THROW(store.setElement("config.a", "\x1b[2J"), utilities::Exception);
     EXPECT_FALSE(store.isDirty());

@@ -5,6 +5,8 @@
 
 #include <cstdlib>
 
+#include <fcntl.h>
+
 namespace zandorin {
 namespace {
 
@@ -91,8 +93,10 @@ TEST(Decoder, StatusesAndSizes) {
     EXPECT_EQ(std::string(subtype) + fileName, "csvx.bin");
     std::free(subtype);
     std::free(fileName);
-    EXPECT_EQ(gcgiFetchData("e", buffer, 4, nullptr, nullptr, nullptr, nullptr, nullptr),
+    EXPECT_EQ(gcgiFetchData("e", buffer, 4, nullptr, &subtype, nullptr, &fileName, nullptr),
               GCGI_NOT_FOUND);
+    EXPECT_EQ(fileName, nullptr);
+    EXPECT_NE(::fcntl(::fileno(gcgiOut), F_GETFD) & FD_CLOEXEC, 0);
     cgi->end();
     EXPECT_EQ(gcgiOut, nullptr);
     EXPECT_EQ(gcgiEnvironment(GCGI_REQUEST_METHOD), nullptr);

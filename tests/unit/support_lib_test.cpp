@@ -46,10 +46,14 @@ TEST_F(SupportLibrary, PidFileTellsALivingHolder) {
 
     const std::string parent = std::to_string(::getppid());
     const std::pair<std::string, bool> rows[] = {
-        {parent + "\n", true},          {parent + "\n1\n", false}, // the second started at another
-                                                                   // time
-        {std::to_string(ended), false}, {"\xff\x01 x", false},     {"1", false},
-        {"-" + parent, false},          {"4294967298", false},
+        {parent + "\n", true},
+        {parent + "\n1\n", false}, // the second started at another
+                                   // time
+        {std::to_string(ended), false},
+        {"\xff\x01 x", false},
+        {"1", false},
+        {"-" + parent, false},
+        {"4294967298", false},
     };
     for (const auto &[contents, held] : rows) {
         put("/var/run/busy.pid", contents);
@@ -116,6 +120,7 @@ TEST_F(SupportLibrary, StatusServiceIsNeverWaitedFor) {
     while (pushed < 100000 && infod_push_text("k", 2, "t") == 0)
         ++pushed;
     EXPECT_LT(pushed, 100000);
+    EXPECT_EQ(infod_push_text(nullptr, 2, "t"), -1);
 }
 
 } // namespace

@@ -4,6 +4,7 @@ import signal
 import socket
 import subprocess
 import time
+from collections import namedtuple
 from contextlib import contextmanager
 from pathlib import Path
 
@@ -19,10 +20,7 @@ START_SECONDS = 20
 PAGE_SECONDS = 20
 
 
-class Appliance:
-    def __init__(self, root, port):
-        self.root = root
-        self.url = f"http://127.0.0.1:{port}/"
+Appliance = namedtuple("Appliance", "root url")
 
 
 def free_port():
@@ -45,7 +43,7 @@ def serving(folder):
         while b"http://" not in log.read_bytes():
             assert server.poll() is None and time.monotonic() < end, log.read_text()
             time.sleep(0.05)
-        yield Appliance(folder / "root", port)
+        yield Appliance(folder / "root", f"http://127.0.0.1:{port}/")
     finally:
         server.send_signal(signal.SIGTERM)
         server.wait(START_SECONDS)
@@ -70,8 +68,7 @@ class Browser:
         self.driver.get(self.appliance.url + query)
 
     def one(self, selector):
-        return WebDriverWait(self.driver, PAGE_SECONDS).until(
-            lambda driver: driver.find_element(By.CSS_SELECTOR, selector))
+        return self.wait(lambda: self.driver.find_element(By.CSS_SELECTOR, selector))
 
     def all(self, selector):
         return self.driver.find_elements(By.CSS_SELECTOR, selector)
@@ -82,11 +79,12 @@ class Browser:
     def text(self):
         return self.one("main").text
 
-    def log_in(self):
-        """Ends on the page that the console opens with."""
+    def log_in(self, query=""):
+        """Ends on the page that the console opens with, or on that of the query."""
         self.submit_login("root", "kestrel")
-        WebDriverWait(self.driver, PAGE_SECONDS).until(
-            lambda driver: driver.find_elements(By.CLASS_NAME, "welcome"))
+        self.one(".welcome")
+        if query:
+            self.open(query)
 
     def submit_login(self, name, password):
         self.open()
@@ -109,18 +107,15 @@ class Browser:
     def follow(self, element):
         """Clicks what leads to another page, and waits for it."""
         element.click()
-        WebDriverWait(self.driver, PAGE_SECONDS).until(lambda _: is_gone(element))
-
-    def row(self, label):
-        """The cell beside the first row of that label."""
-        for cell in self.all("td.field-label"):
-            if cell.text.strip() == label:
-                return cell.find_element("xpath", "following-sibling::td")
-        raise AssertionError(f"no row {label}")
+        self.wait(lambda: is_gone(element))
 
     def fill(self, label, value):
-        """Enters a value by the label beside it: a text, a choice, or True to check a box."""
-        enter(field(self.row(label)), value)
+        """Enters a value by the label beside it: a text or a choice."""
+        # Hard spaces stand behind labels.
+        label = f"td[@class='field-label'][normalize-space(translate(., '\u00a0', ' '))='{label}']"
+        cell = self.one("main").find_element("xpath", f".//{label}/following-sibling::td[1]")
+        # Of an unsafe input the one for a new value, not its box.
+        enter(cell.find_elements("css selector", "input:not([name$='.delete']), select, textarea")[0], value)
 
     def enter(self, name, value):
         """The same by the end of the field's name."""
@@ -142,16 +137,8 @@ class Driver(Service):
         return is_connectable(self.port, "127.0.0.1")
 
 
-def field(cell):
-    """Of an unsafe input the one for a new value, not its box."""
-    return cell.find_elements("css selector", "input:not([name$='.delete']), select, textarea")[0]
-
-
 def enter(target, value):
-    if value is True:
-        if not target.is_selected():
-            target.click()
-    elif target.tag_name == "select":
+    if target.tag_name == "select":
         Select(target).select_by_visible_text(value)
     else:
         if target.get_attribute("type") != "file":

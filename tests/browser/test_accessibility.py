@@ -69,8 +69,7 @@ def focused(browser):
 
 
 def test_the_keyboard_alone(browser):
-    browser.log_in()
-    browser.open("?form=systemsettings")
+    browser.log_in("?form=systemsettings")
     press(browser, Keys.TAB)
     skip = focused(browser)
     assert skip.text == "Skip to the page" and skip.rect["x"] >= 0
@@ -93,8 +92,7 @@ def test_the_keyboard_alone(browser):
     pytest.param("hex digits nobody types", None, None, id="nothing"),
 ])
 def test_finding(browser, words, page, field):
-    browser.log_in()
-    browser.open("?form=time")
+    browser.log_in("?form=time")
     press(browser, "/")
     assert browser.driver.execute_script("return document.activeElement.getAttribute('role')") == "combobox"
     press(browser, words)

@@ -24,8 +24,7 @@ def asks_before_leaving(browser):
 
 
 def test_values_are_judged_while_one_types_and_after(browser):
-    browser.log_in()
-    browser.open("?form=smtp")
+    browser.log_in("?form=smtp")
     assert "host.example.net" in browser.text()
     browser.enter(SERVER, "mail server")
     browser.wait(lambda: "SMTP Server must be assigned a Network Address" in remark(browser, SERVER))
@@ -49,8 +48,7 @@ def test_values_are_judged_while_one_types_and_after(browser):
 
 
 def test_typed_values_outlive_the_session(browser):
-    browser.log_in()
-    browser.open("?form=smtp")
+    browser.log_in("?form=smtp")
     assert not asks_before_leaving(browser)
     browser.enter(SERVER, "mail.example.net")
     browser.enter("config.system.smtp.password", "merlin")
@@ -86,8 +84,7 @@ def test_configurators_are_watched(browser, status, verdict, words):
     configurator.write_text(f"#!/bin/sh\nuntil [ -e '{go}' ]; do sleep 0.1; done\nexit {status}\n", encoding="ascii")
     configurator.chmod(0o755)
     try:
-        browser.log_in()
-        browser.open("?form=smtp")
+        browser.log_in("?form=smtp")
         browser.enter(SERVER, f"relay{status}.example.net")
         browser.press("main input[type=submit]")
         assert "Changes to configuration succeeded." in browser.text()
@@ -111,8 +108,7 @@ def test_the_page_of_a_restart_waits_and_comes_back(browser):
     uptime.unlink()
     try:
         uptime.write_text("5000.10 1.00\n", encoding="ascii")
-        browser.log_in()
-        browser.open("?form=systemsettings")
+        browser.log_in("?form=systemsettings")
         field(browser, "config.system.reboot").click()
         browser.press("form[name=reboot] input[type=submit]")
         browser.wait(lambda: "Waiting for the appliance" in browser.text())

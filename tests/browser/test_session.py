@@ -44,11 +44,13 @@ def test_narrow_screen(browser):
     browser.driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {
         "width": 320, "height": 640, "deviceScaleFactor": 2, "mobile": True})
     browser.log_in()
-    for query in ("", "?form=sessions"):
+    for query in ("?form=users", "?form=users&action=add&type=user", "", "?form=sessions"):
         browser.open(query)
         widths = browser.driver.execute_script(
             "return [window.innerWidth, document.documentElement.scrollWidth]")
         assert widths == [320, 320], query
+        content = browser.one("#content")
+        assert "add" not in query or content.get_property("scrollWidth") == content.get_property("clientWidth"), query
     assert not browser.one("#branch0 a").is_displayed()
     browser.one("#menu-button").click()
     assert browser.link("Web Sessions").is_displayed()

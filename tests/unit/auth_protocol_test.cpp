@@ -21,16 +21,6 @@ class AuthProtocol : public ::testing::Test {
         ASSERT_TRUE(setTimeout(here_.get(), 1));
     }
 
-    /// Everything the peer has received once this end is closed.
-    std::string received() {
-        here_.reset();
-        std::string all;
-        char part[4096];
-        for (ssize_t got = 0; (got = ::read(peer_.get(), part, sizeof part)) > 0;)
-            all.append(part, static_cast<std::size_t>(got));
-        return all;
-    }
-
     UniqueFd here_;
     UniqueFd peer_;
 };
@@ -40,20 +30,21 @@ TEST_F(AuthProtocol, WritesTypeLengthAndText) {
     EXPECT_TRUE(sendMessage(here_.get(), Message::reply, ""));
     EXPECT_TRUE(sendMessage(here_.get(), Message::end));
     EXPECT_FALSE(sendMessage(here_.get(), Message::reply, std::string(max_text + 1, 'x')));
-    EXPECT_EQ(received(),
-              bytes(Message::username, "root") + bytes(Message::reply, "") + bytes(Message::end));
+    const std::string all =
+        bytes(Message::username, "root") + bytes(Message::reply, "") + bytes(Message::end);
+    char part[100];
+    here_.reset();
+    ASSERT_EQ(::read(peer_.get(), part, sizeof part), static_cast<ssize_t>(all.size()));
+    EXPECT_EQ(std::string(part, all.size()), all);
 }
 
-TEST_F(AuthProtocol, WritingToAPeerThatHasGoneFails) {
-    peer_.reset();
-    EXPECT_FALSE(sendMessage(here_.get(), Message::username, "root"));
-}
-
-TEST_F(AuthProtocol, WritingToAPeerThatDoesNotReadTimesOut) {
+TEST_F(AuthProtocol, WritingFailsWhenThePeerDoesNotReadOrHasGone) {
     bool sent = true;
     for (int i = 0; sent && i < 100; ++i)
         sent = sendMessage(here_.get(), Message::reply, std::string(max_text, 'x'));
     EXPECT_FALSE(sent);
+    peer_.reset();
+    EXPECT_FALSE(sendMessage(here_.get(), Message::username, "root"));
 }
 
 TEST_F(AuthProtocol, ReadsTextsAndRefusesTornOrOversizedOnes) {
@@ -61,13 +52,10 @@ TEST_F(AuthProtocol, ReadsTextsAndRefusesTornOrOversizedOnes) {
     const std::string zero("a\0b", 3);
     const std::tuple<const char *, std::string, bool, std::optional<std::string>> rows[] = {
         {"text", bytes(Message::challenge, "Code: "), true, "Code: "},
-        {"empty", bytes(Message::challenge, ""), true, ""},
         {"zero byte", bytes(Message::challenge, zero), true, zero},
-        {"no length", bytes(Message::challenge), true, std::nullopt},
         {"half a length", bytes(Message::challenge, "abc").substr(0, 3), true, std::nullopt},
         {"torn text", bytes(Message::challenge, "abc", 4), true, std::nullopt},
         {"too long by one", bytes(Message::challenge, longest + "x"), true, std::nullopt},
-        {"2 GB announced", bytes(Message::challenge, "abc", 0x7fffffff), false, std::nullopt},
         {"4 GB announced", bytes(Message::challenge, "abc", 0xffffffff), false, std::nullopt},
         {"goes silent", bytes(Message::challenge, "abc", 4), false, std::nullopt},
     };

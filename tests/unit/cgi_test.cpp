@@ -1,8 +1,11 @@
 #include "cgi/cgi.h"
+
 #include "cgi/decoder.h"
 #include "tests/support/cgi_request.h"
 #include "tests/support/log_capture.h"
 #include "util/paths.h"
+
+#include <filesystem>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -17,39 +20,34 @@ TEST(Cgi, Fields) {
     const auto cgi = request.open();
     EXPECT_EQ(cgi->getVarString("a").raw, "0123456789");
     EXPECT_EQ(cgi->getVarString("a", 4).raw, "012");
-    EXPECT_FALSE(cgi->getVarString("a").hasMarkup());
+    EXPECT_FALSE(cgi->getVarString("a").hasMarkup() || cgi->varStringExists("e"));
     EXPECT_EQ(cgi->getVarString("m").safe, "&lt;b&gt;");
     EXPECT_TRUE(cgi->getVarString("m").hasMarkup());
     EXPECT_EQ(cgi->getVarNumber("n"), -7);
     EXPECT_EQ(cgi->getVarNumber("w"), 0);
     EXPECT_FLOAT_EQ(cgi->getVarFloat("x"), 15.0F);
-    EXPECT_FALSE(cgi->varStringExists("e"));
 }
 
 TEST(Cgi, Variables) {
     const test::LogCapture log(Priority::error);
     const std::tuple<const char *, std::uint16_t, const char *, bool> rows[] = {
-        {"0", 0, "ON", true},     {"65536", 0, "On", true},   {"99999999999", 65535, "1", false},
-        {"-1", 65535, "", false}, {"443", 443, "on ", false}, {"65535", 65535, "on", true},
+        {"99999999999", 65535, "1", false},
+        {"-1", 65535, "on ", false},
+        {"0", 0, "ON", true},
+        {"65535", 65535, "on", true},
     };
     for (const auto &[port, number, https, isSecure] : rows) {
-        CgiRequest request({{"REQUEST_METHOD", "GET"},
-                            {"REMOTE_PORT", port},
-                            {"HTTPS", https},
-                            {"HTTP_X_BASE_URI", "/<proxy>"}});
+        CgiRequest request({{"REQUEST_METHOD", "GET"}, {"REMOTE_PORT", port}, {"HTTPS", https}});
         const auto cgi = request.open();
         EXPECT_EQ(cgi->getRemotePort(), number) << port;
         EXPECT_EQ(cgi->getHttps(), isSecure) << https;
         EXPECT_EQ(cgi->getRemoteAddress(), "");
-        EXPECT_EQ(baseUri(), "/<proxy>");
     }
-    EXPECT_EQ(log.records().size(), 4U);
-    EXPECT_EQ(log.records().front(), "300 Invalid remote port: 0");
-    CgiRequest direct(CgiRequest::get(""));
-    const auto cgi = direct.open();
-    EXPECT_EQ(cgi->getRemotePort(), 0);
-    EXPECT_EQ(baseUri(), "");
-    EXPECT_EQ(log.records().size(), 4U);
+    EXPECT_EQ(log.records().size(), 3U);
+    EXPECT_EQ(log.records().back(), "300 Invalid remote port: 0");
+    CgiRequest none(CgiRequest::get(""));
+    EXPECT_EQ(none.open()->getRemotePort(), 0);
+    EXPECT_EQ(log.records().size(), 3U);
 }
 
 TEST(Cgi, HeaderIsWrittenOnce) {
@@ -65,31 +63,23 @@ TEST(Cgi, HeaderIsWrittenOnce) {
                                 "Content-Type: text/html\r\nSet-Cookie: a=b\r\n\r\npage");
 }
 
-TEST(Cgi, FinishedResponseEndsForTheReader) {
-    int pipe[2];
-    ASSERT_EQ(::pipe2(pipe, O_CLOEXEC), 0);
+TEST(Cgi, FinishedResponseLeavesNoDescriptorToTheReader) {
     CgiRequest request(CgiRequest::get(""));
     const auto cgi = request.open();
     const int own[] = {::dup(0), ::dup(1), ::dup(2)};
-    for (const int fd : {0, 1, 2, ::fileno(gcgiOut)})
-        ::dup2(pipe[1], fd);
-    ::close(pipe[1]);
     *cgi << "page";
     cgi->finishResponse();
     *cgi << "stray" << std::flush;
-    const bool harmless = ::write(1, "stray", 5) == 5 && ::write(2, "stray", 5) == 5;
+    bool isGone = true;
+    for (const int fd : {0, 1, 2, ::fileno(gcgiOut)})
+        isGone = isGone && std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(fd)) ==
+                               "/dev/null";
     const int flags = ::fcntl(::fileno(gcgiOut), F_GETFD);
     for (const int fd : {0, 1, 2})
         ::dup2(own[fd], fd);
-    EXPECT_TRUE(harmless);
+    EXPECT_TRUE(isGone);
     EXPECT_NE(flags & FD_CLOEXEC, 0);
-    // The end is there at once; should it not be, the test must not wait for it.
-    ASSERT_EQ(::fcntl(pipe[0], F_SETFL, O_NONBLOCK), 0);
-    char block[64] = {};
-    EXPECT_EQ(::read(pipe[0], block, sizeof block), 4);
-    EXPECT_STREQ(block, "page");
-    EXPECT_EQ(::read(pipe[0], block, sizeof block), 0);
-    ::close(pipe[0]);
+    EXPECT_EQ(request.output(), "page");
 }
 
 using CgiFile = test::ApplianceTest;

@@ -6,7 +6,7 @@
 
 #include <chrono>
 #include <filesystem>
-#include <sstream>
+#include <set>
 
 namespace zandorin {
 namespace {
@@ -27,74 +27,63 @@ const struct {
     const char *type;
     std::vector<std::string> accepted, refused;
 } rows[] = {
-    {"alphanum", list("|aZ09.-_"), list("a b|a+|\xe9|a\0b|a\n"s)},
-    {"printablesafe", list("|aZ09 ,./@:_-=$+&<>\"'"), {";", "!", "(", "\\", "\t", "\xe9"}},
-    {"printablesafesemicolon", list("|a;b| ,./@:_-=$+&<>\"'"), {"!", "`", "\n", "|"}},
-    {"boolean", list("on|off|ON|Off"), list("|yes|true|1|on |on\0"s)},
+    {"alphanum", list("|aZ09.-_"), list("a b|a+|a\0b"s)},
+    {"printablesafe", list("|aZ09 ,./@:_-=$+&<>\"'"), list(";|!|\t")},
+    {"printablesafesemicolon", list("|a;b ,./@:_-=$+&<>\"'"), list("!|`|\n")},
+    {"boolean", list("on|off|ON|Off"), list("|yes|on |on\0"s)},
     {"nic", list("wan|lan|oobfo|wlan|dialout|dialin|vpn|any"), list("|WAN|eth0")},
     {"firewalldirection", list("ingress|egress"), list("|Ingress|in")},
-    {"firewalltcpprotocol", list("tcp|udp|tcp&udp|tcpandudp|icmp|gre|esp|any"),
-     list("|TCP|tcp&amp;udp|sctp")},
-    {"ssh_delimiter", list("|;| |~"), list("`|'|\"|ab|\t|\xe9|\0"s)},
-    {"userposix", list("a|0|root|a.b_c-d"), list("|-a|.a|_a|a b|a@b|a\0b|a\n"s)},
+    {"firewalltcpprotocol", list("tcp|udp|tcp&udp|tcpandudp|icmp|gre|esp|any"), list("|TCP|sctp")},
+    {"ssh_delimiter", list("|;| |~"), list("`|'|\"|ab|\t")},
+    {"userposix", list("a|0|a.b_c-d"), list("|-a|_a|a@b|a\0b|a\n"s)},
     {"username", list("root|a.b@example.com"), list("-a|a@b|a!")},
-    {"snmpusername", list("|a-b_C9"), list("a.b|a b|a@")},
-    {"printable", list("| ~"), list("a\tb|a\nb|\x7f|\x80|\0"s)},
+    {"snmpusername", list("|a-b_C9"), list("a.b|a b")},
+    {"printable", list("| ~"), list("a\nb|\x7f|\x80")},
     {"multiline_printable", list("|a\r\n\t\v\f b"), list("a\bb|\x7f|\xff|\0"s)},
-    {"unsafe_printable_braces", list("|(x)|az ,-./09:@AZ_$+()"), list("{x}|[x]|<|a&b|=|'|\t|`")},
+    {"unsafe_printable_braces", list("|(x)|az ,-./09:@AZ_$+()"), list("{x}|<|a&b|=|'|`")},
     {"phonenumber",
-     {"", " , ", "123", "+123", "555.1234", "(02)1234", "111,222 333", "s\\.",
+     {"", " , ", "+123", "(02)1234", "111,222 333", "s\\.",
       "1.2.3.4.5.6.7.8.9.0.1.2.3.4.5.6.7.8.9.0.1.2.3.4", std::string(200, '1')},
-     list("12|555-1234|++123|+|abc|123,4|123\0|"
-          "1.2.3.4.5.6.7.8.9.0.1.2.3.4.5.6.7.8.9.0.1.2.3.4.5"s)},
-    {"asciigraphical", list("|!~<>"), list("a b|\t|\x7f|\x80|\0"s)},
-    {"filename", list("|a b-c_d.e9|.."), list("a/b|a\\b|a:b|\n")},
-    {"email",
-     list("|a@b.de|a@b.de, c@d.org|a@b.de c@d.org|a.b_c-d\\@e-f.g.info|a@[1.2.3.4]|a@b.123|"
-          "a@b.de]"),
-     list("a|a@b|@b.de|a@b..de|a+b@c.de|a@b.museum|a@b_c.de|a@b.de;c@d.de|a@b.de, c|"
-          "a@b.de\0|a@b.de\n"s)},
+     list("12|555-1234|++123|+|123,4|123\0|1.2.3.4.5.6.7.8.9.0.1.2.3.4.5.6.7.8.9.0.1.2.3.4.5"s)},
+    {"asciigraphical", list("|!~<>"), list("a b|\x7f|\x80|\0"s)},
+    {"filename", list("|a b-c_d.e9|.."), list("a/b|a:b")},
+    {"email", list("|a@b.de, c@d.org|a.b_c-d\\@e-f.g.info|a@[1.2.3.4]|a@b.123|a@b.de]"),
+     list("a|a@b|@b.de|a@b..de|a+b@c.de|a@b.museum|a@b_c.de|a@b.de, c|a@b.de\0"s)},
     {"ipsectunnelid", list("%fromcert|%none|%myid|10.0.0.1|::1|@example.com|a@example.com|host"),
-     list("%other|%|@|@1.2|@a_b|1.2.3|a b|%myid\0|%MYID"s)},
-    {"numeric", {"", "0", "007", std::string(300, '9')}, list("-5|+5| 5|5 |1.0|5\0"s)},
-    {"integer", list("|-5|5|-007"), list("-|--5|+5|5-| 5")},
-    {"unsigned16bit", list("|abc|0|65535|-0|80x| 80"),
-     list("65536|-1|2147483647|2147483648|4294967296|4294967376|18446744073709551616|-"
-          "99999999999999999999")},
-    {"tcpport", list("1|65535|80x|+80|080"), list("|0|x|65536|-1|4294967376|99999999999999999999")},
-    {"tcpportrange", list("22|1000-2000|22-22|-80|--80--90|1-65535|1-2-zzz|80-|80x-90x"),
-     list("|-|0-10|2000-1000|22-65536|65536|22-x|x|4294967297-4294967300|22-99999999999999999999")},
-    {"port", list("1|65534|00080"),
-     list("|0|65535|-1|+80|80x| 80|4294967376|99999999999999999999|80\0"s)},
-    {"netmask_ipv4_cidr", list("|0|32|032"), list("33|-1|4294967296|24x| 24")},
-    {"netmask_cidr", list("|0|33|128"), list("129|-1|18446744073709551616|/24")},
-    {"mac", list("|00:0a:F7:ff:0:1|00::11:22:33:44:55|:00:11:22:33:44:55:|0x1:+2: 3:4:5:-0"),
+     list("%other|%|@|@1.2|1.2.3|%myid\0"s)},
+    {"numeric", {"", "007", std::string(300, '9')}, list("-5|+5| 5|1.0|5\0"s)},
+    {"integer", list("|-5|5"), list("-|--5|+5|5-")},
+    {"unsigned16bit", list("|abc|65535|-0|80x| 80"),
+     list("65536|-1|4294967376|18446744073709551616|-99999999999999999999")},
+    {"tcpport", list("1|65535|80x|+80"), list("|0|65536|4294967376|99999999999999999999")},
+    {"tcpportrange", list("22|1000-2000|22-22|--80--90|1-65535|1-2-zzz|80-"),
+     list("|-|0-10|2000-1000|22-65536|22-x|4294967297-4294967300|22-99999999999999999999")},
+    {"port", list("1|65534|00080"), list("|0|65535|+80|80x| 80|4294967376|80\0"s)},
+    {"netmask_ipv4_cidr", list("|0|32"), list("33|-1|4294967296|24x")},
+    {"netmask_cidr", list("|0|128"), list("129|-1|/24")},
+    {"mac", list("|00:0a:F7:ff:0:1|:00:11:22:33:44:55:|0x1:+2: 3:4:5:-0"),
      list(":|00:11:22:33:44|00:11:22:33:44:55:66|00:11:22:33:44:5g|00:11:22:33:44:100|"
-          "00:11:22:33:44:-1|00:11:22:33:44:55 |00-11-22-33-44-55|00:11:22:33:44: |"
-          "00:11:22:33:44:55\0|00:11:22:33:44:10000000000000001"s)},
-    {"ipv4", list("0.0.0.0|255.255.255.255"),
-     list("|1.2.3|1.2.3.256|1.2.3.4 |1.2.3.4/8|0x1.2.3.4|::1|1.2.3.4\0x"s)},
-    {"ipv6", list("::|::1|[fe80::1]|2001:db8::192.0.2.1"),
-     list("|[]|[|[::1|::1]|[::1]]|[[::1]]|1::2::3|fe80::1%eth0|10.0.0.1|::1\0"s)},
-    {"ip", list("10.0.0.1|[::1]"), list("|host|10.0.0")},
-    {"hostname", list("a123|1a|a.b-c|-a|a."), list("|123|1.2.3.4|-.|my_host|a b|\xe9t\xe9|a\0"s)},
-    {"address", list("10.0.0.1|::1|a.b"), list("|1.2.3|a_b|a,b")},
-    {"addresslist", list("a|a,10.0.0.1,::1"), list("|a,,b|a,|,a|,|a, b")},
-    {"addressportlist", list("a|a:80|10.0.0.1:65534|::1|[::1]|[::1]:80|a:1,[::1]:2,b|::1:80"),
-     list("|a:|a:0|a:65535|:80|[::1]:|[a]:80|fe80::1::80|a:80:90|a:80,|123:80|[::1:80")},
-    {"netmask", list("|24|128|255.255.0.0|ffff::"), list("129|255.255.0|x")},
-    {"subnet", list("10.0.0.0/8|10.0.0.0/255.0.0.0|::/0|[fe80::]/64|net/128"),
-     list("|/|10.0.0.0|10.0.0.0/|/8|10.0.0.0/129|10.0.0.0/8/8|10.0.0.0/ 8")},
-    {"subnetlist", list("10.0.0.0/8|10.0.0.0/8,::/0"), list("|10.0.0.0/8,|10.0.0.0/8,a")},
-    {"iporsubnet", list("10.0.0.1|10.0.0.0/8|a/8"), list("|a|10.0.0.0/")},
+          "00:11:22:33:44:-1|00:11:22:33:44:55\0|00:11:22:33:44:10000000000000001"s)},
+    {"ipv4", list("0.0.0.0|255.255.255.255"), list("|1.2.3|1.2.3.256|1.2.3.4/8|::1|1.2.3.4\0x"s)},
+    {"ipv6", list("::1|[fe80::1]|2001:db8::192.0.2.1"),
+     list("|[]|[::1|::1]|[[::1]]|fe80::1%eth0|10.0.0.1|::1\0"s)},
+    {"ip", list("10.0.0.1|[::1]"), list("|host")},
+    {"hostname", list("1a|a.b-c|-a|a."), list("|123|1.2.3.4|my_host|\xe9t\xe9|a\0"s)},
+    {"address", list("10.0.0.1|::1|a.b"), list("|1.2.3|a_b")},
+    {"addresslist", list("a|a,10.0.0.1,::1"), list("|a,,b|a,|,a")},
+    {"addressportlist", list("a:80|10.0.0.1:65534|::1|[::1]:80|a:1,[::1]:2,b|::1:80"),
+     list("|a:|a:0|:80|[a]:80|1:2:3:4:5:6:7:8:80|a:80:90|a:80,|[::1:80")},
+    {"netmask", list("|24|128|255.255.0.0|ffff::"), list("129|255.255.0")},
+    {"subnet", list("10.0.0.0/8|10.0.0.0/255.0.0.0|[fe80::]/64|net/128"),
+     list("|/|10.0.0.0|10.0.0.0/|/8|10.0.0.0/129|10.0.0.0/8/8")},
+    {"subnetlist", list("10.0.0.0/8|10.0.0.0/8,::/0"), list("|10.0.0.0/8,a")},
+    {"iporsubnet", list("10.0.0.1|10.0.0.0/8"), list("|a")},
     {"sshauthkey",
-     {"ssh-rsa" + ssh_body, "ssh-ed25519" + ssh_body + "== me@host \xe9",
-      "ecdsa-sha2-nistp256" + ssh_body + "=", "ecdsa-sha2-nistp521" + ssh_body,
-      "ssh-rsa-cert-v01@openssh.com" + ssh_body, "ssh-rsa " + std::string(16000, 'A')},
-     {"", "ssh-rsa", "ssh-rsa ", "ssh-dss" + ssh_body, "ecdsa-sha2-nistp255" + ssh_body,
-      " ssh-rsa" + ssh_body, "ssh-rsa" + ssh_body + "===", "ssh-rsa" + ssh_body + "\nx",
-      "ssh-rsa-cert-v01@opensshxcom" + ssh_body, "ssh-rsa-cert-v01" + ssh_body,
-      "ssh-rsa\t" + ssh_body, "ssh-rsa" + ssh_body + "\0"s}},
+     {"ssh-ed25519" + ssh_body + "== me@host \xe9", "ecdsa-sha2-nistp256" + ssh_body + "=",
+      "ecdsa-sha2-nistp521" + ssh_body, "ssh-rsa-cert-v01@openssh.com" + ssh_body},
+     {"", "ssh-rsa ", "ssh-dss" + ssh_body, "ecdsa-sha2-nistp255" + ssh_body, " ssh-rsa" + ssh_body,
+      "ssh-rsa" + ssh_body + "===", "ssh-rsa" + ssh_body + "\nx",
+      "ssh-rsa-cert-v01@opensshxcom" + ssh_body, "ssh-rsa" + ssh_body + "\0"s}},
 };
 
 TEST(ElemTypes, AcceptAndRefuse) {
@@ -109,40 +98,32 @@ TEST(ElemTypes, AcceptAndRefuse) {
 }
 
 TEST(ElemTypes, AreAllThereAndAgreeAboutMarkup) {
-    // A "+" marks the types that let markup through.
-    std::istringstream names(
-        "alphanum+ printablesafe+ printablesafesemicolon+ boolean nic firewalldirection "
-        "ssh_delimiter+ firewalltcpprotocol userposix+ useremail+ username+ groupposix+ "
-        "snmpusername+ printable unsafe_printable+ multiline_printable "
-        "unsafe_multiline_printable+ unsafe_printable_braces+ phonenumber asciigraphical "
-        "unsafe_asciigraphical+ filename+ ipsectunnelid+ unixfile+ numeric integer unsigned16bit "
-        "distinguishedname+ ip+ ipv4+ ipv6+ hostname+ address+ addresslist+ addressportlist+ "
-        "port+ netmask+ netmask_cidr+ netmask_ipv4_cidr+ subnet+ subnetlist+ iporsubnet+ mac "
-        "sshauthkey+ password+ email tcpport tcpportrange");
-    std::size_t count = 0;
-    for (std::string name; names >> name; ++count) {
-        const bool markup = name.back() == '+';
-        if (markup)
-            name.pop_back();
-        const FormElemType *type = ElemTypeRegistry::find(name);
-        ASSERT_NE(type, nullptr) << name;
-        EXPECT_EQ(type->allowMarkup, markup) << name;
-        EXPECT_NE(type->description, "") << name;
+    std::set<std::string> withoutMarkup;
+    for (const auto &[name, type] : ElemTypeRegistry::entries()) {
+        EXPECT_NE(type.description, "") << name;
+        if (!type.allowMarkup)
+            withoutMarkup.insert(name);
     }
-    EXPECT_EQ(count, 48U);
-    EXPECT_EQ(ElemTypeRegistry::entries().size(), count);
+    EXPECT_EQ(withoutMarkup,
+              (std::set<std::string>{"asciigraphical", "boolean", "email", "firewalldirection",
+                                     "firewalltcpprotocol", "integer", "mac", "multiline_printable",
+                                     "nic", "numeric", "phonenumber", "printable", "tcpport",
+                                     "tcpportrange", "unsigned16bit"}));
+    EXPECT_EQ(ElemTypeRegistry::entries().size(), 48U);
     EXPECT_EQ(ElemTypeRegistry::find("IPv4"), nullptr);
-
-    // Pairs of types that share a test, and types that take anything.
-    EXPECT_EQ(ElemTypeRegistry::find("useremail")->validator, isValidEmail);
-    EXPECT_EQ(ElemTypeRegistry::find("groupposix")->validator, isValidPosixUser);
-    EXPECT_EQ(ElemTypeRegistry::find("unsafe_printable")->validator, isPrintable);
-    EXPECT_EQ(ElemTypeRegistry::find("unsafe_multiline_printable")->validator,
-              isMultiLinePrintable);
-    EXPECT_EQ(ElemTypeRegistry::find("unsafe_asciigraphical")->validator, isValidAsciiGraphical);
-    for (const char *name : {"password", "distinguishedname"})
-        EXPECT_TRUE(ElemTypeRegistry::find(name)->validator("\0\xff\n"s)) << name;
-
+    // Types that share a test with another, and types that take anything.
+    const std::pair<const char *, bool (*)(const std::string &)> shared[] = {
+        {"useremail", isValidEmail},
+        {"groupposix", isValidPosixUser},
+        {"unsafe_printable", isPrintable},
+        {"unsafe_multiline_printable", isMultiLinePrintable},
+        {"unsafe_asciigraphical", isValidAsciiGraphical},
+        {"unixfile", isValidUnixFilePath},
+        {"distinguishedname", isValidDN},
+        {"password", isValidPassword}};
+    for (const auto &[name, test] : shared)
+        EXPECT_EQ(ElemTypeRegistry::find(name)->validator, test) << name;
+    EXPECT_TRUE(isValidDN("\0\xff\n"s) && isValidPassword("\0\xff\n"s));
     ElemTypeRegistry::add("ipv4", {"another", isValidPassword, false});
     EXPECT_EQ(ElemTypeRegistry::find("ipv4")->description, "IPv4 Address");
 }
@@ -162,15 +143,13 @@ TEST(ElemTypes, AnswerLongHostileValuesAtOnce) {
 
 TEST(ElemTypes, IpsecIdentityIsLoggedWithWhatItIs) {
     const test::LogCapture log;
-    for (const char *value : {"%none", "10.0.0.1", "@a.de", "a@b.de", "a.de"})
-        EXPECT_TRUE(isValidIpsecId(value)) << value;
-    EXPECT_EQ(log.records(), (std::vector<std::string>{
-                                 "600 Valid magic value found: %none",
-                                 "600 Valid IP Address found: 10.0.0.1",
-                                 "600 Valid domain preceeded by'@' found: @a.de",
-                                 "600 Valid email type ID found: a@b.de",
-                                 "600 Valid domain with no '@' found: a.de",
-                             }));
+    for (const std::string line :
+         {"Valid magic value found: %none", "Valid IP Address found: 10.0.0.1",
+          "Valid domain preceeded by'@' found: @a.de", "Valid email type ID found: a@b.de",
+          "Valid domain with no '@' found: a.de"}) {
+        EXPECT_TRUE(isValidIpsecId(line.substr(line.rfind(' ') + 1))) << line;
+        EXPECT_EQ(log.records().back(), "600 " + line);
+    }
 }
 
 using UnixFile = test::ApplianceTest;

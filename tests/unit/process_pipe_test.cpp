@@ -20,7 +20,6 @@ TEST(ProcessPipe, ReadsOutputAndStatus) {
         {"echo a; echo b", "a\nb\n", true, "exit 0"},
         {"cat; exit 3", "", false, "exit 3"},
         {"kill -TERM $$", "", false, "Terminated"},
-        {"head -c 1000 /dev/zero | tr '\\0' x", std::string(1000, 'x'), true, "exit 0"},
         {"/no/such/program 2>/dev/null", "", false, "exit 127"},
     };
     for (const auto &[command, output, success, status] : rows) {
@@ -28,15 +27,14 @@ TEST(ProcessPipe, ReadsOutputAndStatus) {
         EXPECT_EQ(rest(pipe), output) << command;
         EXPECT_EQ(pipe.success(), success) << command;
         EXPECT_EQ(pipe.status_string(), status) << command;
-        EXPECT_TRUE(pipe.wait(0)) << "a second wait knows the status";
     }
 }
 
 TEST(ProcessPipe, QuotedTextIsOneWord) {
-    for (const std::string text : {"", "a b", "'", "a'b''c", "$HOME `id` \\ \" \n*"}) {
-        ipipestream pipe("printf %s " + shellQuote(text), 5000);
-        EXPECT_EQ(rest(pipe), text);
-    }
+    const std::string text = "a'b''c $HOME `id` \\ \" \n*";
+    ipipestream pipe("printf '<%s>' " + shellQuote(text) + shellQuote("'") + " " + shellQuote(""),
+                     5000);
+    EXPECT_EQ(rest(pipe), "<" + text + "'><>");
 }
 
 TEST(ProcessPipe, ASilentCommandEndsTheStreamNotTheRequest) {
@@ -64,12 +62,6 @@ TEST(ProcessPipe, FourBytesCanBePutBackAfterARefill) {
         pipe.unget();
     EXPECT_TRUE(pipe.good());
     EXPECT_EQ(rest(pipe), "aaaabcd");
-}
-
-TEST(ProcessPipe, BufferWithoutDescriptorIsAtItsEnd) {
-    timeout_buf buffer(-1, 16);
-    EXPECT_TRUE(buffer.closed());
-    EXPECT_EQ(buffer.sgetc(), std::char_traits<char>::eof());
 }
 
 } // namespace

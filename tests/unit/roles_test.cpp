@@ -51,8 +51,7 @@ TEST_F(RolesOf, Users) {
         {"dora", 0, "old, ports, devices, status, extra"},
         {"bob", -1, "old"}, // disabled
         {"eve", -1, "old"}, // not in a numbered record
-        {"Ann", -1, "old"},
-        {"", -1, "old"}, // must not be the user without a name
+        {"", -1, "old"},    // must not be the user without a name
         {nullptr, -1, "old"},
     };
     for (const auto &[user, result, expected] : rows) {
@@ -67,21 +66,20 @@ TEST_F(RolesOf, Users) {
 }
 
 TEST(RoleSets, Operations) {
-    Roles a = make({"x", "y", "x", ""});
+    const Roles a = make({"x", "y", "x", ""});
     const Roles b = make({"y", "z"});
     EXPECT_EQ(text(a), "x, y");
     Roles both;
-    EXPECT_EQ(roles_intersect(both.handle(), a.get(), b.get()), 0);
-    EXPECT_EQ(text(both), "y");
-    EXPECT_EQ(roles_intersect(both.handle(), b.get(), both.get()), 0); // onto its own input
-    EXPECT_EQ(text(both), "y");
+    for (const Roles *first : {&a, static_cast<const Roles *>(&both)}) { // then onto its own input
+        EXPECT_EQ(roles_intersect(both.handle(), first->get(), b.get()), 0);
+        EXPECT_EQ(text(both), "y");
+    }
     EXPECT_TRUE(roles_equal(make({"y", "x"}).get(), a.get()));
-    EXPECT_FALSE(roles_equal(b.get(), a.get()));
-    EXPECT_FALSE(roles_equal(nullptr, a.get()));
+    EXPECT_FALSE(roles_equal(b.get(), a.get()) || roles_equal(nullptr, a.get()));
     EXPECT_FALSE(roles_has(a.get(), "X"));
     Roles all = b;
-    EXPECT_EQ(roles_add_all(all.handle(), all.get()), 0);
-    EXPECT_EQ(roles_add_all(all.handle(), a.get()), 0);
+    for (const Roles *more : {static_cast<const Roles *>(&all), &a})
+        EXPECT_EQ(roles_add_all(all.handle(), more->get()), 0);
     EXPECT_EQ(text(all), "y, z, x");
     EXPECT_EQ(text(b), "y, z");
     roles_free(all.handle());

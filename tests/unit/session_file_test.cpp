@@ -12,20 +12,18 @@ using SessionFile = test::ApplianceTest;
 const std::string path = "/var/run/.sessions/session-abc";
 
 TEST(SessionId, NamesNothingOutsideItsFolder) {
-    for (const char *id : {"abc", "0123456789abcdef", "A-b_9"})
-        EXPECT_TRUE(isSessionId(id)) << id;
-    for (const std::string id : {"", "..", "../x", "a/b", "a.b", "a b", "a\n", "\xe4", "a%2f"}) {
+    EXPECT_TRUE(isSessionId("A-b_9z"));
+    for (const std::string &id : {std::string(), std::string(".."), std::string("a/b"),
+                                  std::string("\xe4"), std::string("a\0b", 3)}) {
         EXPECT_FALSE(isSessionId(id)) << id;
         EXPECT_EQ(sessionPath(id), "") << id;
     }
-    EXPECT_FALSE(isSessionId(std::string_view("a\0b", 3)));
 }
 
 TEST(SessionUsername, ReadsBackAsItself) {
     for (const char *name : {"root", "j.smith@example.com", "DOMAIN\\user", "\xe4rla"})
         EXPECT_TRUE(isSessionUsername(name)) << name;
-    for (const char *name : {"", "root x", " root", "root=x", "=", "root\nauth_state", "root\x7f",
-                             "(empty", "(malformed username)"})
+    for (const char *name : {"", "root x", "root=x", "root\nauth_state", "root\x7f", "(empty"})
         EXPECT_FALSE(isSessionUsername(name)) << name;
 }
 
@@ -39,46 +37,32 @@ TEST_F(SessionFile, IsWrittenInItsOrderAndReadBack) {
                          "src_ip = 2001:db8::1\nsrc_port = \nsession_start = 5000000000\n");
     EXPECT_EQ(modeOf(path), 0600U);
     EXPECT_EQ(modeOf("/var/run/.sessions"), 0700U);
-    const auto back = readSessionRecord("abc");
-    ASSERT_TRUE(back);
-    ASSERT_TRUE(writeSessionRecord("back", *back));
-    EXPECT_EQ(get("/var/run/.sessions/session-back"), get(path));
+    EXPECT_EQ(readSessionRecord("abc"), record);
 }
 
 TEST_F(SessionFile, NothingSmugglesInALine) {
-    for (const char *text : {"root\nauth_state = 7", "root\r", "a\tb"}) {
-        EXPECT_FALSE(writeSessionRecord("abc", {.username = text}));
-        EXPECT_FALSE(writeSessionRecord("abc", {.username = "a", .sourceIp = text}));
-        EXPECT_FALSE(writeSessionRecord("abc", {.username = "a", .sourcePort = text}));
-    }
+    const std::string text = "root\nauth_state = 7";
+    EXPECT_FALSE(writeSessionRecord("abc", {.username = text}));
+    EXPECT_FALSE(writeSessionRecord("abc", {.username = "a", .sourceIp = text}));
+    EXPECT_FALSE(writeSessionRecord("abc", {.username = "a", .sourcePort = text}));
     EXPECT_FALSE(writeSessionRecord("../abc", {.username = "a"}));
     EXPECT_FALSE(exists("/var/run"));
 }
 
 TEST_F(SessionFile, AnActivityThatCannotBeReckonedWithIsNone) {
-    const struct {
-        const char *name;
-        const char *text;
-        bool isThere;
-    } rows[] = {
-        {"whole", "1700000000 1700000100 20 2147483647 abc\n", true},
-        {"torn", "1700000000 1700000100 20 ", false},
-        {"no number", "1700000000 soon 20 0 -\n", false},
-        {"before all times", "0 -9223372036854775808 20 0 -\n", false},
-        {"after all times", "0 9223372036854775807 20 0 -\n", false},
-        {"lifetimes beyond any", "0 0 9223372036854775807 -9223372036854775808 -\n", true},
-    };
-    const SessionRecord record = {.expiryTime = 1, .sessionLength = INT32_MIN, .autorefresh = true};
-    for (const auto &row : rows) {
-        put("/var/run/.sessions/.activity", row.text);
+    const std::string file = "/var/run/.sessions/.activity";
+    for (const char *text : {"1700000000 soon 20 0 -\n", "0 -9223372036854775808 20 0 -\n"}) {
+        put(file, text);
+        EXPECT_FALSE(SessionActivity::load()) << text;
+    }
+    for (const char *text : {"1700000000 1700000100 20 2147483647 abc\n",
+                             "0 0 9223372036854775807 -9223372036854775808 -\n"}) {
+        put(file, text);
         auto activity = SessionActivity::load();
-        ASSERT_EQ(activity.has_value(), row.isThere) << row.name;
-        if (!activity)
-            continue;
-        EXPECT_TRUE(activity->mayHaveEnded(INT64_MAX)) << row.name;
-        activity->admit(record);
-        EXPECT_TRUE(activity->save()) << row.name;
-        EXPECT_EQ(SessionActivity::load(), activity) << row.name;
+        ASSERT_TRUE(activity && activity->mayHaveEnded(INT64_MAX)) << text;
+        activity->admit({.expiryTime = 1, .sessionLength = INT32_MIN, .autorefresh = true});
+        EXPECT_TRUE(activity->save()) << text;
+        EXPECT_EQ(SessionActivity::load(), activity) << text;
     }
 }
 
@@ -102,18 +86,12 @@ TEST_F(SessionFile, ReadsFirstWordsAndRefusesTornFiles) {
         {"whole", whole, "root 99 7"},
         {"first word", "username = John Smith\nexpiry_time = 1\nauth_state = 7", "John 1 7"},
         {"any delimiters", "username=root\nexpiry_time 5\n = auth_state == 7 ==", "root 5 7"},
-        {"unknown keys", "x = y\n" + whole + "auth_stat = 8\n", "root 99 7"},
-        {"number with a tail", "username = a\nexpiry_time = 12x\nauth_state = x", "a 12 0"},
         {"large", "username = a\nexpiry_time = 99999999999999999999\nauth_state = 7",
          "a 2147483647 7"},
-        {"small", "username = a\nexpiry_time = -9999999999\nauth_state = 7", "a -2147483648 7"},
         {"2^32", "username = a\nexpiry_time = 1\nauth_state = 4294967303", "a 1 2147483647"},
-        {"empty", "", ""},
-        {"no state", "username = root\nexpiry_time = 99\nauth_pid = 8\n", ""},
         {"torn in the state", whole.substr(0, whole.size() - 2), ""},
         {"no expiry", "username = root\nauth_state = 7\n", ""},
         {"no user", "username = \nexpiry_time = 99\nauth_state = 7\n", ""},
-        {"one long line", std::string(60000, '='), ""},
         {"far too large a file", whole + std::string(100000, 'x'), ""},
     };
     for (const auto &[name, contents, read] : rows) {

@@ -66,15 +66,9 @@ class SessionTest : public test::ApplianceTest {
 TEST_F(SessionTest, CollectsTheIdsOfItsCookies) {
     const std::pair<const char *, std::vector<std::string>> rows[] = {
         {"a=1; ZdSessionId=abc; ZdSessionId=def", {"abc", "def"}},
-        {"ZdSessionId=abc", {"abc"}},
         {"\t ZdSessionId\t=\tabc\r\n", {"abc"}},
         {"ZdSessionId=ZdSessionId=abc", {"ZdSessionId"}},
-        {"ZdSessionId=../../etc/passwd", {"../../etc/passwd"}},
-        {"ZdSessionId", {}},
-        {"ZdSessionId=;", {}},
         {"zdsessionid=abc; XZdSessionId=abc", {}},
-        {"", {}},
-        {";;==\r\n", {}},
     };
     for (const auto &[header, ids] : rows) {
         const ScopedEnvironment cookie("HTTP_COOKIE", header);
@@ -84,52 +78,39 @@ TEST_F(SessionTest, CollectsTheIdsOfItsCookies) {
 }
 
 TEST_F(SessionTest, IdsAreHiddenInTheLog) {
-    const ScopedEnvironment cookie("HTTP_COOKIE", "a=1; ZdSessionId=abc;ZdSessionId=d\x1b; b=2");
+    const ScopedEnvironment cookie("HTTP_COOKIE", "ZdSessionId=abc;ZdSessionId=d\x1b; b");
     const LogCapture log;
     Session::getSessionCookies();
     std::string records;
     for (const std::string &record : log.records())
-        records += record + "\n";
-    const std::string id = "700 Tok = ZdSessionId\n700 Tok = ********\n"
-                           "700 Session id ******** found\n";
-    EXPECT_EQ(records, "700 Cookie: a=1; ZdSessionId=********;ZdSessionId=********; b=2\n"
-                       "700 Tok = a\n700 Tok = 1\n" +
-                           id + id + "700 Tok = b\n700 Tok = 2\n");
+        records += record.substr(4) + "|";
+    const std::string id = "Tok = ZdSessionId|Tok = ********|Session id ******** found|";
+    EXPECT_EQ(records,
+              "Cookie: ZdSessionId=********;ZdSessionId=********; b|" + id + id + "Tok = b|");
 }
 
-TEST_F(SessionTest, TheFirstIdWithAFileCounts) {
-    store("second", {.authState = Session::state_authenticated});
-    store("third", {.username = "other", .authState = Session::state_authenticated});
+TEST_F(SessionTest, TheFirstIdWithAFileCountsAndIsHandedBack) {
+    store("second", {.authState = 7});
+    store("third", {.username = "other", .authState = 7});
     put("/var/run/secret", "username = root\nexpiry_time = 2000000000\nauth_state = 7\n");
-    const std::string hostile = "ZdSessionId=../secret; ZdSessionId=" + std::string(60000, 'x') +
-                                "; ZdSessionId=\x01\xff; ZdSessionId=second; ZdSessionId=third";
-    const ScopedEnvironment cookie("HTTP_COOKIE", hostile.c_str());
+    const ScopedEnvironment cookie("HTTP_COOKIE", "ZdSessionId=../secret; ZdSessionId=\x01\xff; "
+                                                  "ZdSessionId=second; ZdSessionId=third");
     const Session session;
-    EXPECT_EQ(session.sessionId(), "second");
-    EXPECT_EQ(session.username(), "root");
+    EXPECT_EQ(session.sessionId() + " " + session.username(), "second root");
     EXPECT_TRUE(session.authSuccess());
-}
-
-TEST_F(SessionTest, CookieLineIsSecureOnlyWhenHttpsIsOn) {
-    store("abc", {.authState = Session::state_authenticated});
-    const Session session("abc", true);
-    for (const char *https : {"ON", "1", ""}) {
-        const ScopedEnvironment variable("HTTPS", https);
-        EXPECT_EQ(session.cookieLine(), "Set-Cookie: ZdSessionId=abc; HttpOnly") << https;
+    for (const std::string https : {"on", "ON", ""}) {
+        const ScopedEnvironment variable("HTTPS", https.c_str());
+        EXPECT_EQ(session.cookieLine(), std::string("Set-Cookie: ZdSessionId=second; HttpOnly") +
+                                            (https == "on" ? "; Secure" : ""));
     }
-    const ScopedEnvironment variable("HTTPS", "on");
-    EXPECT_EQ(session.cookieLine(), "Set-Cookie: ZdSessionId=abc; HttpOnly; Secure");
 }
 
 TEST_F(SessionTest, OnlyAWholeUnexpiredFileOfARealUserIsALogin) {
     const std::string later = "\nexpiry_time = " + std::to_string(soon());
     const std::tuple<const char *, std::string, std::string> rows[] = {
         {"whole", "root" + later + "\nauth_state = 7\n", "root"},
-        {"far expiry", "root\nexpiry_time = 99999999999999\nauth_state = 7\n", "root"},
         {"expired", "root\nexpiry_time = 1600000000\nauth_state = 7\n", ""},
         {"empty name", "(empty username)" + later + "\nauth_state = 7\n", ""},
-        {"bad name", "(malformed username)" + later + "\nauth_state = 7\n", ""},
-        {"torn", "root" + later, ""},
         {"unfinished without helper", "root" + later + "\nauth_state = 2\n", ""},
         // Its process group would be signalled, this test first.
         {"own group as helper", "root\nexpiry_time = 1\nauth_pid = 0\nauth_state = 7\n", ""},
@@ -141,17 +122,9 @@ TEST_F(SessionTest, OnlyAWholeUnexpiredFileOfARealUserIsALogin) {
         EXPECT_EQ(session.authSuccess() ? session.username() : "", user) << name;
         EXPECT_EQ(stored("abc"), !user.empty()) << name;
     }
-}
-
-TEST_F(SessionTest, FailedLoginsAreValidButNoSuccess) {
-    for (const int state : {6, 7, 8}) {
-        store("abc", {.authState = state});
-        const Session session("abc", true);
-        EXPECT_TRUE(session.isValid() && session.authFinalised()) << state;
-        EXPECT_EQ(session.authSuccess(), state == 7) << state;
-        EXPECT_EQ(session.authStatusString(), state == 7 ? "authenticated" : "failed");
-    }
-    EXPECT_EQ(Session().authStatusString(), "challenge-in-progress");
+    store("abc", {.authState = Session::state_rejected});
+    const Session failed("abc", true);
+    EXPECT_TRUE(failed.isValid() && failed.authFinalised() && !failed.authSuccess());
 }
 
 TEST_F(SessionTest, EveryRequestRefreshesEverybodyAndClearsWhatExpired) {
@@ -173,11 +146,12 @@ TEST_F(SessionTest, EveryRequestRefreshesEverybodyAndClearsWhatExpired) {
     EXPECT_EQ(expiry("fixed"), early);
     EXPECT_EQ(expiry("failed"), early);
     EXPECT_EQ(expiry("endless"), INT32_MAX);
-    const auto mine = *readSessionRecord("mine");
-    const auto theirs = *readSessionRecord("theirs");
-    EXPECT_EQ(mine.sourceIp + " " + mine.sourcePort, "198.51.100.7 40000");
-    EXPECT_EQ(mine.sessionStart, 1600000000);
-    EXPECT_EQ(theirs.sourceIp + " " + theirs.sourcePort, "192.0.2.1 1024");
+    const auto from = [](const char *id) {
+        return readSessionRecord(id)->sourceIp + " " + readSessionRecord(id)->sourcePort;
+    };
+    EXPECT_EQ(from("mine"), "198.51.100.7 40000");
+    EXPECT_EQ(from("theirs"), "192.0.2.1 1024");
+    EXPECT_EQ(readSessionRecord("mine")->sessionStart, 1600000000);
     EXPECT_FALSE(stored("old"));
     EXPECT_EQ(helper.endedBy(), SIGTERM);
 }
@@ -197,29 +171,27 @@ class CrowdTest : public SessionTest {
             store("s" + std::to_string(1000 + n), refreshing(now_ + 5));
     }
 
-    static int storedCount() { return static_cast<int>(listSessionIds().size()); }
-    static int freshCount(std::int32_t since) {
-        const auto ids = listSessionIds();
-        return static_cast<int>(std::count_if(ids.begin(), ids.end(), [since](const auto &id) {
-            return readSessionRecord(id)->expiryTime > since;
-        }));
+    static std::size_t storedCount() { return listSessionIds().size(); }
+    int freshCount() const {
+        int fresh = 0;
+        for (const std::string &id : listSessionIds())
+            fresh += readSessionRecord(id)->expiryTime > now_ + 60 ? 1 : 0;
+        return fresh;
     }
-    static void remember(std::int64_t since, std::int64_t last) {
-        SessionActivity activity;
-        activity.since = since;
-        activity.last = last;
-        activity.shortest = 20;
+    static void remember(std::int64_t since, std::int64_t last, std::int32_t firstEnd = INT32_MAX) {
+        const SessionActivity activity = {
+            .since = since, .last = last, .shortest = 20, .firstEnd = firstEnd};
         ASSERT_TRUE(activity.save());
     }
 };
 
 TEST_F(CrowdTest, TheFirstRequestLooksAtEachAndLaterOnesAtSome) {
     Session::clearOldSessions();
-    EXPECT_EQ(freshCount(now_ + 60), count);
+    EXPECT_EQ(freshCount(), count);
     gather();
     remember(now_ - 3600, now_ - 1);
     Session::clearOldSessions();
-    EXPECT_EQ(freshCount(now_ + 60), 32);
+    EXPECT_EQ(freshCount(), 32);
     for (int request = 0; request < 6; ++request) {
         auto activity = SessionActivity::load();
         ASSERT_TRUE(activity);
@@ -227,8 +199,8 @@ TEST_F(CrowdTest, TheFirstRequestLooksAtEachAndLaterOnesAtSome) {
         ASSERT_TRUE(activity->save());
         Session::clearOldSessions();
     }
-    EXPECT_EQ(freshCount(now_ + 60), count) << "each in its turn";
-    EXPECT_EQ(storedCount(), count);
+    EXPECT_EQ(freshCount(), count) << "each in its turn";
+    EXPECT_EQ(storedCount(), std::size_t{count});
 }
 
 TEST_F(CrowdTest, AnyRequestKeepsEveryRefreshingSessionAlive) {
@@ -241,7 +213,6 @@ TEST_F(CrowdTest, AnyRequestKeepsEveryRefreshingSessionAlive) {
         bool alive;
     } rows[] = {
         {"used all the time", 3600, 30, stale, true},
-        {"a long pause", 3600, 1300, stale, false},
         {"a long pause since its last refresh", 600, 30, stale, false},
         {"clock set back", 3600, -100, stale, true},
         {"does not refresh itself", 3600, 30, fixed, false},
@@ -259,24 +230,22 @@ TEST_F(CrowdTest, AnyRequestKeepsEveryRefreshingSessionAlive) {
 TEST_F(CrowdTest, WhatEndedIsCleared) {
     store("fixed", {.expiryTime = now_ + 1000, .authState = 7});
     Session::clearOldSessions();
-    auto activity = SessionActivity::load();
-    ASSERT_TRUE(activity);
-    EXPECT_EQ(activity->firstEnd, now_ + 1000);
-    EXPECT_EQ(activity->shortest, 20);
+    const auto activity = SessionActivity::load().value_or(SessionActivity());
+    EXPECT_EQ(activity.firstEnd, now_ + 1000);
+    EXPECT_EQ(activity.shortest, 20);
 
     store("fixed", {.expiryTime = now_ - 1, .authState = 7});
-    activity->firstEnd = now_ - 1;
-    ASSERT_TRUE(activity->save());
+    remember(now_ - 60, now_ - 1, now_ - 1);
     Session::clearOldSessions();
     EXPECT_FALSE(stored("fixed"));
-    EXPECT_EQ(storedCount(), count);
+    EXPECT_EQ(storedCount(), std::size_t{count});
 
     // Nobody came for longer than any session lives.
     for (const std::string &id : listSessionIds())
         store(id, refreshing(now_ - 100));
     remember(now_ - 7200, now_ - 1300);
     Session::clearOldSessions();
-    EXPECT_EQ(storedCount(), 0);
+    EXPECT_EQ(storedCount(), 0U);
 }
 
 TEST_F(SessionTest, AnUnfinishedLoginOfSomebodyElseIsOnlyLookedFor) {
@@ -295,25 +264,18 @@ TEST_F(SessionTest, TakesNothingFromAHelperButItsProtocol) {
         const char *name;
         std::string answer;
         std::int32_t state = 0; ///< 0: the session is ended
-        const char *prompt = "";
-        int delayMs = 0;
+        const char *status = "", *prompt = "";
     } rows[] = {
-        {"authenticated", id + authenticated, 7},
-        {"authenticated, late", id + authenticated, 7, "", 600},
-        {"rejected", id + bytes(Message::rejected) + end, 8},
-        {"helper error", bytes(Message::helperError) + end, 6},
-        {"challenge", id + bytes(Message::challenge, "Code\n\xff: ") + end, 2, "Code\n\xff: "},
-        {"nothing new", end, 1},
-        {"types that mean nothing", bytes(Message{42}) + bytes(Message::reply) + authenticated, 7},
-        {"closes at once", ""},
+        {"authenticated", id + authenticated, 7, "authenticated"},
+        {"rejected", id + bytes(Message::rejected) + end, 8, "failed"},
+        {"helper error", bytes(Message::helperError) + end, 6, "failed"},
+        {"challenge", id + bytes(Message::challenge, "Code\n\xff: ") + end, 2,
+         "challenge-in-progress", "Code\n\xff: "},
         {"no end", id + bytes(Message::authenticated)},
-        {"torn text", bytes(Message::challenge, "abc", 10)},
-        {"4 GB", bytes(Message::sessionId, "abc", 0xffffffff) + authenticated},
         {"id that is a path", bytes(Message::sessionId, "../x") + authenticated},
-        {"empty id", bytes(Message::sessionId, "") + authenticated},
     };
     for (const auto &row : rows) {
-        MockHelper helper({row.answer}, row.delayMs);
+        MockHelper helper({row.answer}, row.state == 7 ? 600 : 0);
         store("abc", {.authPid = helper.pid(), .authState = Session::state_id_received});
         const Session session("abc", true);
         EXPECT_EQ(helper.requests(), "10:198.51.100.7 1:abc 127\n") << row.name;
@@ -321,6 +283,8 @@ TEST_F(SessionTest, TakesNothingFromAHelperButItsProtocol) {
         EXPECT_EQ(session.authSuccess(), row.state == 7) << row.name;
         if (row.state != 0) {
             EXPECT_EQ(session.authStatus(), row.state) << row.name;
+            EXPECT_EQ(session.authFinalised(), row.state >= 6) << row.name;
+            EXPECT_EQ(session.authStatusString(), row.status) << row.name;
             EXPECT_EQ(session.getPrompt(), row.prompt) << row.name;
             EXPECT_EQ(readSessionRecord("abc")->authState, row.state) << row.name;
         } else {
@@ -364,22 +328,21 @@ TEST_F(LoginTest, StartsAHelperAndStoresTheSession) {
     MockHelper helper({bytes(Message::sessionId, "abc") + authenticated}, 0, "/started");
     LogCapture log;
     Session session("root", "kestrel", 20, true, false);
-    const auto expiry = std::time(nullptr) + 1200;
+    const auto now = static_cast<double>(std::time(nullptr));
     EXPECT_TRUE(session.authSuccess());
     EXPECT_EQ(session.sessionId(), "abc");
     EXPECT_EQ(helper.requests(), "0:root 10:198.51.100.7 4:kestrel 127\n");
     EXPECT_EQ(get("/arguments"), "\n");
     const auto record = readSessionRecord("abc").value_or(SessionRecord());
     EXPECT_EQ(record.authPid, std::stoi(get("/started")));
-    EXPECT_NEAR(record.expiryTime, static_cast<double>(expiry), 5);
+    EXPECT_NEAR(record.expiryTime, now + 1200, 5);
+    EXPECT_NEAR(static_cast<double>(record.sessionStart), now, 5);
     EXPECT_EQ(record.sourceIp, "198.51.100.7");
-    EXPECT_NEAR(static_cast<double>(record.sessionStart), static_cast<double>(expiry - 1200), 5);
     EXPECT_TRUE(log.has("700 Session::initNewSession(root, ********)"));
     EXPECT_THAT(log.records(), Not(::testing::Contains(HasSubstr("kestrel"))));
 
     session.deleteSession();
-    EXPECT_FALSE(session.isValid());
-    EXPECT_FALSE(stored("abc"));
+    EXPECT_FALSE(session.isValid() || stored("abc"));
     for (int tries = 0; tries < 500 && !exists("/terminated"); ++tries)
         ::poll(nullptr, 0, 10);
     EXPECT_TRUE(exists("/terminated"));

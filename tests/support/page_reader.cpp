@@ -3,6 +3,7 @@
 #include "util/files.h"
 
 #include <regex>
+#include <sstream>
 
 namespace zandorin::test {
 
@@ -99,6 +100,35 @@ std::map<std::string, std::string> readElements(const std::string &page) {
     for (std::sregex_iterator match(page.begin(), page.end(), line), end; match != end; ++match)
         elements[resolveEntities((*match)[1])] = resolveEntities((*match)[2]);
     return elements;
+}
+
+std::vector<DocumentedKey> documentedKeys() {
+    std::istringstream lines(
+        readFile(ZANDORIN_SOURCE_DIR "/docs/configuration.md").value_or("(missing)"));
+    static const std::regex heading("## (?:Page `([a-z]+)`: )?.*");
+    static const std::regex row("\\| `(config\\.[^`]+)` \\| ([a-z_0-9]+)[^|]*\\|.*");
+    std::vector<DocumentedKey> keys;
+    std::string page;
+    std::smatch match;
+    for (std::string line; std::getline(lines, line);)
+        if (std::regex_match(line, match, heading)) {
+            page = match[1];
+        } else if (std::regex_match(line, match, row)) {
+            std::string key = match[1];
+            for (const auto &[holder, name] : std::vector<std::pair<const char *, const char *>>{
+                     {"<port>", "console"}, {"<interface>", "wan"}, {"<[a-z]+>", "1"}})
+                key = std::regex_replace(key, std::regex(holder), name);
+            keys.push_back({key, match[2], page});
+        }
+    return keys;
+}
+
+std::set<std::string> settingsPages() {
+    std::set<std::string> pages;
+    for (const DocumentedKey &row : documentedKeys())
+        pages.insert(row.page);
+    pages.erase("");
+    return pages;
 }
 
 std::vector<std::string> navigationLeaves() {

@@ -38,10 +38,8 @@ class PamClient : public test::ApplianceTest {
     }
 
     void TearDown() override {
-        if (pid_ > 0) {
-            ::kill(pid_, SIGKILL);
+        if (pid_ > 0 && ::kill(pid_, SIGKILL) == 0)
             ::waitpid(pid_, nullptr, 0);
-        }
     }
 
     void start(const char *option = nullptr) {
@@ -105,10 +103,12 @@ class PamClient : public test::ApplianceTest {
     }
 
     /// A second factor: the secret and the codes of RFC 4226, appendix D.
-    static void putTokens(const std::string &more) {
+    static void putTokens() {
         put("/etc/users.oath", "HOTP root - 3132333435363738393031323334353637383930\n", 0600);
+        put("/etc/hint", "See your token.\n");
         put("/etc/pam.d/web",
-            "auth required pam_unix.so\n" + more + "auth required pam_oath.so usersfile=" +
+            "auth required pam_unix.so\nauth optional pam_echo.so file=" +
+                appliancePath("/etc/hint") + "\nauth required pam_oath.so usersfile=" +
                 appliancePath("/etc/users.oath") + " window=5\naccount required pam_permit.so\n");
     }
 
@@ -167,35 +167,32 @@ TEST_F(PamClient, AuthenticatesAndEndsWithItsSession) {
 
 TEST_F(PamClient, RejectsWhomPamRejects) {
     const struct {
-        const char *name, *user;
+        const char *user;
         std::string password;
         Message state = Message::rejected;
-        const char *service = nullptr;
+        const char *service = "auth required pam_unix.so nodelay\naccount required pam_unix.so\n";
     } rows[] = {
-        {"wrong password", "root", "kestre"},
-        {"empty password", "root", ""},
-        {"unknown user", "(empty username)", "kestrel"},
-        {"longer than PAM takes", "root", std::string(5000, 'x'), Message::helperError},
-        {"account closed", "root", "kestrel", Message::rejected,
+        {"root", "kestre"},
+        {"root", ""},
+        {"(empty username)", "kestrel"},
+        {"root", std::string(5000, 'x'), Message::helperError},
+        {"root", "kestrel", Message::rejected,
          "auth required pam_unix.so\naccount required pam_deny.so\n"},
-        {"no such module", "root", "kestrel", Message::helperError, "auth required pam_none.so\n"},
+        {"root", "kestrel", Message::helperError, "auth required pam_none.so\n"},
     };
     for (const auto &row : rows) {
-        SetUp();
-        if (row.service != nullptr)
-            put("/etc/pam.d/web", row.service);
+        put("/etc/pam.d/web", row.service);
         start("-o");
         std::string answer = ask(login(row.user, row.password));
         const std::string id = takeId(answer, 16);
-        EXPECT_EQ(answer, bytes(row.state) + end) << row.name;
-        EXPECT_EQ(show(id), answerTo(id, bytes(row.state) + end)) << row.name;
+        EXPECT_EQ(answer, bytes(row.state) + end) << row.user << row.password << row.service;
+        EXPECT_EQ(show(id), answerTo(id, bytes(row.state) + end));
         TearDown();
     }
 }
 
 TEST_F(PamClient, RelaysASecondPromptUntilItIsAnswered) {
-    putTokens("auth optional pam_echo.so file=" + appliancePath("/etc/hint") + "\n");
-    put("/etc/hint", "See your token.\n");
+    putTokens();
     start();
     std::string answer = ask(login("root", "kestrel"));
     const std::string challenge = answer;
@@ -214,7 +211,7 @@ TEST_F(PamClient, RelaysASecondPromptUntilItIsAnswered) {
 }
 
 TEST_F(PamClient, AWrongSecondAnswerIsRejected) {
-    putTokens("");
+    putTokens();
     start();
     std::string answer = ask(login("root", "kestrel"));
     const std::string id = takeId(answer);
@@ -225,28 +222,25 @@ TEST_F(PamClient, AWrongSecondAnswerIsRejected) {
 
 TEST_F(PamClient, SurvivesMalformedRequests) {
     const std::string whole = login("root", "kestrel");
-    const std::string zero = bytes(Message::reply, std::string("kestrel\0", 8)) + end;
+    std::string many;
+    for (int i = 0; i < 1000; ++i)
+        many += bytes(Message::clientAddress, "x");
     const std::tuple<const char *, std::string, std::string> rows[] = {
-        {"only an end", end, refused},
         {"no password", bytes(Message::username, "root") + end, refused},
-        {"no user", bytes(Message::reply, "kestrel") + end, refused},
         {"empty id of a session to come", bytes(Message::sessionId, "") + end, refused},
-        {"type of nothing", bytes(Message{42}) + whole, ""},
         {"type of the helper", bytes(Message::authenticated) + whole, ""},
         {"too long", bytes(Message::username, "root", 0x7fffffff) + whole, ""},
         {"zero byte", bytes(Message::username, std::string("root\0x", 6)) + whole, ""},
-        {"zero byte in the password", bytes(Message::username, "root") + zero, ""},
+        {"zero byte in the password",
+         bytes(Message::username, "root") + bytes(Message::reply, std::string("kestrel\0", 8)) +
+             end,
+         ""},
         {"goes silent", whole.substr(0, whole.size() - 1), ""},
+        {"no end of messages", many + whole, ""},
     };
     start();
     for (const auto &[name, request, answer] : rows)
         EXPECT_EQ(ask(request), answer) << name;
-    std::string many;
-    for (int i = 0; i < 1000; ++i)
-        many += bytes(Message::clientAddress, "x");
-    EXPECT_EQ(ask(many + whole), "") << "no end of messages";
-    for (int i = 0; i < 20; ++i)
-        send(whole.substr(0, static_cast<std::size_t>(i)));
     std::string answer = ask(whole);
     takeId(answer);
     EXPECT_EQ(answer, authenticated);

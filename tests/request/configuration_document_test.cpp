@@ -17,9 +17,7 @@ namespace fs = std::filesystem;
 class ConfigurationDocument : public RequestTest {};
 
 TEST_F(ConfigurationDocument, HasTheElementsOfEveryPage) {
-    configure("config.ui.debug", "on");
-    configure("config.auth.pmshell.available", "on");
-    put("/var/run/snmpd/snmpapp.conf", "oldEngineID 0x8000\n");
+    equip();
     std::map<std::string, std::map<std::string, std::string>> documented;
     for (const DocumentedKey &row : documentedKeys())
         documented[row.page][row.key] = row.type;

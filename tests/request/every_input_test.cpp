@@ -90,23 +90,9 @@ bool isAction(const std::string &name) {
 class EveryInput : public RequestTest, public ::testing::WithParamInterface<Page> {
   protected:
     EveryInput() {
-        configure(
-            formData("config.ui.debug=on&config.auth.pmshell.available=on&"
-                     "config.system.model=HX9008&config.system.sms.method=cellular&"
-                     "config.ports.port2.device.type=ups&config.ports.port3.device.type=enviro&"
-                     "config.ports.port4.device.type=rpc&config.groups.group7.name=ops&"
-                     "config.power.outlets.outlet1.label=Rack&config.groups.total=7&"
-                     "config.autoresponse.total=1") +
-            Fields{{rule_ + "name", "rule"},
-                   {rule_ + "check_type", "webui_login"},
-                   {rule_ + "webui_login.trigger_login", "on"},
-                   {rule_ + "resolve_actions.total", "1"},
-                   {rule_ + "resolve_actions.action1.type", isAction_ ? page_.type : "snmp"}});
-        addUser("ann", {"pmshell"});
-        for (const char *path :
-             {"/etc/config/ssl_cert.pem", "/etc/config/ssl_key.pem", "/var/log/messages"})
-            put(path, "a line\n");
-        put("/var/run/snmpd/snmpapp.conf", "oldEngineID 0x8000\n");
+        equip();
+        if (isAction_)
+            configure(rule_ + "resolve_actions.action1.type", page_.type);
     }
 
     const Page &page_ = GetParam();

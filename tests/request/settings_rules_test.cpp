@@ -1,7 +1,5 @@
 #include "tests/support/request_test.h"
 
-#include <regex>
-
 namespace zandorin::test {
 namespace {
 
@@ -16,16 +14,6 @@ struct Row {
 class SettingsRules : public RequestTest {
   protected:
     SettingsRules() { put("/var/run/snmpd/snmpapp.conf", "oldEngineID 0x8000\n"); }
-
-    static std::string errorsOf(const Response &response) {
-        static const std::regex error("class=\"error-message\"><font[^>]*><b>Error</b></font> "
-                                      "(.*?)</p>");
-        std::string errors;
-        for (std::sregex_iterator match(response.body.begin(), response.body.end(), error), end;
-             match != end; ++match)
-            errors += (errors.empty() ? "" : "|") + (*match)[1].str();
-        return errors;
-    }
 
     /// A key that begins with "." lies below `prefix`.
     static Fields fields(const std::string &prefix, const std::string &text) {
@@ -47,7 +35,7 @@ class SettingsRules : public RequestTest {
             configure(fields(prefix, row.stored));
             const std::string before = configuration();
             const Response response = submit(form, fields(prefix, row.sent));
-            EXPECT_EQ(errorsOf(response), row.errors);
+            EXPECT_EQ(response.boxes(), row.errors);
             EXPECT_EQ(response.has("Changes to configuration succeeded."), row.errors.empty());
             EXPECT_EQ(configuration() == before, !row.errors.empty());
         }
@@ -217,7 +205,7 @@ TEST_F(SettingsRules, Clock) {
     };
     for (const auto &[sent, error] : rows) {
         const Response response = submit("time", formData(sent));
-        EXPECT_EQ(errorsOf(response), error) << sent;
+        EXPECT_EQ(response.boxes(), error) << sent;
         // The other form of the page was not sent: it shows, and keeps, what is stored.
         EXPECT_TRUE(response.has("value=\"ntp.example.com\"")) << sent;
     }
@@ -225,8 +213,8 @@ TEST_F(SettingsRules, Clock) {
     EXPECT_NE(log().find("Manually setting time: 01 May 2030 23:59:00"), std::string::npos);
 
     // Neither a look at the page nor its settings touch the clock.
-    EXPECT_EQ(errorsOf(get("form=time&time.hour=24", login())), "");
-    EXPECT_EQ(errorsOf(submit("time", {{"config.ntp.servers", "a,b"}})), "");
+    EXPECT_EQ(get("form=time&time.hour=24", login()).boxes(), "");
+    EXPECT_EQ(submit("time", {{"config.ntp.servers", "a,b"}}).boxes(), "");
     EXPECT_EQ(stored("config.ntp.servers"), "a,b");
 }
 

@@ -1,5 +1,6 @@
 #include "tests/support/page_reader.h"
 
+#include "tests/support/request_test.h"
 #include "util/files.h"
 
 #include <regex>
@@ -36,10 +37,7 @@ bool hasWord(const std::string &tag, const std::string &word) {
 }
 
 void readOptions(PageField &field, const std::string &content) {
-    static const std::regex option("<option[^>]*>");
-    for (std::sregex_iterator match(content.begin(), content.end(), option), end; match != end;
-         ++match) {
-        const std::string tag = match->str();
+    for (const std::string &tag : captures(content, "(<option[^>]*>)")) {
         field.options.push_back(attributeOf(tag, "value"));
         // The first is what a browser sends when none is selected.
         if (field.options.size() == 1 || hasWord(tag, "selected"))
@@ -132,13 +130,8 @@ std::set<std::string> settingsPages() {
 }
 
 std::vector<std::string> navigationLeaves() {
-    const std::string file =
-        readFile(ZANDORIN_SOURCE_DIR "/rootfs/home/httpd/nav.xml").value_or("");
-    static const std::regex leaf("<leaf id=\"([^\"]*)\"");
-    std::vector<std::string> ids;
-    for (std::sregex_iterator match(file.begin(), file.end(), leaf), end; match != end; ++match)
-        ids.push_back((*match)[1]);
-    return ids;
+    return captures(readFile(ZANDORIN_SOURCE_DIR "/rootfs/home/httpd/nav.xml").value_or(""),
+                    "<leaf id=\"([^\"]*)\"");
 }
 
 } // namespace zandorin::test

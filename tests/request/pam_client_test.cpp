@@ -56,23 +56,23 @@ class PamClient : public test::ApplianceTest {
             ::execl(program.c_str(), program.c_str(), option, nullptr);
             ::_exit(127);
         }
-        for (int tries = 0; tries < 500 && !listens(); ++tries)
+        for (int tries = 0; tries < 500 && !exists(socket()); ++tries)
             ::poll(nullptr, 0, 10);
-        ASSERT_TRUE(listens());
+        ASSERT_TRUE(exists(socket()));
     }
 
     /// A connection over which `request` was sent.
     UniqueFd send(const std::string &request) const {
         sockaddr_un address;
         UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-        bool connected = fillAddress(pid_, address) && setTimeout(socket.get(), 10);
+        EXPECT_TRUE(fillAddress(pid_, address) && setTimeout(socket.get(), 10));
         // A socket that has its name already may not listen yet.
-        for (int tries = 0; connected && tries < 100; ++tries, ::poll(nullptr, 0, 10))
-            if (::connect(socket.get(), reinterpret_cast<sockaddr *>(&address), sizeof address) ==
-                0)
-                break;
-        if (!connected || ::send(socket.get(), request.data(), request.size(), MSG_NOSIGNAL) < 0)
-            ADD_FAILURE() << "cannot reach the helper";
+        for (int tries = 0;
+             tries < 100 &&
+             ::connect(socket.get(), reinterpret_cast<sockaddr *>(&address), sizeof address) != 0;
+             ++tries)
+            ::poll(nullptr, 0, 10);
+        EXPECT_GT(::send(socket.get(), request.data(), request.size(), MSG_NOSIGNAL), 0);
         return socket;
     }
 
@@ -122,7 +122,6 @@ class PamClient : public test::ApplianceTest {
         return id;
     }
 
-    bool listens() const { return exists(socket()); }
     std::string socket() const { return "/var/run/auth-" + std::to_string(pid_); }
 
     /// The helper's exit status, waited for for at most `seconds`; -1 when it goes on.
@@ -130,15 +129,14 @@ class PamClient : public test::ApplianceTest {
         int status = 0;
         // By the clock: the helper's own patience goes on while this machine is busy elsewhere.
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
-        while (std::chrono::steady_clock::now() < deadline) {
-            if (::waitpid(pid_, &status, WNOHANG) == pid_) {
-                EXPECT_FALSE(listens());
-                pid_ = -1;
-                return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-            }
+        while (::waitpid(pid_, &status, WNOHANG) != pid_) {
+            if (std::chrono::steady_clock::now() > deadline)
+                return -1;
             ::poll(nullptr, 0, 10);
         }
-        return -1;
+        EXPECT_FALSE(exists(socket()));
+        pid_ = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
 
     pid_t pid_ = -1;

@@ -27,30 +27,22 @@ TEST_F(Users, RulesAreToldInTheirWordsAndNothingIsStored) {
         return userFields(3, "", name, password);
     };
     const Row rows[] = {
-        {"no name", add(""), "<i>Username</i> can not be empty."},
         {"a line", userFields(1, "ann", "ann\nevil::0:0:::/bin/sh", "********"), "is invalid."},
         {"several addresses", add("a@b.org,c@d.org"), "<i>Username</i> can only hold letters"},
         {"long", add(std::string(65, 'a')), "<i>Username</i> can not be longer than 64 bytes."},
         {"taken", add("ann"), "There is a user 'ann' already."},
-        {"renamed", userFields(1, "ann", "bea", "********"), "There is a user 'bea' already."},
         {"of the system", add("www"), "The account 'www' belongs to the system."},
         {"root", add("root"), "The account 'root' belongs to the system."},
         {"description with a colon", ann(key + ".description", "a:b"),
          "<i>Description</i> can not contain \":\" or control characters."},
         {"placeholder of nothing", add("joe", "********"),
          "Password cannot be empty when using <i>Local File</i> authentication for user: 'joe'"},
-        {"password of two lines", userFields(1, "ann", "ann", "a\nb"),
-         "<i>Password</i> can not contain control characters."},
-        {"long password", userFields(1, "ann", "ann", std::string(256, 'p')),
-         "<i>Password</i> can not be longer than 255 bytes."},
         {"mismatch of a hostile name",
          Fields{{"config.users.user3.confirm", "x"}} + add("<b>", "new"),
          "Password mismatch for user: '&lt;b&gt;'"},
         {"clear password needed", ann("group.dialin", "on"),
          "When initially adding users to one of the following groups: dialin, pptpd, the user's "
          "password must be respecified."},
-        {"no number", ann(key + ".callback.enabled", "on"),
-         "<i>Dial-Back</i> needs a phone number."},
         {"no phone number", ann(key + ".callback.phone", "call me"),
          "<i>Dial-Back Phone Number</i> must be assigned a <i>Phone Number</i>."},
         {"no key", ann(keys, one + "\nnonsense"),
@@ -58,8 +50,6 @@ TEST_F(Users, RulesAreToldInTheirWordsAndNothingIsStored) {
          "The value '<i>nonsense</i>' is invalid."},
         {"hidden line in a key", ann(keys, one + "\rx"),
          "<i>SSH Authorized Keys, line 1</i> can not contain control characters."},
-        {"too many keys", ann(keys, one + std::string(16383, 'x')),
-         "<i>SSH Authorized Keys</i> can not be longer than 16383 bytes."},
         {"group with a line", groupFields(7, "", "a\nroot:x:0:"),
          "<i>Group Name</i> must be assigned a <i>Posix Group Name</i>."},
         {"group taken", groupFields(7, "", "netgrp"), "There is a group 'netgrp' already."},
@@ -112,10 +102,8 @@ TEST_F(Users, OldPagesAndStrangeRequestsChangeNothing) {
     const std::pair<std::string, const char *> links[] = {
         {"action=disable&index=0&type=user", "There is no such user"},
         {"action=edit&index=99999999999999999999&type=user", "There is no such user"},
-        {"action=edit&index=7&type=group", "There is no such group"},
         {"action=disable&index=3&type=user", "The root user can not be disabled."},
         {"action=disable&index=1&type=group", "Groups cannot be enabled or disabled"},
-        {"action=destroy&index=1&type=user", "Add User"},
     };
     for (const auto &[query, message] : links)
         EXPECT_EQ(get("form=users&" + query, login()).lacks({message, "Add User"}), "")

@@ -102,16 +102,6 @@ class PamClient : public test::ApplianceTest {
         return bytes(Message::sessionId, id) + rest;
     }
 
-    /// A second factor: the secret and the codes of RFC 4226, appendix D.
-    static void putTokens() {
-        put("/etc/users.oath", "HOTP root - 3132333435363738393031323334353637383930\n", 0600);
-        put("/etc/hint", "See your token.\n");
-        put("/etc/pam.d/web",
-            "auth required pam_unix.so\nauth optional pam_echo.so file=" +
-                appliancePath("/etc/hint") + "\nauth required pam_oath.so usersfile=" +
-                appliancePath("/etc/users.oath") + " window=5\naccount required pam_permit.so\n");
-    }
-
     /// Takes the session id off an answer.
     static std::string takeId(std::string &answer, std::size_t length = 32) {
         const std::size_t before = 1 + sizeof(std::uint32_t);
@@ -190,32 +180,31 @@ TEST_F(PamClient, RejectsWhomPamRejects) {
 }
 
 TEST_F(PamClient, RelaysASecondPromptUntilItIsAnswered) {
-    putTokens();
-    start();
-    std::string answer = ask(login("root", "kestrel"));
-    const std::string challenge = answer;
-    const std::string id = takeId(answer);
-    EXPECT_THAT(answer, StartsWith(bytes(Message::challenge)));
-    EXPECT_THAT(answer, HasSubstr("See your token.\nOne-time password (OATH) for `root': "));
-    put("/var/run/.sessions/session-" + id, "");
-
-    EXPECT_EQ(show(id), challenge) << "asked again";
-    EXPECT_EQ(show("", bytes(Message::reply, "755224")), refused);
-    EXPECT_EQ(ask(bytes(Message::reply, "755224") + end), refused);
-    send(bytes(Message::sessionId, id) + bytes(Message::reply, "000000")); // hangs up
-    EXPECT_EQ(show(id), challenge) << "nothing was taken from a torn request";
-    EXPECT_EQ(show(id, bytes(Message::reply, "755224")), answerTo(id, authenticated));
-    EXPECT_THAT(get("/etc/users.oath"), HasSubstr("755224")) << "the module has seen the code";
-}
-
-TEST_F(PamClient, AWrongSecondAnswerIsRejected) {
-    putTokens();
-    start();
-    std::string answer = ask(login("root", "kestrel"));
-    const std::string id = takeId(answer);
-    // The client goes away before it has heard the end, which changes nothing.
-    send(bytes(Message::sessionId, id) + bytes(Message::reply, "123456") + end);
-    EXPECT_EQ(show(id), answerTo(id, bytes(Message::rejected) + end));
+    put("/etc/hint", "See your token.\n");
+    put("/etc/pam.d/web",
+        "auth required pam_unix.so\nauth optional pam_echo.so file=" + appliancePath("/etc/hint") +
+            "\nauth required pam_oath.so usersfile=" + appliancePath("/etc/users.oath") +
+            " window=5\naccount required pam_permit.so\n");
+    for (const bool isRight : {true, false}) {
+        // The secret and the codes of RFC 4226, appendix D.
+        put("/etc/users.oath", "HOTP root - 3132333435363738393031323334353637383930\n", 0600);
+        start();
+        std::string answer = ask(login("root", "kestrel"));
+        const std::string challenge = answer;
+        const std::string id = takeId(answer);
+        EXPECT_THAT(answer, StartsWith(bytes(Message::challenge)));
+        EXPECT_THAT(answer, HasSubstr("See your token.\nOne-time password (OATH) for `root': "));
+        EXPECT_EQ(show(id), challenge) << "asked again";
+        EXPECT_EQ(show("", bytes(Message::reply, "755224")), refused);
+        EXPECT_EQ(ask(bytes(Message::reply, "755224") + end), refused);
+        send(bytes(Message::sessionId, id) + bytes(Message::reply, "000000")); // hangs up
+        EXPECT_EQ(show(id), challenge) << "nothing was taken from a torn request";
+        // The client goes away before it has heard the end, which changes nothing.
+        send(bytes(Message::sessionId, id) + bytes(Message::reply, isRight ? "755224" : "123456") +
+             end);
+        EXPECT_EQ(show(id), answerTo(id, isRight ? authenticated : bytes(Message::rejected) + end));
+        TearDown();
+    }
 }
 
 TEST_F(PamClient, SurvivesMalformedRequests) {
@@ -225,8 +214,6 @@ TEST_F(PamClient, SurvivesMalformedRequests) {
         many += bytes(Message::clientAddress, "x");
     const std::tuple<const char *, std::string, std::string> rows[] = {
         {"no password", bytes(Message::username, "root") + end, refused},
-        {"empty id of a session to come", bytes(Message::sessionId, "") + end, refused},
-        {"type of the helper", bytes(Message::authenticated) + whole, ""},
         {"too long", bytes(Message::username, "root", 0x7fffffff) + whole, ""},
         {"zero byte", bytes(Message::username, std::string("root\0x", 6)) + whole, ""},
         {"zero byte in the password",
@@ -244,11 +231,7 @@ TEST_F(PamClient, SurvivesMalformedRequests) {
     EXPECT_EQ(answer, authenticated);
 }
 
-TEST_F(PamClient, EndsOnATermSignalWhileItWaitsAndWhilePamSleeps) {
-    start();
-    ::kill(pid_, SIGTERM);
-    EXPECT_EQ(ended(5), 0);
-
+TEST_F(PamClient, EndsOnATermSignalEvenWhilePamSleeps) {
     put("/etc/pam.d/web", "auth required pam_faildelay.so delay=9000000\n"
                           "auth required pam_unix.so\n");
     start();

@@ -85,12 +85,8 @@ Fields operator+(Fields fields, const Fields &more) {
 }
 
 std::string Response::headerLine(std::string_view name) const {
-    const std::string start = "\r\n" + std::string(name) + ": ";
-    const auto found = ("\r\n" + header).find(start);
-    if (found == std::string::npos)
-        return "";
-    const std::string rest = header.substr(found + start.size() - 2);
-    return rest.substr(0, rest.find("\r\n"));
+    const auto lines = captures("\n" + header, "\n" + std::string(name) + ": ([^\r]*)");
+    return lines.empty() ? "" : lines[0];
 }
 
 std::string Response::lacks(const std::vector<std::string> &texts) const {

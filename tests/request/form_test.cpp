@@ -147,18 +147,5 @@ TEST_F(FormPage, TheSystemPasswordIsStoredHashed) {
     EXPECT_EQ(set("new secret"), "new secret");
 }
 
-TEST_F(FormPage, DebugLinesMaskPasswords) {
-    configure(formData("config.ui.debug=on&config.ui.log.trace=on"));
-    declare({"config.t.p,P,password,dontsave", "config.t.q,Q,text",
-             "config.system.password,R,text,save,dontdelete"});
-    const Response response =
-        submit(formData("config.t.p=secret<1>&config.t.q=typed&config.system.password=secret2"));
-    EXPECT_TRUE(response.has("Form Element: <b>config.t.q</b> = '<i>typed</i>' "));
-    EXPECT_NE(log().find("Form Element: config.t.p = '********' {type:password, autoSave:0 "
-                         "autoDelete:0}"),
-              std::string::npos);
-    EXPECT_EQ((response.body + log()).find("secret"), std::string::npos);
-}
-
 } // namespace
 } // namespace zandorin::test

@@ -88,17 +88,6 @@ TEST_F(Page, DamagedFilesAreReportedAndLeftAlone) {
     EXPECT_EQ(read("/home/httpd/nav.xml"), "<tree><branch");
 }
 
-TEST_F(Page, MissingAndUnclosedTemplates) {
-    addPage("t", "", "<p>CGI_CALL(ui::getHref,?form=t,again)</p>");
-    remove("/home/httpd/forms/tail.html");
-    expectLog("No such file: /home/httpd/forms/tail.html");
-    EXPECT_TRUE(
-        get("form=t", login()).has("<p><a href=\"?form=t\">again</a></p>\t</body>\n</html>\n"));
-    put("/home/httpd/forms/t.frm", "never CGI_CALL(ui::getTime");
-    expectLog("Malformed CGI_CALL()");
-    EXPECT_EQ(get("form=t", login()).holds({"never", "</html>\n"}), "");
-}
-
 TEST_F(Page, ProxyBaseIsPutBeforeLinksEscaped) {
     const Response response = request({{"REQUEST_METHOD", "GET"},
                                        {"QUERY_STRING", "form=sessions&back=devices"},

@@ -17,10 +17,9 @@ using Fields = std::vector<std::pair<std::string, std::string>>;
 
 /// The fields of "name=value&name=value", taken as they stand: nothing is decoded.
 Fields formData(const std::string &text);
+Fields operator+(Fields fields, const Fields &more);
 /// What the first group of the regular expression matches, for each match.
 std::vector<std::string> captures(const std::string &text, const std::string &pattern);
-/// Both, those of `more` last.
-Fields operator+(Fields fields, const Fields &more);
 
 /// What the program answered.
 struct Response {

@@ -1,4 +1,5 @@
 #include "tests/support/request_test.h"
+#include "util/process_pipe.h"
 #include "util/strings.h"
 
 #include <chrono>
@@ -71,6 +72,30 @@ TEST_F(LldpStatus, ComesWhenTheClientHangsAndEndsIt) {
     for (int i = 0; i < 100 && !exists("/tmp/ended"); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     EXPECT_TRUE(exists("/tmp/ended"));
+}
+
+TEST_F(LldpStatus, ShowsTheNeighborOfARealDaemon) {
+    ipipestream daemons(
+        "exec 2>/dev/null; unshare --net --mount true || { echo skip no namespaces; exit; }; "
+        "exec unshare --net --mount " ZANDORIN_SOURCE_DIR "/tests/support/lldpd_pair",
+        15000);
+    std::string word;
+    std::string rest;
+    std::getline(daemons >> word >> std::ws, rest);
+    if (word == "skip")
+        GTEST_SKIP() << "LLDP daemons cannot be run here: " << rest;
+    ASSERT_EQ(word, "ready") << rest;
+    putClient("unset LD_PRELOAD\n"
+              "PATH=$PATH:/usr/sbin:/sbin exec lldpcli -u " +
+              shellQuote(rest + "/near.sock") + " \"$@\"\n");
+    const Response response = page();
+    EXPECT_EQ(response.lacks({"Neighbor on near0", row("Port description", "far0"),
+                              row("System description", "far &lt;b&gt;system&lt;/b&gt;"),
+                              row("System description", "near system")}),
+              "");
+    EXPECT_FALSE(response.has("LLDP client"));
+    EXPECT_EQ(daemons.kill(SIGTERM), 0);
+    EXPECT_TRUE(daemons.success(5000)) << daemons.status_string();
 }
 
 } // namespace

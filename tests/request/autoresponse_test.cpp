@@ -2,8 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
-
 namespace zandorin::test {
 namespace {
 
@@ -32,14 +30,13 @@ class AutoResponse : public RequestTest {
         return submit(Fields{{"action", action}, {"index", "1"}, {"opened", opened(1)}} + more);
     }
 
-    static std::string opened(const Response &page) {
-        const std::string start = "name=\"opened\" value=\"";
-        const std::string field = page.part(start, "\" ");
-        return field.substr(std::min(field.size(), start.size()), 16);
-    }
     /// The fingerprint of a record as it is now.
     std::string opened(int index) {
-        return opened(open("&action=modify&index=" + std::to_string(index)));
+        return openedOf(open("&action=modify&index=" + std::to_string(index)));
+    }
+    static std::string openedOf(const Response &page) {
+        const auto found = captures(page.body, "name=\"opened\" value=\"([0-9a-f]{16})\" ");
+        return found.empty() ? "" : found[0];
     }
 
     static bool shows(const Response &page, const std::string &name, const std::string &value) {
@@ -53,15 +50,12 @@ class AutoResponse : public RequestTest {
         ASSERT_TRUE(response.has("Changes to configuration succeeded.")) << response.body;
     }
     void addAction(const std::string &type, const std::string &name, const Fields &more = {}) {
-        command("trigger_new", more + Fields{{"trigger_action_type", type},
-                                             {"trigger.new." + type + ".name", name}});
+        saveAction("new", type, more + Fields{{"trigger.new." + type + ".name", name}});
     }
-    std::string names(const std::string &list) const {
-        const std::string prefix = record1 + list + "_actions.";
-        std::string text;
-        for (int number = 1; number <= std::atoi(stored(prefix + "total").c_str()); ++number)
-            text += stored(prefix + "action" + std::to_string(number) + ".snmp.name") + " ";
-        return text;
+    /// Saves a trigger action; the fields of `more` follow.
+    Response saveAction(const std::string &number, const std::string &type, const Fields &more) {
+        return command(number == "new" ? "trigger_new" : "trigger_save",
+                       Fields{{"modify_index", number}, {"trigger_action_type", type}} + more);
     }
 
     std::string cookie;
@@ -69,21 +63,17 @@ class AutoResponse : public RequestTest {
 
 TEST_F(AutoResponse, PortsAreStoredAsAListOfReferences) {
     makeRecord();
-    const std::string serial = record1 + "serial.login.dev_refs.";
     const auto save = [&](const std::string &type, const std::string &ports) {
         return command("apply", {{record1 + "name", "rule"},
                                  {record1 + "check_type", type},
-                                 {ports + "dev_ref2", "on"},
-                                 {ports + "dev_ref8", "on"}});
+                                 {record1 + ports + ".dev_refs.dev_ref2", "on"},
+                                 {record1 + ports + ".dev_refs.dev_ref8", "on"}});
     };
-    save("serial_login", serial);
-    EXPECT_EQ(stored(serial + "total"), "2");
-    EXPECT_EQ(stored(serial + "dev_ref1"), "config.ports.port2");
-    EXPECT_EQ(stored(serial + "dev_ref2"), "config.ports.port8");
+    save("serial_login", "serial.login");
+    EXPECT_EQ(stored(record1 + "serial.login.dev_refs.total"), "2");
+    EXPECT_EQ(stored(record1 + "serial.login.dev_refs.dev_ref2"), "config.ports.port8");
     EXPECT_TRUE(get("form=autoresponsestatus", cookie).has("Port 2, Port 8"));
-
-    EXPECT_TRUE(save("power", record1 + "power.dev_refs.")
-                    .has("Check type 'power' is not for multiple devices"));
+    EXPECT_TRUE(save("power", "power").has("Check type 'power' is not for multiple devices"));
     EXPECT_EQ(stored(record1 + "check_type"), "serial_login");
 }
 
@@ -91,22 +81,13 @@ TEST_F(AutoResponse, RefusedValuesStoreNothingAndStayOnThePage) {
     const struct {
         const char *name, *type, *key, *value, *message;
     } rows[] = {
-        {"no type", "", "name", "rule", "No Check type selected"},
-        {"unknown type", "magic", "name", "rule", "No Check type selected"},
         {"type that is not offered", "sms", "name", "rule", "No Check type selected"},
         {"no name", "cli_login", "name", " ", "Please give the auto-response a name."},
         {"taken name", "cli_login", "name", "first", "another auto-response named '<i>first</i>'"},
         {"markup", "cli_login", "name", "a<b>", "<i>Name</i> can not contain markup."},
-        {"mac", "routeddata", "routeddata.src_mac_addr", "00:13", "MAC Address"},
-        {"interface", "routeddata", "routeddata.interface", "eth0", "is not among the choices"},
         {"address", "net_ping", "net.ping.address", "a_b", "Network Address"},
-        {"negative", "net_ping", "net.ping.frequency", "-1", "Non-negative Integer"},
         {"too large", "net_ping", "net.ping.frequency", "2147483648", "at most 2147483647"},
-        {"script", "custom", "custom.script", "/etc", "File Path for an existing File"},
-        {"pin of another direction", "alarm", "alarm.dev", "dio3", "is not among the choices"},
-        {"timeout", "cli_login", "reset_timeout", "x", "Non-negative Integer"},
         {"hour", "cli_login", "time_monday_from_hour", "24", "may be at most 23"},
-        {"half a window", "cli_login", "time_friday_to_hour", "9", "hours from and to"},
     };
     EXPECT_TRUE(submit(formData("action=apply&config.autoresponse.boot_delay=soon"))
                     .has("Non-negative Integer"));
@@ -121,8 +102,7 @@ TEST_F(AutoResponse, RefusedValuesStoreNothingAndStayOnThePage) {
                                           {fresh + "check_type", row.type},
                                           {fresh + "repeat_timeout", "77"},
                                           {isName ? "no" : fresh + "name", "rule"}});
-        EXPECT_THAT(response.part("<p class=\"error-message\">", "</p>"), HasSubstr(row.message))
-            << row.name;
+        EXPECT_THAT(response.boxes(), HasSubstr(row.message)) << row.name;
         EXPECT_TRUE(shows(response, fresh + "repeat_timeout", "77")) << row.name;
         EXPECT_EQ(configuration(), before) << row.name;
         EXPECT_FALSE(response.has("<b>\"")) << row.name;
@@ -131,18 +111,13 @@ TEST_F(AutoResponse, RefusedValuesStoreNothingAndStayOnThePage) {
 
 TEST_F(AutoResponse, TextsThatAreNotShownBackAreKeptOrDeleted) {
     makeRecord();
-    const std::string hostile = "</textarea><script>alert(1)</script>";
-    addAction("email", "mail", {{"trigger.new.email.body", hostile + "\r\nbye"}});
+    addAction("email", "mail", {{"trigger.new.email.body", "dear\r\nbye"}});
     const std::string body = record1 + "trigger_actions.action1.email.body";
-    EXPECT_THAT(stored(body), HasSubstr("</textarea><script>"));
     const auto save = [&](const char *more) {
-        command("trigger_save", formData("modify_index=1&trigger_action_type=email&"
-                                         "trigger.1.email.name=mail") +
-                                    formData(more));
+        saveAction("1", "email", formData("trigger.1.email.name=mail") + formData(more));
     };
     save("trigger.1.email.subject=s");
     EXPECT_THAT(stored(body), HasSubstr("bye"));
-    EXPECT_FALSE(open("&action=trigger&index=1&modify_index=1").has("<script>alert"));
     // A refused save deletes nothing either.
     save("trigger.1.email.body.delete=on&trigger.1.email.to_addr=nobody");
     EXPECT_THAT(stored(body), HasSubstr("bye"));
@@ -155,51 +130,43 @@ TEST_F(AutoResponse, ArgumentsAreAListThatGrowsAndShrinks) {
     addAction("custom", "run", {{"trigger.new.custom.argument", "one"}});
     const std::string list = record1 + "trigger_actions.action1.custom.args.";
     const auto save = [&](const char *more) {
-        command("trigger_save",
-                formData("modify_index=1&trigger_action_type=custom") + formData(more));
-        std::string text = stored(list + "total") + ":";
-        for (const char *number : {"1", "2", "3"})
-            text += " " + stored(list + "arg" + number);
-        return text;
+        saveAction("1", "custom", formData(more));
+        return stored(list + "total") + ": " + stored(list + "arg1") + " " + stored(list + "arg2");
     };
-    EXPECT_EQ(save("trigger.1.custom.argument=<two>"), "2: one <two> ");
+    EXPECT_EQ(save("trigger.1.custom.argument=<two>"), "2: one <two>");
     EXPECT_EQ(save("trigger.1.custom.args.arg1.delete=on&trigger.1.custom.args.arg2=2&"
                    "trigger.1.custom.argument=three"),
-              "2: 2 three ");
+              "2: 2 three");
     EXPECT_EQ(save("trigger.1.custom.args.arg1.delete=on&trigger.1.custom.args.arg2.delete=on"),
-              ":   ");
+              ":  ");
 }
 
 TEST_F(AutoResponse, ActionsAreOrderedModifiedAndDeleted) {
-    EXPECT_TRUE(open("&action=edit")
-                    .has("Please select a check type and save the Auto-Response "
-                         "before attempting to add actions"));
     makeRecord();
     for (const char *name : {"one", "two", "three"})
         addAction("snmp", name);
-    EXPECT_EQ(names("trigger"), "one two three ");
-    command("trigger_save", formData("modify_index=3&trigger_action_type=snmp&"
-                                     "trigger.3.snmp.name=drei&trigger.3.position=1"));
-    EXPECT_EQ(names("trigger"), "drei one two ");
+    const auto names = [&] {
+        std::string text = stored(record1 + "trigger_actions.total") + ":";
+        for (const char *number : {"1", "2", "3"})
+            text += " " + stored(record1 + "trigger_actions.action" + number + ".snmp.name");
+        return text;
+    };
+    saveAction("3", "snmp", formData("trigger.3.snmp.name=drei&trigger.3.position=1"));
     EXPECT_TRUE(open("&action=delete&index=1&list=trigger&modify_index=2")
                     .has("Delete the action 'one' of 'rule'?"));
-    EXPECT_EQ(names("trigger"), "drei one two ") << "a link deletes nothing";
+    EXPECT_EQ(names(), "3: drei one two") << "a link deletes nothing";
     command("delete", formData("list=trigger&modify_index=2"));
-    EXPECT_EQ(names("trigger"), "drei two ");
 
-    EXPECT_TRUE(command("trigger_new").has("Unknown Action Type"));
-    EXPECT_TRUE(command("trigger_new", {{"trigger_action_type", "magic"}}).has("Unknown Action"));
+    EXPECT_TRUE(saveAction("new", "magic", {}).has("Unknown Action"));
     expectLog("Modifying action out of range");
     expectLog("Unrecognized prefix: other");
-    for (const char *index : {"3", "0", "-1", "x", "99999999999"}) {
-        const Fields modified = {{"modify_index", index}, {"trigger_action_type", "snmp"}};
-        EXPECT_TRUE(command("trigger_save", modified).has(gone)) << index;
+    for (const char *index : {"3", "0", "x", "99999999999"}) {
+        EXPECT_TRUE(saveAction(index, "snmp", {}).has(gone)) << index;
         command("delete", {{"list", "trigger"}, {"modify_index", index}});
         EXPECT_TRUE(open(std::string("&action=trigger&index=1&modify_index=") + index).has(gone));
     }
     EXPECT_TRUE(command("delete", formData("list=other&modify_index=1")).has("no such action"));
-    EXPECT_EQ(names("trigger"), "drei two ");
-    EXPECT_EQ(names("resolve"), "");
+    EXPECT_EQ(names(), "2: drei two ");
 }
 
 TEST_F(AutoResponse, StaleSubmissionsAreRefused) {
@@ -215,6 +182,10 @@ TEST_F(AutoResponse, StaleSubmissionsAreRefused) {
                        {prefix + "name", "late"},
                        {prefix + "check_type", "cli_login"}});
     };
+    EXPECT_TRUE(open("&action=cancel&index=1").has("Cancel what 'one' is doing?"));
+    EXPECT_EQ(stored("config.autoresponse.command"), "") << "a link commands nothing";
+    command("cancel");
+    EXPECT_EQ(stored("config.autoresponse.command"), "cancel one");
     // Somebody deletes the first: the second is now what the third was, and the third is none.
     EXPECT_TRUE(open("&action=delete&index=1").has("Delete the auto-response 'one'"));
     EXPECT_EQ(stored("config.autoresponse.total"), "3") << "a link deletes nothing";
@@ -230,18 +201,9 @@ TEST_F(AutoResponse, StaleSubmissionsAreRefused) {
         EXPECT_TRUE(send(name, "3", second).has("no such auto-response any more")) << name;
         EXPECT_EQ(std::string(name) == "apply", changed.has("value=\"late\"")) << name;
     }
-    EXPECT_TRUE(open("&action=modify&index=3").has("no such auto-response any more"));
     EXPECT_EQ(configuration(), before);
     // What a refused page shows again stays refused.
-    EXPECT_EQ(opened(send("apply", "2", second)), second);
-}
-
-TEST_F(AutoResponse, CancelIsACommandToTheService) {
-    makeRecord("Tank 7");
-    EXPECT_TRUE(open("&action=cancel&index=1").has("Cancel what 'Tank 7' is doing?"));
-    EXPECT_EQ(stored("config.autoresponse.command"), "");
-    command("cancel");
-    EXPECT_EQ(stored("config.autoresponse.command"), "cancel Tank 7");
+    EXPECT_EQ(openedOf(send("apply", "2", second)), second);
 }
 
 TEST_F(AutoResponse, SelectButtonShowsThePanelAndSavesNothing) {
@@ -255,35 +217,6 @@ TEST_F(AutoResponse, SelectButtonShowsThePanelAndSavesNothing) {
     EXPECT_TRUE(shows(response, fresh + "name", "typed"));
     EXPECT_EQ(response.holds({"error-message", "SMS Command Check"}), "") << "no modem, no SMS";
     EXPECT_EQ(configuration(), before);
-    EXPECT_TRUE(open("&action=edit")
-                    .has("<div id=\"none_check_div\" style=\"display: block\">Add a "
-                         "new check by selecting a check type from the left menu"));
-}
-
-TEST_F(AutoResponse, HostileConfigurationIsShownEscaped) {
-    const std::string hostile = "\"><script>alert(1)</script>";
-    configure("config.autoresponse.total", "4000000000");
-    for (const char *key : {"name", "check_type", "power.dev_ref", "reset_timeout",
-                            "time_monday_from_hour", "trigger_actions.action1.type"})
-        configure(record1 + key, hostile);
-    configure(record1 + "trigger_actions.total", "1");
-    configure("config.ports.port2.label", hostile);
-    put("/var/run/autoresponse.status", "1\t<script>alert(1)</script>\tx\n");
-    for (const char *query :
-         {"", "&action=modify&index=1", "&action=delete&index=1", "&action=cancel&index=1",
-          "&action=trigger&index=1&modify_index=1",
-          "&action=delete&index=1&list=trigger&modify_index=1",
-          "&action=%3Cscript%3Ealert&index=%3Cscript%3Ealert&list=%3Cscript%3Ealert"}) {
-        const Response response = open(query);
-        EXPECT_FALSE(response.has("<script>alert")) << query;
-        EXPECT_TRUE(response.body.ends_with("</html>\n")) << query;
-    }
-    const Response status = get("form=autoresponsestatus", cookie);
-    EXPECT_FALSE(status.has("<script>alert"));
-    EXPECT_EQ(
-        status.lacks({">Name</td>", ">Type</td>", ">Checked Device/Property</td>",
-                      ">Event/Measured Value</td>", ">User/Device Name</td>", ">Status</td>"}),
-        "");
 }
 
 } // namespace

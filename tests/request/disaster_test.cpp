@@ -1,16 +1,8 @@
 #include "tests/request/users_page.h"
-#include "util/files.h"
 
 #include <chrono>
 #include <csignal>
-#include <filesystem>
-#include <memory>
-#include <set>
 #include <thread>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
 
 // What happens to an appliance: many at once, a full disk, a clock that jumps, a web server that
 // dies. No change that was acknowledged is lost, no file is torn, and nothing hangs: each request
@@ -18,9 +10,6 @@
 
 namespace zandorin::test {
 namespace {
-
-namespace fs = std::filesystem;
-using std::chrono::milliseconds;
 
 class Disaster : public Users {
   protected:
@@ -43,52 +32,23 @@ class Disaster : public Users {
         variables.insert(more.begin(), more.end());
         return start(variables, encode(fields), wrapper).finish();
     }
-    void expectNothingLeft(const std::string &what) const {
-        for (const auto &entry : fs::directory_iterator(onHost("/etc/config")))
-            EXPECT_FALSE(entry.path().filename().string().starts_with(".new-")) << what;
-    }
 };
 
-TEST_F(Disaster, FiftyWritersAtOnceLoseNothing) {
-    constexpr int writers = 50;
-    const auto key = [](int n) { return "config.w" + std::to_string(n) + ".a"; };
-    std::vector<Running> running;
-    const std::string cookie = login();
-    for (int n = 0; n < writers; ++n)
-        addPage("w" + std::to_string(n), "CGI_CALL(ui::addElement," + key(n) + ",A)", "");
-    for (int n = 0; n < writers; ++n)
-        running.push_back(startPost(
-            {{"form", "w" + std::to_string(n)}, {"apply", "on"}, {key(n), "value"}}, cookie));
-    for (int n = 0; n < writers; ++n)
-        EXPECT_TRUE(acknowledged(running[static_cast<std::size_t>(n)].finish())) << n;
-    for (int n = 0; n < writers; ++n)
-        EXPECT_EQ(stored(key(n)), "value");
-}
-
 TEST_F(Disaster, UsersAddedAtOnceAreThereOrWereRefused) {
-    constexpr int writers = 12;
     const auto name = [](int n) { return "user" + std::to_string(n); };
-    const std::string cookie = login();
-    for (int found = 0; found < writers;) {
-        // All of them from pages that were opened at the same time, for the same place of the list.
-        const int before = found;
-        std::vector<std::pair<int, Running>> running;
-        for (int n = 0; n < writers; ++n)
-            if (account(name(n)).empty())
-                running.emplace_back(
-                    n, startPost(userFields(before + 1, "", name(n), "secret"), cookie));
-        for (auto &[n, request] : running) {
-            const bool done = saved(request.finish());
-            EXPECT_EQ(!account(name(n)).empty(), done) << n;
-            found += done ? 1 : 0;
-        }
-        ASSERT_GT(found, before);
-        EXPECT_EQ(value("users.total"), std::to_string(found));
+    // All of them from pages that were opened at the same time, for the same place of the list.
+    std::vector<Running> running;
+    for (int n = 0; n < 12; ++n)
+        running.push_back(startPost(userFields(1, "", name(n), "secret"), login()));
+    int found = 0;
+    for (int n = 0; n < 12; ++n) {
+        const bool done = saved(running[static_cast<std::size_t>(n)].finish());
+        EXPECT_EQ(!account(name(n)).empty(), done) << n;
+        EXPECT_NE(configuration().find(">" + name(n) + "<") == std::string::npos, done) << n;
+        found += done ? 1 : 0;
     }
-    std::set<std::string> names;
-    for (int n = 1; n <= writers; ++n)
-        names.insert(value("users.user" + std::to_string(n) + ".username"));
-    EXPECT_EQ(names.size(), writers);
+    EXPECT_GT(found, 0);
+    EXPECT_EQ(value("users.total"), std::to_string(found));
 }
 
 TEST_F(Disaster, CallsThatAreInterruptedAndCarryHalfDoTheirWork) {
@@ -96,64 +56,33 @@ TEST_F(Disaster, CallsThatAreInterruptedAndCarryHalfDoTheirWork) {
         {"LD_PRELOAD", ZANDORIN_SYSLOG_RECORDER ":" ZANDORIN_ROUGH_CALLS ":libnss_wrapper.so"}};
     EXPECT_TRUE(acknowledged(postBy({}, change("new"), rough)));
     EXPECT_EQ(stored("config.t.a"), "new");
-    const Response added = postBy({}, userFields(1, "", "ann", "secret"), rough);
-    EXPECT_TRUE(saved(added)) << added.part("class=\"error-message\"", "</p>") << log();
+    EXPECT_TRUE(saved(postBy({}, userFields(1, "", "ann", "secret"), rough))) << log();
     EXPECT_TRUE(hasPassword("ann", "secret"));
-    EXPECT_EQ(value("users.user1.username"), "ann");
-    expectNothingLeft("");
 }
 
 TEST_F(Disaster, AFullDiskIsToldAndLosesNothing) {
-    const std::string configuration = read(config_file);
+    const std::string before = configuration();
     const std::string accounts = read(passwd);
-    const std::size_t sizes[] = {0, 1, accounts.size(), configuration.size() / 2,
-                                 configuration.size() - 1};
     expectLog("Failed to ");
     expectLog("The login accounts can not be ");
-    for (const std::size_t size : sizes)
-        for (const bool killed : {false, true}) {
-            // The signal that comes with it ends the program, or is ignored by the web server.
-            std::vector<std::string> wrapper = {"prlimit", "--fsize=" + std::to_string(size)};
-            if (!killed)
-                wrapper.insert(wrapper.begin(), {"env", "--ignore-signal=XFSZ"});
-            const std::string what = std::to_string(size) + (killed ? " killed" : "");
+    for (const std::size_t size : {std::size_t{0}, accounts.size(), before.size() - 1})
+        for (const bool killed : {false, true})
             for (const Fields &fields : {change("new"), userFields(1, "", "ann", "secret")}) {
-                const Response response = postBy(wrapper, fields);
-                EXPECT_TRUE(killed || response.status == 0) << what;
-                EXPECT_TRUE(killed || response.has("Failed to ") || response.has("error-message"))
-                    << what << response.body;
-                EXPECT_FALSE(response.has("Changes to configuration succeeded.")) << what;
-                EXPECT_EQ(read(config_file), configuration) << what;
+                // The signal that comes with it ends the program, or is ignored by the server.
+                std::vector<std::string> wrapper = {"prlimit", "--fsize=" + std::to_string(size)};
                 if (!killed)
-                    expectNothingLeft(what);
+                    wrapper.insert(wrapper.begin(), {"env", "--ignore-signal=XFSZ"});
+                const Response response = postBy(wrapper, fields);
+                EXPECT_TRUE(killed || (response.status == 0 && (response.has("Failed to ") ||
+                                                                response.has("error-message"))))
+                    << size << response.body;
+                EXPECT_FALSE(response.has("Changes to configuration succeeded.")) << size;
+                EXPECT_EQ(configuration(), before) << size;
+                // What stands there is whole, and the account is taken over.
+                EXPECT_TRUE(read(passwd).starts_with(accounts)) << size;
             }
-            // What stands there is whole, and the account is taken over.
-            EXPECT_TRUE(read(passwd).starts_with(accounts)) << what;
-        }
     EXPECT_TRUE(saved(post(userFields(1, "", "ann", "secret"), login())));
     EXPECT_TRUE(acknowledged(post(change("new"), login())));
-}
-
-TEST_F(Disaster, FilesOfTheFutureAndThePastAreRead) {
-    int number = 0;
-    for (const std::int64_t jump :
-         {std::int64_t{0}, std::int64_t{-1000000000}, std::int64_t{2000000000}})
-        for (const bool theirs : {false, true}) {
-            const std::string value = "value " + std::to_string(++number);
-            EXPECT_TRUE(acknowledged(post(change("saved before"), login())));
-            if (theirs)
-                configure("config.t.a", value);
-            else
-                EXPECT_TRUE(acknowledged(post(change(value), login())));
-            std::vector<timespec> times(2, timespec{::time(nullptr) + jump, 0});
-            for (const char *folder : {"/etc/config", "/var/run"})
-                for (const auto &entry : fs::recursive_directory_iterator(onHost(folder)))
-                    EXPECT_EQ(::utimensat(AT_FDCWD, entry.path().c_str(), times.data(),
-                                          AT_SYMLINK_NOFOLLOW),
-                              0);
-            put("/home/httpd/forms/t.frm", "[CGI_CALL(ui::getTextInput,config.t.a)]");
-            EXPECT_TRUE(get("form=t", login()).has("value=\"" + value + "\"")) << jump << theirs;
-        }
 }
 
 TEST_F(Disaster, AClockThatJumpsEndsSessionsAndLosesNothing) {
@@ -172,46 +101,28 @@ TEST_F(Disaster, AClockThatJumpsEndsSessionsAndLosesNothing) {
 }
 
 TEST_F(Disaster, AWebServerThatDiesTearsNothing) {
-    // Each at several moments of a save, from its start to after its end.
-    const struct {
-        const char *name;
-        bool inServer; ///< the signal goes to the web server, which the program outlives
-        int signal;    ///< 0: it only closes the page's pipe
-    } ends[] = {
-        {"pipe closed", false, 0},          {"program ended", false, SIGTERM},
-        {"program killed", false, SIGKILL}, {"server ended", true, SIGTERM},
-        {"server killed", true, SIGKILL},   {"terminal gone", false, SIGHUP},
+    // Each at several moments of a save, from its start to after its end. A web server, which the
+    // program outlives, or which closes the page's pipe.
+    const std::vector<std::string> server = {"sh", "-c", "\"$0\" & wait"};
+    const std::vector<std::string> closing = {"sh", "-c", "\"$0\" | head -c 1"};
+    const std::tuple<const char *, std::vector<std::string>, int> ends[] = {
+        {"pipe closed", closing, 0},        {"program ended", {}, SIGTERM},
+        {"program killed", {}, SIGKILL},    {"server ended", server, SIGTERM},
+        {"server killed", server, SIGKILL}, {"terminal gone", {}, SIGHUP},
     };
     int number = 0;
-    for (const auto &end : ends)
+    for (const auto &[name, wrapper, signal] : ends)
         for (int delay_us = 0; delay_us <= 16000; delay_us += 2000) {
             const std::string value = "value " + std::to_string(++number);
-            const std::string before = read(config_file);
-            const std::string what = std::string(end.name) + " after " + std::to_string(delay_us);
-            const std::vector<std::string> server = {"sh", "-c", "\"$0\" & wait"};
-            auto request = std::make_unique<Running>(startPost(
-                change(value), login(), end.inServer ? server : std::vector<std::string>{}));
+            const std::string before = configuration();
+            const std::string what = std::string(name) + " after " + std::to_string(delay_us);
+            Running request = startPost(change(value), login(), wrapper);
             std::this_thread::sleep_for(std::chrono::microseconds(delay_us));
-            bool done = false;
-            if (end.signal == 0) {
-                const pid_t pid = request->pid;
-                request.reset();
-                int status = 0;
-                pid_t ended = 0;
-                for (int i = 0; i < 10000 && ended == 0; ++i) {
-                    ended = ::waitpid(pid, &status, WNOHANG);
-                    std::this_thread::sleep_for(milliseconds(1));
-                }
-                ASSERT_EQ(ended, pid) << what << " hangs";
-                EXPECT_TRUE(WIFEXITED(status) || WTERMSIG(status) == SIGPIPE) << what;
-            } else {
-                ::kill(request->pid, end.signal);
-                // The page ends when the program does, whoever waits for it.
-                const Response response = request->finish();
-                done = response.has("Changes to configuration succeeded.");
-            }
+            ::kill(request.pid, signal);
+            // The page ends when the program does, whoever waits for it.
+            const bool done = request.finish().has("Changes to configuration succeeded.");
             const std::string stood = stored("config.t.a");
-            EXPECT_TRUE(stood == value || read(config_file) == before) << what;
+            EXPECT_TRUE(stood == value || configuration() == before) << what;
             EXPECT_TRUE(!done || stood == value) << what << " lost";
             EXPECT_TRUE(acknowledged(post(change(value + " again"), login()))) << what;
         }

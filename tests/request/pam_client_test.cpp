@@ -38,10 +38,8 @@ class PamClient : public test::ApplianceTest {
     }
 
     void TearDown() override {
-        if (pid_ > 0) {
-            ::kill(pid_, SIGKILL);
+        if (pid_ > 0 && ::kill(pid_, SIGKILL) == 0)
             ::waitpid(pid_, nullptr, 0);
-        }
     }
 
     void start(const char *option = nullptr) {
@@ -58,23 +56,23 @@ class PamClient : public test::ApplianceTest {
             ::execl(program.c_str(), program.c_str(), option, nullptr);
             ::_exit(127);
         }
-        for (int tries = 0; tries < 500 && !listens(); ++tries)
+        for (int tries = 0; tries < 500 && !exists(socket()); ++tries)
             ::poll(nullptr, 0, 10);
-        ASSERT_TRUE(listens());
+        ASSERT_TRUE(exists(socket()));
     }
 
     /// A connection over which `request` was sent.
     UniqueFd send(const std::string &request) const {
         sockaddr_un address;
         UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-        bool connected = fillAddress(pid_, address) && setTimeout(socket.get(), 10);
+        EXPECT_TRUE(fillAddress(pid_, address) && setTimeout(socket.get(), 10));
         // A socket that has its name already may not listen yet.
-        for (int tries = 0; connected && tries < 100; ++tries, ::poll(nullptr, 0, 10))
-            if (::connect(socket.get(), reinterpret_cast<sockaddr *>(&address), sizeof address) ==
-                0)
-                break;
-        if (!connected || ::send(socket.get(), request.data(), request.size(), MSG_NOSIGNAL) < 0)
-            ADD_FAILURE() << "cannot reach the helper";
+        for (int tries = 0;
+             tries < 100 &&
+             ::connect(socket.get(), reinterpret_cast<sockaddr *>(&address), sizeof address) != 0;
+             ++tries)
+            ::poll(nullptr, 0, 10);
+        EXPECT_GT(::send(socket.get(), request.data(), request.size(), MSG_NOSIGNAL), 0);
         return socket;
     }
 
@@ -104,14 +102,6 @@ class PamClient : public test::ApplianceTest {
         return bytes(Message::sessionId, id) + rest;
     }
 
-    /// A second factor: the secret and the codes of RFC 4226, appendix D.
-    static void putTokens(const std::string &more) {
-        put("/etc/users.oath", "HOTP root - 3132333435363738393031323334353637383930\n", 0600);
-        put("/etc/pam.d/web",
-            "auth required pam_unix.so\n" + more + "auth required pam_oath.so usersfile=" +
-                appliancePath("/etc/users.oath") + " window=5\naccount required pam_permit.so\n");
-    }
-
     /// Takes the session id off an answer.
     static std::string takeId(std::string &answer, std::size_t length = 32) {
         const std::size_t before = 1 + sizeof(std::uint32_t);
@@ -122,7 +112,6 @@ class PamClient : public test::ApplianceTest {
         return id;
     }
 
-    bool listens() const { return exists(socket()); }
     std::string socket() const { return "/var/run/auth-" + std::to_string(pid_); }
 
     /// The helper's exit status, waited for for at most `seconds`; -1 when it goes on.
@@ -130,15 +119,14 @@ class PamClient : public test::ApplianceTest {
         int status = 0;
         // By the clock: the helper's own patience goes on while this machine is busy elsewhere.
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
-        while (std::chrono::steady_clock::now() < deadline) {
-            if (::waitpid(pid_, &status, WNOHANG) == pid_) {
-                EXPECT_FALSE(listens());
-                pid_ = -1;
-                return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-            }
+        while (::waitpid(pid_, &status, WNOHANG) != pid_) {
+            if (std::chrono::steady_clock::now() > deadline)
+                return -1;
             ::poll(nullptr, 0, 10);
         }
-        return -1;
+        EXPECT_FALSE(exists(socket()));
+        pid_ = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
 
     pid_t pid_ = -1;
@@ -167,96 +155,83 @@ TEST_F(PamClient, AuthenticatesAndEndsWithItsSession) {
 
 TEST_F(PamClient, RejectsWhomPamRejects) {
     const struct {
-        const char *name, *user;
+        const char *user;
         std::string password;
         Message state = Message::rejected;
-        const char *service = nullptr;
+        const char *service = "auth required pam_unix.so nodelay\naccount required pam_unix.so\n";
     } rows[] = {
-        {"wrong password", "root", "kestre"},
-        {"empty password", "root", ""},
-        {"unknown user", "(empty username)", "kestrel"},
-        {"longer than PAM takes", "root", std::string(5000, 'x'), Message::helperError},
-        {"account closed", "root", "kestrel", Message::rejected,
+        {"root", "kestre"},
+        {"root", ""},
+        {"(empty username)", "kestrel"},
+        {"root", std::string(5000, 'x'), Message::helperError},
+        {"root", "kestrel", Message::rejected,
          "auth required pam_unix.so\naccount required pam_deny.so\n"},
-        {"no such module", "root", "kestrel", Message::helperError, "auth required pam_none.so\n"},
+        {"root", "kestrel", Message::helperError, "auth required pam_none.so\n"},
     };
     for (const auto &row : rows) {
-        SetUp();
-        if (row.service != nullptr)
-            put("/etc/pam.d/web", row.service);
+        put("/etc/pam.d/web", row.service);
         start("-o");
         std::string answer = ask(login(row.user, row.password));
         const std::string id = takeId(answer, 16);
-        EXPECT_EQ(answer, bytes(row.state) + end) << row.name;
-        EXPECT_EQ(show(id), answerTo(id, bytes(row.state) + end)) << row.name;
+        EXPECT_EQ(answer, bytes(row.state) + end) << row.user << row.password << row.service;
+        EXPECT_EQ(show(id), answerTo(id, bytes(row.state) + end));
         TearDown();
     }
 }
 
 TEST_F(PamClient, RelaysASecondPromptUntilItIsAnswered) {
-    putTokens("auth optional pam_echo.so file=" + appliancePath("/etc/hint") + "\n");
     put("/etc/hint", "See your token.\n");
-    start();
-    std::string answer = ask(login("root", "kestrel"));
-    const std::string challenge = answer;
-    const std::string id = takeId(answer);
-    EXPECT_THAT(answer, StartsWith(bytes(Message::challenge)));
-    EXPECT_THAT(answer, HasSubstr("See your token.\nOne-time password (OATH) for `root': "));
-    put("/var/run/.sessions/session-" + id, "");
-
-    EXPECT_EQ(show(id), challenge) << "asked again";
-    EXPECT_EQ(show("", bytes(Message::reply, "755224")), refused);
-    EXPECT_EQ(ask(bytes(Message::reply, "755224") + end), refused);
-    send(bytes(Message::sessionId, id) + bytes(Message::reply, "000000")); // hangs up
-    EXPECT_EQ(show(id), challenge) << "nothing was taken from a torn request";
-    EXPECT_EQ(show(id, bytes(Message::reply, "755224")), answerTo(id, authenticated));
-    EXPECT_THAT(get("/etc/users.oath"), HasSubstr("755224")) << "the module has seen the code";
-}
-
-TEST_F(PamClient, AWrongSecondAnswerIsRejected) {
-    putTokens("");
-    start();
-    std::string answer = ask(login("root", "kestrel"));
-    const std::string id = takeId(answer);
-    // The client goes away before it has heard the end, which changes nothing.
-    send(bytes(Message::sessionId, id) + bytes(Message::reply, "123456") + end);
-    EXPECT_EQ(show(id), answerTo(id, bytes(Message::rejected) + end));
+    put("/etc/pam.d/web",
+        "auth required pam_unix.so\nauth optional pam_echo.so file=" + appliancePath("/etc/hint") +
+            "\nauth required pam_oath.so usersfile=" + appliancePath("/etc/users.oath") +
+            " window=5\naccount required pam_permit.so\n");
+    for (const bool isRight : {true, false}) {
+        // The secret and the codes of RFC 4226, appendix D.
+        put("/etc/users.oath", "HOTP root - 3132333435363738393031323334353637383930\n", 0600);
+        start();
+        std::string answer = ask(login("root", "kestrel"));
+        const std::string challenge = answer;
+        const std::string id = takeId(answer);
+        EXPECT_THAT(answer, StartsWith(bytes(Message::challenge)));
+        EXPECT_THAT(answer, HasSubstr("See your token.\nOne-time password (OATH) for `root': "));
+        EXPECT_EQ(show(id), challenge) << "asked again";
+        EXPECT_EQ(show("", bytes(Message::reply, "755224")), refused);
+        EXPECT_EQ(ask(bytes(Message::reply, "755224") + end), refused);
+        send(bytes(Message::sessionId, id) + bytes(Message::reply, "000000")); // hangs up
+        EXPECT_EQ(show(id), challenge) << "nothing was taken from a torn request";
+        // The client goes away before it has heard the end, which changes nothing.
+        send(bytes(Message::sessionId, id) + bytes(Message::reply, isRight ? "755224" : "123456") +
+             end);
+        EXPECT_EQ(show(id), answerTo(id, isRight ? authenticated : bytes(Message::rejected) + end));
+        TearDown();
+    }
 }
 
 TEST_F(PamClient, SurvivesMalformedRequests) {
     const std::string whole = login("root", "kestrel");
-    const std::string zero = bytes(Message::reply, std::string("kestrel\0", 8)) + end;
+    std::string many;
+    for (int i = 0; i < 1000; ++i)
+        many += bytes(Message::clientAddress, "x");
     const std::tuple<const char *, std::string, std::string> rows[] = {
-        {"only an end", end, refused},
         {"no password", bytes(Message::username, "root") + end, refused},
-        {"no user", bytes(Message::reply, "kestrel") + end, refused},
-        {"empty id of a session to come", bytes(Message::sessionId, "") + end, refused},
-        {"type of nothing", bytes(Message{42}) + whole, ""},
-        {"type of the helper", bytes(Message::authenticated) + whole, ""},
         {"too long", bytes(Message::username, "root", 0x7fffffff) + whole, ""},
         {"zero byte", bytes(Message::username, std::string("root\0x", 6)) + whole, ""},
-        {"zero byte in the password", bytes(Message::username, "root") + zero, ""},
+        {"zero byte in the password",
+         bytes(Message::username, "root") + bytes(Message::reply, std::string("kestrel\0", 8)) +
+             end,
+         ""},
         {"goes silent", whole.substr(0, whole.size() - 1), ""},
+        {"no end of messages", many + whole, ""},
     };
     start();
     for (const auto &[name, request, answer] : rows)
         EXPECT_EQ(ask(request), answer) << name;
-    std::string many;
-    for (int i = 0; i < 1000; ++i)
-        many += bytes(Message::clientAddress, "x");
-    EXPECT_EQ(ask(many + whole), "") << "no end of messages";
-    for (int i = 0; i < 20; ++i)
-        send(whole.substr(0, static_cast<std::size_t>(i)));
     std::string answer = ask(whole);
     takeId(answer);
     EXPECT_EQ(answer, authenticated);
 }
 
-TEST_F(PamClient, EndsOnATermSignalWhileItWaitsAndWhilePamSleeps) {
-    start();
-    ::kill(pid_, SIGTERM);
-    EXPECT_EQ(ended(5), 0);
-
+TEST_F(PamClient, EndsOnATermSignalEvenWhilePamSleeps) {
     put("/etc/pam.d/web", "auth required pam_faildelay.so delay=9000000\n"
                           "auth required pam_unix.so\n");
     start();

@@ -20,6 +20,9 @@ const char *const allowed_variables =
     " PATH ZANDORIN_ROOT LD_PRELOAD NSS_WRAPPER_PASSWD NSS_WRAPPER_GROUP "
     "NSS_WRAPPER_DISABLE_DEEPBIND PWD OLDPWD SHLVL _ ";
 
+const std::string closed = "fd 0 /dev/null\nfd 1 /dev/null\nfd 2 /dev/null\n";
+const std::string piped = "fd 0 /dev/null\nfd 1 pipe\nfd 2 /dev/null\n";
+
 /// Sources that start programs. One that is new here belongs into the table below as well.
 const Set starting_sources = {
     "cgi/session.cpp",                       // pam-client
@@ -32,34 +35,22 @@ const Set starting_sources = {
 };
 
 const struct Row {
-    const char *name;
     const char *program;  ///< the recorder's place, or of a script that becomes it
     bool isScript;        ///< run by a shell by its name
     Fields fields;        ///< posted
-    const char *expected; ///< arguments and descriptors, a line each; %R is the appliance root
+    std::string expected; ///< arguments and descriptors, a line each; %R is the appliance root
 } rows[] = {
-    {"helper of a login", "/bin/pam-client", false,
+    {"/bin/pam-client", false,
      formData("form=login&action=login_userpass&username=--help&password=-o;id`id`"),
-     "arg -o\nfd 0 /dev/null\nfd 1 /dev/null\nfd 2 /dev/null\n"},
-    {"LLDP client",
-     "/sbin/lldpcli",
-     false,
-     {{"form", "lldpstatus"}, {"interface", "-x;id"}},
-     "arg -f\narg keyvalue\narg show\narg chassis\narg details\n"
-     "fd 0 /dev/null\nfd 1 pipe\nfd 2 /dev/null\n"
-     "arg -f\narg keyvalue\narg show\narg neighbor\narg details\n"
-     "fd 0 /dev/null\nfd 1 pipe\nfd 2 /dev/null\n"},
-    {"maker of an engine ID",
-     "/etc/scripts/initsnmpappconf",
-     true,
-     {{"form", "snmp"}, {"config.system.snmp.engineid", "-x;id"}},
-     "fd 0 /dev/null\nfd 1 pipe\nfd 2 /dev/null\n" // each of the two managers asks
-     "fd 0 /dev/null\nfd 1 pipe\nfd 2 /dev/null\n"},
-    {"configurator",
-     "/usr/lib/zandorin/configurators/systemsettings",
-     false,
-     {{"form", "systemsettings"}, {"apply", "1"}, {"config.system.name", "--help"}},
-     "arg %R/etc/config/config.xml\nfd 0 /dev/null\nfd 1 /dev/null\nfd 2 /dev/null\n"},
+     "arg -o\n" + closed},
+    {"/sbin/lldpcli", false, formData("form=lldpstatus&interface=-x;id"),
+     "arg -f\narg keyvalue\narg show\narg chassis\narg details\n" + piped +
+         "arg -f\narg keyvalue\narg show\narg neighbor\narg details\n" + piped},
+    {"/etc/scripts/initsnmpappconf", true, formData("form=snmp&config.system.snmp.engineid=-x;id"),
+     piped + piped}, // each of the two managers asks
+    {"/usr/lib/zandorin/configurators/systemsettings", false,
+     formData("form=systemsettings&apply=1&config.system.name=--help"),
+     "arg %R/etc/config/config.xml\n" + closed},
 };
 
 class StartedPrograms : public RequestTest {};
@@ -75,11 +66,10 @@ TEST_F(StartedPrograms, GetAnAllowListOfWhatTheRequestHas) {
             put(row.program, "exec " ZANDORIN_RECORDER "\n");
         else
             fs::copy_file(ZANDORIN_RECORDER, place);
-        const std::string cookie = row.fields[0].second == "login" ? "ZdSessionId=none" : login();
         // A web server that leaves descriptors open, and what a client may send.
         start({{"REQUEST_METHOD", "POST"},
                {"CONTENT_TYPE", "application/x-www-form-urlencoded"},
-               {"HTTP_COOKIE", cookie},
+               {"HTTP_COOKIE", row.fields[0].second == "login" ? "" : login()},
                {"HTTP_USER_AGENT", "() { :;}; touch started"},
                {"BASH_FUNC_test%%", "() { id; }"},
                {"BASH_ENV", "/etc/profile"},
@@ -94,10 +84,8 @@ TEST_F(StartedPrograms, GetAnAllowListOfWhatTheRequestHas) {
                 seen += line + "\n";
             else
                 EXPECT_NE(std::strstr(allowed_variables, (line.substr(3) + " ").c_str()), nullptr)
-                    << row.name << ": " << line;
-        const std::string expected =
-            std::regex_replace(std::string(row.expected), std::regex("%R"), onHost(""));
-        EXPECT_EQ(seen, expected) << row.name;
+                    << row.program << ": " << line;
+        EXPECT_EQ(seen, std::regex_replace(row.expected, std::regex("%R"), onHost("")));
     }
 }
 

@@ -42,20 +42,25 @@ mode_t ApplianceTest::modeOf(std::string_view path) {
     return ::stat(appliancePath(path).c_str(), &status) == 0 ? status.st_mode & 07777U : 0;
 }
 
-ScopedEnvironment::ScopedEnvironment(std::string name, const char *value)
-    : name_(std::move(name)), wasSet_(std::getenv(name_.c_str()) != nullptr),
-      before_(wasSet_ ? std::getenv(name_.c_str()) : "") {
+namespace {
+
+void setVariable(const std::string &name, const char *value) {
     if (value == nullptr)
-        ::unsetenv(name_.c_str());
+        ::unsetenv(name.c_str());
     else
-        ::setenv(name_.c_str(), value, 1);
+        ::setenv(name.c_str(), value, 1);
+}
+
+} // namespace
+
+ScopedEnvironment::ScopedEnvironment(std::string name, const char *value) : name_(std::move(name)) {
+    if (const char *before = std::getenv(name_.c_str()))
+        before_ = before;
+    setVariable(name_, value);
 }
 
 ScopedEnvironment::~ScopedEnvironment() {
-    if (wasSet_)
-        ::setenv(name_.c_str(), before_.c_str(), 1);
-    else
-        ::unsetenv(name_.c_str());
+    setVariable(name_, before_ ? before_->c_str() : nullptr);
 }
 
 } // namespace zandorin::test

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -34,8 +35,7 @@ class ScopedEnvironment {
 
   private:
     std::string name_;
-    bool wasSet_;
-    std::string before_;
+    std::optional<std::string> before_;
 };
 
 } // namespace zandorin::test

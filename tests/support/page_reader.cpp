@@ -1,8 +1,10 @@
 #include "tests/support/page_reader.h"
 
+#include "tests/support/request_test.h"
 #include "util/files.h"
 
 #include <regex>
+#include <sstream>
 
 namespace zandorin::test {
 
@@ -35,10 +37,7 @@ bool hasWord(const std::string &tag, const std::string &word) {
 }
 
 void readOptions(PageField &field, const std::string &content) {
-    static const std::regex option("<option[^>]*>");
-    for (std::sregex_iterator match(content.begin(), content.end(), option), end; match != end;
-         ++match) {
-        const std::string tag = match->str();
+    for (const std::string &tag : captures(content, "(<option[^>]*>)")) {
         field.options.push_back(attributeOf(tag, "value"));
         // The first is what a browser sends when none is selected.
         if (field.options.size() == 1 || hasWord(tag, "selected"))
@@ -101,14 +100,38 @@ std::map<std::string, std::string> readElements(const std::string &page) {
     return elements;
 }
 
+std::vector<DocumentedKey> documentedKeys() {
+    std::istringstream lines(
+        readFile(ZANDORIN_SOURCE_DIR "/docs/configuration.md").value_or("(missing)"));
+    static const std::regex heading("## (?:Page `([a-z]+)`: )?.*");
+    static const std::regex row("\\| `(config\\.[^`]+)` \\| ([a-z_0-9]+)[^|]*\\|.*");
+    std::vector<DocumentedKey> keys;
+    std::string page;
+    std::smatch match;
+    for (std::string line; std::getline(lines, line);)
+        if (std::regex_match(line, match, heading)) {
+            page = match[1];
+        } else if (std::regex_match(line, match, row)) {
+            std::string key = match[1];
+            for (const auto &[holder, name] : std::vector<std::pair<const char *, const char *>>{
+                     {"<port>", "console"}, {"<interface>", "wan"}, {"<[a-z]+>", "1"}})
+                key = std::regex_replace(key, std::regex(holder), name);
+            keys.push_back({key, match[2], page});
+        }
+    return keys;
+}
+
+std::set<std::string> settingsPages() {
+    std::set<std::string> pages;
+    for (const DocumentedKey &row : documentedKeys())
+        pages.insert(row.page);
+    pages.erase("");
+    return pages;
+}
+
 std::vector<std::string> navigationLeaves() {
-    const std::string file =
-        readFile(ZANDORIN_SOURCE_DIR "/rootfs/home/httpd/nav.xml").value_or("");
-    static const std::regex leaf("<leaf id=\"([^\"]*)\"");
-    std::vector<std::string> ids;
-    for (std::sregex_iterator match(file.begin(), file.end(), leaf), end; match != end; ++match)
-        ids.push_back((*match)[1]);
-    return ids;
+    return captures(readFile(ZANDORIN_SOURCE_DIR "/rootfs/home/httpd/nav.xml").value_or(""),
+                    "<leaf id=\"([^\"]*)\"");
 }
 
 } // namespace zandorin::test

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,18 @@ std::vector<PageField> readFields(const std::string &page);
 
 /// The elements that a page in debug mode says it has: name and type.
 std::map<std::string, std::string> readElements(const std::string &page);
+
+/// A row of docs/configuration.md: a key with typical names in place of its place holders, its
+/// type, and the page it stands under ("" for none).
+struct DocumentedKey {
+    std::string key;
+    std::string type;
+    std::string page;
+};
+std::vector<DocumentedKey> documentedKeys();
+
+/// Ids of the pages that it has keys of.
+std::set<std::string> settingsPages();
 
 /// Form ids of the navigation tree that the release has.
 std::vector<std::string> navigationLeaves();

@@ -10,6 +10,8 @@
 #include <csignal>
 #include <ctime>
 #include <filesystem>
+#include <iomanip>
+#include <regex>
 #include <sstream>
 #include <thread>
 
@@ -17,6 +19,7 @@
 #include <poll.h>
 #include <spawn.h>
 #include <stdlib.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -71,18 +74,19 @@ Fields formData(const std::string &text) {
     return fields;
 }
 
+std::vector<std::string> captures(const std::string &text, const std::string &pattern) {
+    const std::regex expression(pattern);
+    return {std::sregex_token_iterator(text.begin(), text.end(), expression, 1), {}};
+}
+
 Fields operator+(Fields fields, const Fields &more) {
     fields.insert(fields.end(), more.begin(), more.end());
     return fields;
 }
 
 std::string Response::headerLine(std::string_view name) const {
-    const std::string start = "\r\n" + std::string(name) + ": ";
-    const auto found = ("\r\n" + header).find(start);
-    if (found == std::string::npos)
-        return "";
-    const std::string rest = header.substr(found + start.size() - 2);
-    return rest.substr(0, rest.find("\r\n"));
+    const auto lines = captures("\n" + header, "\n" + std::string(name) + ": ([^\r]*)");
+    return lines.empty() ? "" : lines[0];
 }
 
 std::string Response::lacks(const std::vector<std::string> &texts) const {
@@ -94,6 +98,14 @@ std::string Response::lacks(const std::vector<std::string> &texts) const {
 std::string Response::holds(const std::vector<std::string> &texts) const {
     const auto found = std::find_if(texts.begin(), texts.end(), [&](auto &t) { return has(t); });
     return found == texts.end() ? "" : *found;
+}
+
+std::string Response::boxes(const std::string &kind) const {
+    std::string texts;
+    for (const std::string &text :
+         captures(body, "<p class=\"" + kind + "\"><font[^>]*><b>\\w+</b></font> (.*?)</p></body>"))
+        texts += (texts.empty() ? "" : "|") + text;
+    return texts;
 }
 
 std::string Response::part(std::string_view start, std::string_view end) const {
@@ -173,6 +185,26 @@ std::string RequestTest::login(const std::string &user, const std::string &id) {
     return "ZdSessionId=" + session;
 }
 
+void RequestTest::equip() const {
+    const std::string rule = "config.autoresponse.autoresponse1.";
+    configure(
+        formData("config.ui.debug=on&config.auth.pmshell.available=on&config.system.model=HX9008&"
+                 "config.system.sms.method=cellular&config.ports.port2.device.type=ups&"
+                 "config.ports.port3.device.type=enviro&config.ports.port4.device.type=rpc&"
+                 "config.power.outlets.outlet1.label=Rack&config.groups.total=7&"
+                 "config.groups.group7.name=ops&config.autoresponse.total=1") +
+        Fields{{rule + "name", "rule"},
+               {rule + "check_type", "webui_login"},
+               {rule + "webui_login.trigger_login", "on"},
+               {rule + "resolve_actions.total", "1"},
+               {rule + "resolve_actions.action1.type", "custom"}});
+    addUser("ann", {"pmshell"});
+    for (const char *path :
+         {"/etc/config/ssl_cert.pem", "/etc/config/ssl_key.pem", "/var/log/messages"})
+        put(path, "a line\n");
+    put("/var/run/snmpd/snmpapp.conf", "oldEngineID 0x8000\n");
+}
+
 Response RequestTest::get(const std::string &query, const std::string &cookie) {
     return request({{"REQUEST_METHOD", "GET"}, {"QUERY_STRING", query}, {"HTTP_COOKIE", cookie}});
 }
@@ -221,18 +253,16 @@ Running RequestTest::start(const Environment &variables, const std::string &body
     std::vector<std::string> command = wrapper;
     command.emplace_back(program);
 
-    // A file of its own for each request: several may be on their way.
-    const std::string input = onHost("/tmp/request-" + std::to_string(++requests_));
-    if (!replaceFile(input, body, 0600, Durable::no))
-        throw std::runtime_error("cannot write " + input);
+    const UniqueFd input(::memfd_create("request", MFD_CLOEXEC));
     int ends[2] = {-1, -1};
-    if (::pipe2(ends, O_CLOEXEC) != 0)
+    if (::pwrite(input.get(), body.data(), body.size(), 0) != static_cast<ssize_t>(body.size()) ||
+        ::pipe2(ends, O_CLOEXEC) != 0)
         throw std::runtime_error("cannot make a pipe");
     UniqueFd output(ends[0]);
     const UniqueFd page(ends[1]);
     posix_spawn_file_actions_t actions;
     ::posix_spawn_file_actions_init(&actions);
-    ::posix_spawn_file_actions_addopen(&actions, 0, input.c_str(), O_RDONLY, 0);
+    ::posix_spawn_file_actions_adddup2(&actions, input.get(), 0);
     ::posix_spawn_file_actions_adddup2(&actions, page.get(), 1);
     pid_t pid = -1;
     const int failed = ::posix_spawnp(&pid, command[0].c_str(), &actions, nullptr,
@@ -319,23 +349,17 @@ std::string RequestTest::log() const {
 }
 
 std::string RequestTest::encode(const Fields &fields) {
-    static constexpr char digits[] = "0123456789ABCDEF";
-    std::string text;
-    const auto append = [&text](const std::string &part) {
-        for (const char c : part) {
-            const auto byte = static_cast<unsigned char>(c);
-            text += '%';
-            text += digits[byte >> 4U];
-            text += digits[byte & 0xfU];
-        }
-    };
+    std::ostringstream text;
+    text << std::hex << std::uppercase << std::setfill('0');
     for (const auto &[name, value] : fields) {
-        text += text.empty() ? "" : "&";
-        append(name);
-        text += "=";
-        append(value);
+        text << (text.tellp() == 0 ? "" : "&");
+        for (const char c : name)
+            text << '%' << std::setw(2) << int{static_cast<unsigned char>(c)};
+        text << '=';
+        for (const char c : value)
+            text << '%' << std::setw(2) << int{static_cast<unsigned char>(c)};
     }
-    return text;
+    return text.str();
 }
 
 } // namespace zandorin::test

@@ -17,8 +17,9 @@ using Fields = std::vector<std::pair<std::string, std::string>>;
 
 /// The fields of "name=value&name=value", taken as they stand: nothing is decoded.
 Fields formData(const std::string &text);
-/// Both, those of `more` last.
 Fields operator+(Fields fields, const Fields &more);
+/// What the first group of the regular expression matches, for each match.
+std::vector<std::string> captures(const std::string &text, const std::string &pattern);
 
 /// What the program answered.
 struct Response {
@@ -33,6 +34,8 @@ struct Response {
     std::string holds(const std::vector<std::string> &texts) const;
     /// The one header line of that name without it; "" when missing.
     std::string headerLine(std::string_view name) const;
+    /// The texts of the boxes of a class such as "error-message", joined by "|".
+    std::string boxes(const std::string &kind = "error-message") const;
     /// The text of the body from `start` to the `end` that follows it, both included.
     std::string part(std::string_view start, std::string_view end) const;
 };
@@ -87,6 +90,9 @@ class RequestTest : public ::testing::Test {
     Running startPost(const Fields &fields, const std::string &cookie,
                       const std::vector<std::string> &wrapper = {});
 
+    /// Devices, a group, a user ann and an auto-response, so that pages have all that they can
+    /// have.
+    void equip() const;
     /// Adds a page made of templates, open to administrators, to the navigation.
     void addPage(const std::string &id, std::string_view def, std::string_view frm) const;
     /// Installs a configurator: the lines of a shell script, in the appliance's root folder.
@@ -121,7 +127,6 @@ class RequestTest : public ::testing::Test {
 
   private:
     std::string root_;
-    unsigned requests_ = 0;
     std::vector<std::string> expectedLog_;
 };
 

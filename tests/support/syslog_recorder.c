@@ -48,11 +48,3 @@ void __syslog_chk(int priority, int flag, const char *format, ...) {
     record(priority, format, arguments);
     va_end(arguments);
 }
-
-void openlog(const char *name, int option, int facility) {
-    (void)name;
-    (void)option;
-    (void)facility;
-}
-
-void closelog(void) {}

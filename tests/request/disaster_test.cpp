@@ -34,6 +34,22 @@ class Disaster : public Users {
     }
 };
 
+TEST_F(Disaster, FiftyWritersAtOnceLoseNothing) {
+    constexpr int writers = 50;
+    const auto key = [](int n) { return "config.w" + std::to_string(n) + ".a"; };
+    std::vector<Running> running;
+    const std::string cookie = login();
+    for (int n = 0; n < writers; ++n)
+        addPage("w" + std::to_string(n), "CGI_CALL(ui::addElement," + key(n) + ",A)", "");
+    for (int n = 0; n < writers; ++n)
+        running.push_back(startPost(
+            {{"form", "w" + std::to_string(n)}, {"apply", "on"}, {key(n), "value"}}, cookie));
+    for (int n = 0; n < writers; ++n)
+        EXPECT_TRUE(acknowledged(running[static_cast<std::size_t>(n)].finish())) << n;
+    for (int n = 0; n < writers; ++n)
+        EXPECT_EQ(stored(key(n)), "value");
+}
+
 TEST_F(Disaster, UsersAddedAtOnceAreThereOrWereRefused) {
     const auto name = [](int n) { return "user" + std::to_string(n); };
     // All of them from pages that were opened at the same time, for the same place of the list.

@@ -34,7 +34,7 @@ TEST_F(NavTreeTest, LoadsBranchesLeavesAndRoles) {
               0);
     const NavLeaf *leaf = nullptr;
     ASSERT_TRUE(tree_.getNavLeaf("a", leaf));
-    EXPECT_EQ(leaf->file + "|" + leaf->label, "a|A") << "the first of an id counts";
+    EXPECT_EQ(concat({leaf->file, "|", leaf->label}), "a|A") << "the first of an id counts";
     EXPECT_TRUE(leaf->hidden) << "present at all";
     EXPECT_EQ(leaf->shortcutPrecedence, 7);
     ASSERT_TRUE(tree_.getNavLeaf("b", leaf));

@@ -104,13 +104,14 @@ std::string FileStreamBuffer::processFuncs(std::string_view text) {
 
 std::string FileStreamBuffer::processVars(std::string text) const {
     ZANDORIN_TRACE();
+    std::string replaced; // takes turns with the text, so that both keep their memory
     for (const auto &[name, replacement] : replaceables_) {
-        std::string replaced;
+        replaced.clear();
         std::size_t done = 0;
         for (auto found = text.find(name); found != std::string::npos;
              found = text.find(name, done)) {
             logRecord(Priority::debug, "VARIABLE: %s", name.c_str());
-            replaced.reserve(text.size() + replacement.size());
+            replaced.reserve(text.capacity());
             replaced.append(text, done, found - done);
             replaced += replacement;
             done = found + name.size();
@@ -119,7 +120,7 @@ std::string FileStreamBuffer::processVars(std::string text) const {
         if (replaced.empty())
             continue;
         replaced.append(text, done);
-        text = std::move(replaced);
+        text.swap(replaced);
     }
     return text;
 }

@@ -57,9 +57,7 @@ bool Engine::isAuthorized(const std::string &formId) {
     const NavLeaf *leaf = nullptr;
     const bool found = navTree_.getNavLeaf(id, leaf);
     const roles_t formRoles = found ? leaf->roles : navTree_.roles();
-    Roles common;
-    roles_intersect(common.handle(), getUserRoles(), formRoles);
-    if (!roles_empty(common.get()))
+    if (roles_overlap(getUserRoles(), formRoles))
         return true;
     if (logEnabled(Priority::debug))
         logRecord(Priority::debug,

@@ -5,12 +5,15 @@
 #include "ui/escape.h"
 #include "ui/markup.h"
 #include "ui/page.h"
-#include "util/files.h"
+#include "util/fd.h"
 #include "util/paths.h"
 #include "util/strings.h"
 
 #include <algorithm>
 #include <cstdlib>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace zandorin::ui {
 
@@ -20,19 +23,15 @@ std::string formLink(const NavLeaf &leaf) {
     return concat({"?form=", leaf.id});
 }
 
-constexpr std::string_view icon_prefix = "icon-nav-";
-
-/// A leaf's icon is named after it, where somebody has drawn one: `drawn` are the files there are.
-std::string iconOf(const NavLeaf &leaf, const std::vector<std::string> &drawn) {
-    std::string file = concat({icon_prefix, leaf.id, ".png"});
-    if (!std::binary_search(drawn.begin(), drawn.end(), file))
-        return concat({icon_prefix, "default"});
-    file.resize(file.size() - std::string_view(".png").size());
-    return file;
+/// A leaf's icon is named after it, where somebody has drawn one in the folder `icons`.
+std::string iconOf(const NavLeaf &leaf, int icons) {
+    const std::string file = concat({"icon-nav-", leaf.id, ".png"});
+    const bool isDrawn = ::faccessat(icons, file.c_str(), F_OK, 0) == 0;
+    return concat({"icon-nav-", isDrawn ? leaf.id : "default"});
 }
 
-std::string panelEntry(const NavLeaf &leaf, const std::vector<std::string> &drawnIcons) {
-    return concat({"      <div id=\"related\"><img src=\"", pixmapPath(iconOf(leaf, drawnIcons)),
+std::string panelEntry(const NavLeaf &leaf, int icons) {
+    return concat({"      <div id=\"related\"><img src=\"", pixmapPath(iconOf(leaf, icons)),
                    "\" loading=\"lazy\" alt=\"\">", link(formLink(leaf), leaf.label), "</div>\n"});
 }
 
@@ -53,7 +52,7 @@ std::string getNavPanel(Engine &engine, const Arguments &) {
     std::string html = "  <script type=\"text/javascript\" src=\"" +
                        resourcePath("/scripts/nav.js") +
                        "\"></script>\n  <div id=\"related-links\">\n";
-    const auto drawnIcons = namesIn(appliancePath("/home/httpd/pixmaps"), icon_prefix);
+    const UniqueFd icons(::open(appliancePath("/home/httpd/pixmaps").c_str(), O_PATH | O_CLOEXEC));
     const auto &branches = engine.navTree().branches();
     if (branches.empty())
         html += "    <strong>No Items Found</strong>\n";
@@ -61,7 +60,7 @@ std::string getNavPanel(Engine &engine, const Arguments &) {
         std::string entries;
         for (const NavLeaf &leaf : branches[i].leaves)
             if (!leaf.hidden && engine.isOffered(leaf))
-                entries += panelEntry(leaf, drawnIcons);
+                entries += panelEntry(leaf, icons.get());
         // A branch with nothing in it for this user would only be a heading.
         if (!entries.empty())
             html += panelBranch(branches[i], std::to_string(i), entries);

@@ -135,6 +135,12 @@ int roles_intersect(roles_t *out, roles_t a, roles_t b) {
     return 0;
 }
 
+bool roles_overlap(roles_t a, roles_t b) {
+    return a != nullptr && std::any_of(a->names.begin(), a->names.end(), [b](const auto &name) {
+               return roles_has(b, name.c_str());
+           });
+}
+
 bool roles_equal(roles_t a, roles_t b) {
     const auto size = [](roles_t set) { return set == nullptr ? 0 : set->names.size(); };
     return size(a) == size(b) &&

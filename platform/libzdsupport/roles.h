@@ -35,6 +35,8 @@ int roles_add_from_user(roles_t *set, const char *user, const zandorin::ConfigMa
 int roles_add_from_group(roles_t *set, const char *group, const zandorin::ConfigManager &config);
 /// Makes `*out` the intersection of both sets; what it held before is released.
 int roles_intersect(roles_t *out, roles_t a, roles_t b);
+/// True when a role is in both sets.
+bool roles_overlap(roles_t a, roles_t b);
 bool roles_equal(roles_t a, roles_t b);
 bool roles_has(roles_t set, const char *name);
 bool roles_empty(roles_t set);

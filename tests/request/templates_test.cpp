@@ -135,6 +135,32 @@ TEST_F(Templates, Functions) {
     EXPECT_NE(call("getPmshellPamElements", def).find("<i>L</i>"), std::string::npos);
 }
 
+TEST_F(Templates, Navigation) {
+    put("/home/httpd/nav.xml",
+        "<tree><allow><role>admin</role></allow>"
+        "<branch label='A &amp; B'><leaf id='example' label='One &lt;' shortcut='Late' "
+        "shortcut_precedence='2'/><leaf id='veiled' label='V' hidden='' shortcut='Early'/></branch>"
+        "<branch label='Empty'><leaf id='c' label='C' hidden=''/></branch></tree>");
+    configure("config.ui.nav.hidden.entry1", "x");
+    const std::string panel =
+        "  <script type=\"text/javascript\" src=\"/scripts/nav.js\"></script>\n"
+        "  <div id=\"related-links\">\n"
+        "    <h4 class=\"sub-title\" onclick=\"navToggle(0)\"><img class=\"sub-title\" "
+        "id=\"icon0\" "
+        "src=\"/pixmaps/icon-collapse.png\" loading=\"lazy\" alt=\"\">A &amp; B</h4>\n"
+        "    <div class=\"branch\" id=\"branch0\">\n"
+        "      <div id=\"related\"><img src=\"/pixmaps/icon-nav-default.png\" loading=\"lazy\" "
+        "alt=\"\"><a href=\"?form=example\">One &lt;</a></div>\n    </div>\n"
+        "  <script type=\"text/javascript\">navInit(1, 2);</script>\n  </div>\n";
+    EXPECT_EQ(call("getNavPanel"), "[" + panel + "]");
+    put("/home/httpd/pixmaps/icon-nav-example.png", "");
+    EXPECT_NE(call("getNavPanel").find("icon-nav-example.png"), std::string::npos);
+    EXPECT_EQ(call("getShortcuts"),
+              "[<td class=\"top-button\"><a href=\"?form=veiled\"><img "
+              "src=\"/pixmaps/icon-veiled.png\"><br/>Early</a></td><td class=\"top-button\"><a "
+              "href=\"?form=example\"><img src=\"/pixmaps/icon-example.png\"><br/>Late</a></td>]");
+}
+
 TEST_F(Templates, SystemFiles) {
     const std::tuple<const char *, const char *, const char *> rows[] = {
         {"273906.9 1.0\n", "getUptime", "[3 days, 4 hours, 5 mins, 6 secs]"},

@@ -74,6 +74,9 @@ TEST(RoleSets, Operations) {
         EXPECT_EQ(roles_intersect(both.handle(), first->get(), b.get()), 0);
         EXPECT_EQ(text(both), "y");
     }
+    EXPECT_TRUE(roles_overlap(a.get(), b.get()));
+    EXPECT_FALSE(roles_overlap(make({"x"}).get(), b.get()) || roles_overlap(nullptr, b.get()) ||
+                 roles_overlap(a.get(), nullptr));
     EXPECT_TRUE(roles_equal(make({"y", "x"}).get(), a.get()));
     EXPECT_FALSE(roles_equal(b.get(), a.get()) || roles_equal(nullptr, a.get()));
     EXPECT_FALSE(roles_has(a.get(), "X"));

@@ -1,5 +1,6 @@
 """What page scripts add: judgement while one types, nothing lost, news of long work; and what a visit costs."""
 import gzip
+import time
 
 import pytest
 from conftest import Browser, chromium
@@ -162,7 +163,8 @@ MOVED = """
 
 
 def first_visit(browser):
-    """To a page of settings; answers after how many milliseconds it was painted."""
+    """To a page of settings, by a browser at rest; answers after how many milliseconds it was painted."""
+    time.sleep(0.3)
     browser.driver.execute_cdp_cmd("Network.clearBrowserCache", {})
     browser.open("?form=smtp")
     return browser.driver.execute_async_script(PAINTED)
@@ -170,7 +172,7 @@ def first_visit(browser):
 
 def test_what_a_visit_costs(browser):
     browser.log_in()
-    painted = sorted(first_visit(browser) for _ in range(5))[2]
+    painted = sorted(first_visit(browser) for _ in range(9))
     moved = browser.driver.execute_async_script(MOVED)
     first = browser.driver.execute_script(COST)  # by now with the icons, which come after the page
     browser.open("?form=smtp")
@@ -179,7 +181,7 @@ def test_what_a_visit_costs(browser):
     assert "/css/management.css" in names and "/scripts/find.js" in names and len(names) > 15
     total = sum(size for _, size, _ in first) + len((browser.appliance.root / "home/httpd/pixmaps/fav.ico").read_bytes())
     print(f"\nfirst visit: {total} bytes in {len(names)} answers, moved {moved:.4f}; "
-          f"painted after {painted:.0f} ms (median of five)")
+          f"painted after {painted[4]:.0f} ms (of nine visits {painted[0]:.0f} to {painted[8]:.0f})")
     assert moved < 0.05
     assert 10_000 < total <= LIMIT
     assert [name for name, size, _ in second[1:] if size] == [], "loaded twice"

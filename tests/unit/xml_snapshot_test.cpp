@@ -68,6 +68,8 @@ TEST_F(XmlSnapshot, EveryChangeOfTheFileIsNoticed) {
         {"and again", "<r>3</r>", "3"},
         {"longer", "<r>four</r>", "four"},
         {"damaged", "<r>four<r>", "<line 1: "},
+        {"truncated", "<r>fo", "<line 1: "},
+        {"empty", "", "<line 1: "},
         {"mended", "<r>5</r>", "5"},
     };
     for (const auto &[name, contents, expected] : rows) {

@@ -78,7 +78,7 @@ std::string FileStreamBuffer::processFuncs(std::string_view text) {
     ZANDORIN_TRACE();
     // The navigation panel and what else a call answers: rarely more, and unused memory costs
     // nothing.
-    constexpr std::size_t usual_answers = 16384;
+    constexpr std::size_t usual_answers = 8192;
     std::string output;
     output.reserve(text.size() + usual_answers);
     for (;;) {

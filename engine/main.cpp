@@ -3,8 +3,18 @@
 #include "util/log.h"
 #include "util/paths.h"
 
+#include <cstdlib>
+#include <exception>
+
 #include <sys/stat.h>
 #include <unistd.h>
+
+// What libstdc++ calls for an exception that nothing can catch. Its own names the exception's type,
+// and brings a demangler of 49 KB for that.
+void __gnu_cxx::__verbose_terminate_handler() {
+    zandorin::logRecord(zandorin::Priority::fatal, "An exception escaped");
+    std::abort();
+}
 
 namespace {
 

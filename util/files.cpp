@@ -59,7 +59,7 @@ std::optional<std::string> readFile(int fd, std::size_t limit) {
         return std::nullopt;
     const std::size_t announced =
         status.st_size > 0 ? static_cast<std::size_t>(status.st_size) : 4095;
-    // One byte more than announced, so that the end is seen without growing.
+    // One byte more than announced, so that more than is allowed shows.
     std::string contents(std::min(announced, limit) + 1, '\0');
     std::size_t filled = 0;
     for (;;) {
@@ -75,6 +75,8 @@ std::optional<std::string> readFile(int fd, std::size_t limit) {
             errno = EFBIG;
             return std::nullopt;
         }
+        if (filled == static_cast<std::size_t>(status.st_size))
+            break;
         if (filled == contents.size())
             contents.resize(2 * filled);
     }

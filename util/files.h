@@ -17,7 +17,8 @@ namespace zandorin {
 std::optional<std::string> readFile(const std::string &path,
                                     std::size_t limit = std::size_t{64} * 1024 * 1024);
 
-/// The same for what is open as `fd`, from its position on.
+/// The same for what is open as `fd`, from its position on; of a file that grows meanwhile at least
+/// as much as it held at first.
 std::optional<std::string> readFile(int fd, std::size_t limit = std::size_t{64} * 1024 * 1024);
 
 /// The names in the folder `path` (of this machine) that begin with `prefix`, in order of their

@@ -12,7 +12,22 @@ namespace zandorin {
 
 namespace {
 
+const char *categoryName = nullptr; // null until openLog
 log4c_category_t *category = nullptr;
+Priority leastPriority = Priority::info;
+
+/// Most requests have nothing to tell, so the category is opened by the first record.
+log4c_category_t *openCategory() {
+    // log4c_init would read configuration files from the working directory at every request.
+    log4c_category_t *opened = log4c_category_get(categoryName);
+    if (log4c_category_get_appender(opened) == nullptr) {
+        log4c_appender_t *appender = log4c_appender_get("cgi");
+        log4c_appender_set_type(appender, &log4c_appender_type_syslog);
+        log4c_category_set_appender(opened, appender);
+    }
+    log4c_category_set_priority(opened, static_cast<int>(leastPriority));
+    return opened;
+}
 
 void replaceControlCharacters(char *text) {
     for (char *c = text; *c != '\0'; ++c) {
@@ -26,22 +41,21 @@ void replaceControlCharacters(char *text) {
 } // namespace
 
 void openLog(const char *name) {
-    // log4c_init would read configuration files from the working directory at every request.
-    category = log4c_category_get(name);
-    log4c_appender_t *appender = log4c_appender_get("cgi");
-    log4c_appender_set_type(appender, &log4c_appender_type_syslog);
-    log4c_category_set_appender(category, appender);
-    setLogPriority(Priority::info);
+    categoryName = name;
+    category = nullptr;
+    leastPriority = Priority::info;
 }
 
 void setLogPriority(Priority least) {
+    if (categoryName == nullptr)
+        return;
+    leastPriority = least;
     if (category != nullptr)
         log4c_category_set_priority(category, static_cast<int>(least));
 }
 
 bool logEnabled(Priority priority) {
-    return category != nullptr &&
-           log4c_category_is_priority_enabled(category, static_cast<int>(priority)) != 0;
+    return categoryName != nullptr && priority <= leastPriority;
 }
 
 void logRecord(Priority priority, const char *format, ...) {
@@ -55,6 +69,8 @@ void logRecord(Priority priority, const char *format, ...) {
     if (length < 0)
         return;
     replaceControlCharacters(text);
+    if (category == nullptr)
+        category = openCategory();
     log4c_category_log(category, static_cast<int>(priority), "%s", text);
 }
 

@@ -12,8 +12,9 @@ enum class Priority : int {
     trace = 800,
 };
 
-/// Opens the log: the log4c category `category` with the syslog appender "cgi", at priority info.
-/// Records written before are dropped. Calling it again switches to another category.
+/// Opens the log: the log4c category `category` with its appender, which is the syslog appender
+/// "cgi" unless it has one already, at priority info. Records written before are dropped. Calling
+/// it again switches to another category. The name is kept, not copied.
 void openLog(const char *category);
 
 /// Records graver than or equal to `least` are written from now on; no effect before openLog.

@@ -31,6 +31,7 @@ LogCapture::LogCapture(Priority least) {
 }
 
 LogCapture::~LogCapture() {
+    log4c_category_set_appender(log4c_category_get("zandorin-tests"), nullptr);
     openLog("zandorin-tests");
 }
 

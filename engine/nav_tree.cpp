@@ -48,17 +48,17 @@ void loadRoles(const XmlImage &file, Element allow, Roles &roles, bool reportOth
 void loadLeaf(const XmlImage &file, Element element, NavBranch &branch) {
     NavLeaf leaf;
     bool isLabelled = false;
+    bool hasFile = false;
     for (Element attribute = file.firstAttribute(element); attribute != XmlImage::none;
          attribute = file.nextAttribute(attribute)) {
         const std::string_view name = file.name(attribute);
         const std::string_view text = file.text(attribute);
-        isLabelled = isLabelled || name == "label";
         if (name == "id")
             leaf.id = text;
         else if (name == "label")
-            leaf.label = text;
+            isLabelled = true, leaf.label = text;
         else if (name == "file")
-            leaf.file = text;
+            hasFile = true, leaf.file = text;
         else if (name == "args")
             leaf.args = text;
         else if (name == "hidden")
@@ -76,7 +76,7 @@ void loadLeaf(const XmlImage &file, Element element, NavBranch &branch) {
     }
     if (leaf.id.empty())
         return;
-    if (!file.attribute(element, "file"))
+    if (!hasFile)
         leaf.file = leaf.id;
     leaf.branchLabel = branch.label;
     branch.leaves.push_back(leaf);

@@ -18,7 +18,7 @@ static std::optional<XmlImage> map(const std::string &bytes) {
     const UniqueFd file(::memfd_create("image", MFD_CLOEXEC));
     const std::size_t offset = (page - bytes.size() % page) / alignment * alignment;
     put(file.get(), std::string(offset, 'x') + bytes);
-    return XmlImage::map(file.get(), offset);
+    return XmlImage::open(file.get(), offset);
 }
 
 void run(std::string_view data) {

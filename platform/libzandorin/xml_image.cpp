@@ -23,6 +23,9 @@ struct Header {
     std::uint32_t strings;
 };
 
+/// Up to here reading is cheaper than mapping, which costs as much as some pages of memory.
+constexpr std::size_t longest_read = 16384;
+
 /// First character of a stored name. Attributes of a node stand before its child elements.
 constexpr char element_mark = '<';
 constexpr char attribute_mark = '@';
@@ -137,7 +140,7 @@ class XmlImage::Builder {
 };
 
 XmlImage::XmlImage(const XmlNode &document) : owned_(Builder(document).bytes()) {
-    adopt(owned_);
+    adopt(0);
 }
 
 XmlImage::XmlImage(XmlImage &&other) noexcept {
@@ -148,12 +151,11 @@ XmlImage &XmlImage::operator=(XmlImage &&other) noexcept {
     if (this == &other)
         return *this;
     unmap();
-    const bool isOwned = other.mapped_.empty();
-    owned_ = std::move(other.owned_);
+    owned_ = std::exchange(other.owned_, {});
     mapped_ = std::exchange(other.mapped_, {});
-    bytes_ = isOwned ? std::string_view(owned_) : other.bytes_;
+    offset_ = std::exchange(other.offset_, 0);
+    bytes_ = whole().substr(offset_);
     nodeCount_ = std::exchange(other.nodeCount_, 0);
-    other.owned_.clear();
     other.bytes_ = {};
     return *this;
 }
@@ -168,23 +170,31 @@ void XmlImage::unmap() {
     mapped_ = {};
 }
 
-std::optional<XmlImage> XmlImage::map(int fd, std::size_t offset) {
+std::optional<XmlImage> XmlImage::open(int fd, std::size_t offset) {
     struct stat status = {};
     if (::fstat(fd, &status) != 0 || status.st_size <= static_cast<off_t>(offset) ||
         static_cast<std::uint64_t>(status.st_size) > SIZE_MAX)
         return std::nullopt;
     const auto size = static_cast<std::size_t>(status.st_size);
-    const void *start = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
-    if (start == MAP_FAILED)
-        return std::nullopt;
     XmlImage image;
-    image.mapped_ = {static_cast<const char *>(start), size};
-    if (!image.adopt(image.mapped_.substr(offset)))
+    if (size <= longest_read) {
+        image.owned_.resize(size);
+        if (::pread(fd, image.owned_.data(), size, 0) != static_cast<ssize_t>(size))
+            return std::nullopt;
+    } else {
+        const void *start = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
+        if (start == MAP_FAILED)
+            return std::nullopt;
+        image.mapped_ = {static_cast<const char *>(start), size};
+    }
+    if (!image.adopt(offset))
         return std::nullopt;
     return image;
 }
 
-bool XmlImage::adopt(std::string_view bytes) {
+/// Of the whole, what begins at `offset`; false when that is no image.
+bool XmlImage::adopt(std::size_t offset) {
+    const std::string_view bytes = whole().substr(offset);
     if (bytes.size() < sizeof(Header))
         return false;
     const auto header = valueAt<Header>(bytes, 0);
@@ -193,6 +203,7 @@ bool XmlImage::adopt(std::string_view bytes) {
                                header.strings;
     if (size != bytes.size() || header.nodes == 0 || header.strings == 0 || bytes.back() != '\0')
         return false;
+    offset_ = offset;
     bytes_ = bytes;
     nodeCount_ = header.nodes;
     return true;
@@ -209,15 +220,16 @@ XmlImage::Element XmlImage::sortedAt(Element position) const {
                                         position * sizeof(Element));
 }
 
-std::string_view XmlImage::stringAt(std::uint32_t offset) const {
+/// Ends with a zero.
+const char *XmlImage::stringAt(std::uint32_t offset) const {
     if (bytes_.empty())
-        return {};
+        return "";
     const std::size_t strings = sizeof(Header) + nodeCount_ * (sizeof(Node) + sizeof(Element));
     // The last byte is a zero: a string ends there at the latest.
     return offset < bytes_.size() - strings ? bytes_.data() + strings + offset : "";
 }
 
-std::string_view XmlImage::markedName(Element element) const {
+const char *XmlImage::markedName(Element element) const {
     return stringAt(at(element).name);
 }
 
@@ -234,10 +246,8 @@ XmlImage::Range XmlImage::childrenOf(Element element) const {
 XmlImage::Element XmlImage::find(Element parent, char mark, std::string_view name) const {
     // Below zero when the child's name comes first.
     const auto compare = [&](Element position) {
-        const std::string_view stored = markedName(sortedAt(position));
-        const char storedMark = stored.empty() ? '\0' : stored.front();
-        return storedMark != mark ? storedMark - mark
-                                  : stored.substr(stored.empty() ? 0 : 1).compare(name);
+        const char *stored = markedName(sortedAt(position));
+        return *stored != mark ? *stored - mark : std::string_view(stored + 1).compare(name);
     };
     const Range children = childrenOf(parent);
     Element low = children.first;
@@ -257,7 +267,7 @@ XmlImage::Element XmlImage::child(Element parent, std::string_view name) const {
 
 /// From `element` on, the first sibling of that mark.
 XmlImage::Element XmlImage::skipTo(char mark, Element element) const {
-    while (element < nodeCount_ && !markedName(element).starts_with(mark)) {
+    while (element < nodeCount_ && *markedName(element) != mark) {
         if ((at(element).children & last_child) != 0)
             return none;
         ++element;
@@ -276,17 +286,17 @@ XmlImage::Element XmlImage::next(Element element) const {
 
 XmlImage::Element XmlImage::firstAttribute(Element element) const {
     const Element first = childrenOf(element).first;
-    return markedName(first).starts_with(attribute_mark) ? first : none;
+    return *markedName(first) == attribute_mark ? first : none;
 }
 
 XmlImage::Element XmlImage::nextAttribute(Element attribute) const {
     const bool isLast = attribute >= nodeCount_ || (at(attribute).children & last_child) != 0;
-    return !isLast && markedName(attribute + 1).starts_with(attribute_mark) ? attribute + 1 : none;
+    return !isLast && *markedName(attribute + 1) == attribute_mark ? attribute + 1 : none;
 }
 
 std::string_view XmlImage::name(Element element) const {
-    const std::string_view stored = markedName(element);
-    return stored.substr(stored.empty() ? 0 : 1);
+    const char *stored = markedName(element);
+    return *stored == '\0' ? stored : stored + 1;
 }
 
 std::string_view XmlImage::text(Element element) const {

@@ -33,17 +33,15 @@ class XmlImage {
     XmlImage &operator=(const XmlImage &) = delete;
     ~XmlImage();
 
-    /// The image that stands in the open file from the byte `offset` (a multiple of 8) to the end,
-    /// mapped, not read. The file may be replaced meanwhile, but must not be written in place. None
-    /// when the lengths do not fit together.
-    static std::optional<XmlImage> map(int fd, std::size_t offset);
+    /// The image that stands in the open file from the byte `offset` (a multiple of 8) to the end.
+    /// A long one is mapped, not read: the file may be replaced meanwhile, but must not be written
+    /// in place. None when the lengths do not fit together.
+    static std::optional<XmlImage> open(int fd, std::size_t offset);
 
-    /// What stands before the mapped image in its file; valid as long as the image is.
-    std::string_view preface() const {
-        return mapped_.substr(0, mapped_.size() - (mapped_.empty() ? 0 : bytes_.size()));
-    }
+    /// What stands before the opened image in its file; valid as long as the image is.
+    std::string_view preface() const { return whole().substr(0, offset_); }
 
-    /// What map() finds again; valid as long as the image is.
+    /// What open() finds again; valid as long as the image is.
     std::string_view bytes() const { return bytes_; }
 
     /// The first child element of that name, none when there is none.
@@ -68,18 +66,20 @@ class XmlImage {
     struct Node;
     struct Range;
 
-    bool adopt(std::string_view bytes);
+    bool adopt(std::size_t offset);
     void unmap();
+    std::string_view whole() const { return mapped_.empty() ? owned_ : mapped_; }
     Node at(Element element) const;
     Element sortedAt(Element position) const;
-    std::string_view stringAt(std::uint32_t offset) const;
-    std::string_view markedName(Element element) const;
+    const char *stringAt(std::uint32_t offset) const;
+    const char *markedName(Element element) const;
     Range childrenOf(Element element) const;
     Element find(Element parent, char mark, std::string_view name) const;
     Element skipTo(char mark, Element element) const;
 
-    std::string owned_;       // when it was made here
-    std::string_view mapped_; // when it is a file's: what is to be unmapped
+    std::string owned_;       // when it was made or read here
+    std::string_view mapped_; // otherwise: what is to be unmapped
+    std::size_t offset_ = 0;  // in either, of the image
     std::string_view bytes_;  // header, nodes, sorted numbers, strings
     std::uint32_t nodeCount_ = 0;
 };

@@ -68,7 +68,7 @@ void save(const std::string &path, const Preface &preface, const XmlImage &image
 /// The snapshot of the file in the state of `stamp`; none when there is none.
 std::optional<XmlImage> load(const std::string &path, const FileStamp &stamp) {
     const UniqueFd file(::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW));
-    auto image = file ? XmlImage::map(file.get(), sizeof(Preface)) : std::nullopt;
+    auto image = file ? XmlImage::open(file.get(), sizeof(Preface)) : std::nullopt;
     if (!image)
         return std::nullopt;
     const Preface expected;

@@ -2,7 +2,6 @@
 
 #include "util/log.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <cstring>
@@ -115,26 +114,26 @@ constexpr Encoding xml_text_encoding = makeXmlText();
 constexpr Encoding xml_attribute_encoding = makeXmlAttribute();
 constexpr Encoding all_hex_encoding = makeAllHex();
 
-std::string encode(const Encoding &encoding, std::string_view text) {
-    const auto stands = [&encoding](char c) {
-        return encoding[static_cast<unsigned char>(c)].length == 0;
-    };
+/// Adds the encoded text.
+void encodeTo(std::string &encoded, const Encoding &encoding, std::string_view text) {
     const char *run = text.data();
     const char *const end = run + text.size();
-    const char *const first = std::find_if_not(run, end, stands);
-    if (first == end)
-        return std::string(text);
-    std::string encoded;
-    encoded.reserve(2 * text.size());
-    for (const char *c = first; c != end; ++c) {
+    for (const char *c = run; c != end; ++c) {
         const Replacement &replacement = encoding[static_cast<unsigned char>(*c)];
         if (replacement.length == 0)
             continue;
-        encoded.append(run, c);
+        if (run == text.data())
+            encoded.reserve(encoded.size() + 2 * text.size());
+        encoded.append(run, static_cast<std::size_t>(c - run));
         encoded += replacement.view();
         run = c + 1;
     }
-    encoded.append(run, end);
+    encoded.append(run, static_cast<std::size_t>(end - run));
+}
+
+std::string encode(const Encoding &encoding, std::string_view text) {
+    std::string encoded;
+    encodeTo(encoded, encoding, text);
     return encoded;
 }
 
@@ -189,6 +188,10 @@ std::string escapeXmlText(std::string_view text) {
 
 std::string escapeXmlAttribute(std::string_view text) {
     return encode(xml_attribute_encoding, text);
+}
+
+void appendXmlAttribute(std::string &markup, std::string_view text) {
+    encodeTo(markup, xml_attribute_encoding, text);
 }
 
 int encode_safe(const char *input, char *buffer, std::size_t size, std::size_t *length) {

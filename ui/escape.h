@@ -25,6 +25,8 @@ std::string escapeXmlText(std::string_view text);
 
 /// An attribute's value: as text between tags, and both quotes too.
 std::string escapeXmlAttribute(std::string_view text);
+/// Adds the escaped value, which must not lie in `markup`.
+void appendXmlAttribute(std::string &markup, std::string_view text);
 
 /// Writes at most size - 1 bytes of the encoding into `buffer`, when it is not null, and the full
 /// encoded length into *length. Always 0.

@@ -16,9 +16,9 @@ std::string valueAttribute(const std::string &value) {
 
 std::string inputButton(const std::string &type, const std::string &name, const std::string &label,
                         const std::string &onClick, bool disabled) {
-    return "<input" + attribute("name", name) + " class=\"formbtn\"" + attribute("value", label) +
-           attribute("type", type) + scriptAttribute("onClick", onClick) +
-           (disabled ? " disabled" : "") + ">";
+    return concat({"<input", attribute("name", name), " class=\"formbtn\"",
+                   attribute("value", label), attribute("type", type),
+                   scriptAttribute("onClick", onClick), disabled ? " disabled" : "", ">"});
 }
 
 /// Options that are not told apart by a label of their own, as the device and power menus have
@@ -44,26 +44,33 @@ std::string textInput(const TextInput &input) {
     if (!password && !input.unsafe && shown != input.value)
         logRecord(Priority::warn, "Unsafe string detected: %s = %s", input.name.c_str(),
                   input.value.c_str());
-    std::string html = "<input" + attribute("type", input.type) + " class=\"formfield\"" +
-                       attribute("name", input.name) + " ";
+    std::string html = "<input";
+    html.reserve(160);
+    appendAttribute(html, "type", input.type);
+    html += " class=\"formfield\"";
+    appendAttribute(html, "name", input.name);
+    html += ' ';
     if (!shown.empty())
-        html += "value=\"" + shown + "\" ";
-    html += attribute("size", std::to_string(input.size));
+        append(html, {"value=\"", shown, "\" "});
+    appendAttribute(html, "size", std::to_string(input.size));
     if (input.maxlength > 0)
-        html += attribute("maxlength", std::to_string(input.maxlength));
+        appendAttribute(html, "maxlength", std::to_string(input.maxlength));
     if (!input.allowAutocomplete)
         html += " autocomplete=\"off\"";
-    return html + ">";
+    html += '>';
+    return html;
 }
 
 std::string textAreaInput(const std::string &name, const std::string &value, int rows, int cols) {
     ZANDORIN_TRACE();
-    std::string html = "<textarea" + attribute("name", name);
+    std::string html = "<textarea";
+    appendAttribute(html, "name", name);
     if (rows > 0)
-        html += attribute("rows", std::to_string(rows));
+        appendAttribute(html, "rows", std::to_string(rows));
     if (cols > 0)
-        html += attribute("cols", std::to_string(cols));
-    return html + ">" + encodeSafe(value) + "</textarea>";
+        appendAttribute(html, "cols", std::to_string(cols));
+    append(html, {">", encodeSafe(value), "</textarea>"});
+    return html;
 }
 
 std::string menuInput(const std::string &name, const std::vector<Option> &options,
@@ -112,9 +119,9 @@ std::string radioInput(const std::string &name, const std::vector<Option> &optio
 std::string checkInput(const std::string &name, bool checked, bool disabled,
                        const std::string &onClick) {
     ZANDORIN_TRACE();
-    return "<input type=\"checkbox\"" + attribute("name", name) + " value=\"on\"" +
-           (disabled ? " disabled" : "") + (checked ? " checked" : "") +
-           scriptAttribute("onClick", onClick) + ">";
+    return concat({"<input type=\"checkbox\"", attribute("name", name), " value=\"on\"",
+                   disabled ? " disabled" : "", checked ? " checked" : "",
+                   scriptAttribute("onClick", onClick), ">"});
 }
 
 std::string getApplyButton(const std::string &name, const std::string &label,

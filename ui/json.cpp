@@ -4,7 +4,9 @@ namespace zandorin::ui {
 
 std::string jsonString(std::string_view text) {
     static constexpr char digits[] = "0123456789abcdef";
-    std::string json = "\"";
+    std::string json;
+    json.reserve(text.size() + 2);
+    json += '"';
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
         if (byte >= 0x20 && byte < 0x7f && c != '"' && c != '\\' && c != '<') {
@@ -15,7 +17,8 @@ std::string jsonString(std::string_view text) {
         json += digits[byte >> 4U];
         json += digits[byte & 0xfU];
     }
-    return json + "\"";
+    json += '"';
+    return json;
 }
 
 } // namespace zandorin::ui

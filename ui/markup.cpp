@@ -5,16 +5,17 @@
 
 namespace zandorin::ui {
 
-namespace {
-
-std::string quoted(std::string_view name, std::string_view value) {
-    return concat({" ", name, "=\"", value, "\""});
+void appendAttribute(std::string &markup, std::string_view name, std::string_view value) {
+    append(markup, {" ", name, "=\""});
+    appendXmlAttribute(markup, value);
+    markup += '"';
 }
 
-} // namespace
-
 std::string attribute(std::string_view name, std::string_view value) {
-    return quoted(name, escapeXmlAttribute(value));
+    std::string markup;
+    markup.reserve(name.size() + value.size() + std::string_view(" =\"\"").size());
+    appendAttribute(markup, name, value);
+    return markup;
 }
 
 std::string optionalAttribute(std::string_view name, std::string_view value) {
@@ -22,7 +23,7 @@ std::string optionalAttribute(std::string_view name, std::string_view value) {
 }
 
 std::string scriptAttribute(std::string_view name, std::string_view script) {
-    return script.empty() ? "" : quoted(name, script);
+    return script.empty() ? "" : concat({" ", name, "=\"", script, "\""});
 }
 
 } // namespace zandorin::ui

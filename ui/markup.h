@@ -9,6 +9,8 @@ namespace zandorin::ui {
 
 /// ` name="value"`, the value escaped.
 std::string attribute(std::string_view name, std::string_view value);
+/// Adds the same. Neither text may lie in `markup`.
+void appendAttribute(std::string &markup, std::string_view name, std::string_view value);
 
 /// The same, or nothing for an empty value.
 std::string optionalAttribute(std::string_view name, std::string_view value);

@@ -57,17 +57,20 @@ std::string pixmapPath(std::string_view name) {
 std::string openPage(const std::string &title, const std::string &contentType,
                      const std::string &styleSheet, const std::string &favicon) {
     ZANDORIN_TRACE();
-    std::string html = doctype;
-    html += "<html>\n\t<head>\n\t<meta http-equiv=\"X-UA-Compatible\" content=\"IE=7\">\n";
-    html += "\t\t<title>" + title + "</title>\n";
-    html += "\t\t<meta http-equiv=\"Content-Type\" content=\"" + escapeXmlAttribute(contentType) +
-            "; charset=iso-8859-1\"/>\n";
+    std::string html;
+    html.reserve(700);
+    append(html, {doctype,
+                  "<html>\n\t<head>\n\t<meta http-equiv=\"X-UA-Compatible\" content=\"IE=7\">\n"
+                  "\t\t<title>",
+                  title, "</title>\n\t\t<meta http-equiv=\"Content-Type\" content=\"",
+                  escapeXmlAttribute(contentType), "; charset=iso-8859-1\"/>\n"});
     if (!styleSheet.empty())
-        html += "\t\t<link href=\"" + resourcePath(styleSheet) +
-                "\" rel=\"stylesheet\" type=\"text/css\"/>\n";
+        append(html, {"\t\t<link href=\"", resourcePath(styleSheet),
+                      "\" rel=\"stylesheet\" type=\"text/css\"/>\n"});
     if (!favicon.empty())
-        html += "\t\t<link href=\"" + resourcePath(favicon) + "\" rel=\"shortcut icon\"/>\n";
-    return html + "\t</head>\n\t<body>\n";
+        append(html, {"\t\t<link href=\"", resourcePath(favicon), "\" rel=\"shortcut icon\"/>\n"});
+    html += "\t</head>\n\t<body>\n";
+    return html;
 }
 
 std::string closePage() {

@@ -64,17 +64,23 @@ void Table::openRow() {
     levels_.push_back(Level::row);
 }
 
-void Table::openCell(const std::string &cssClass, int colspan, const std::string &valign,
-                     const std::string &width) {
+void Table::openCell(std::string_view cssClass, int colspan, std::string_view valign,
+                     std::string_view width) {
     ZANDORIN_TRACE();
     if (!top(Level::row)) {
         misuse("ui::Table::openCell() called inappropriately");
         return;
     }
-    out_ << concat({"<td", optionalAttribute("class", cssClass),
-                    colspan == 0 ? "" : attribute("colspan", std::to_string(colspan)),
-                    optionalAttribute("valign", valign),
-                    attribute("width", width.empty() ? defaultWidth(cssClass) : width), ">"});
+    std::string markup = "<td";
+    markup.reserve(80);
+    if (!cssClass.empty())
+        appendAttribute(markup, "class", cssClass);
+    if (colspan != 0)
+        appendAttribute(markup, "colspan", std::to_string(colspan));
+    if (!valign.empty())
+        appendAttribute(markup, "valign", valign);
+    appendAttribute(markup, "width", width.empty() ? defaultWidth(cssClass) : width);
+    out_ << (markup += '>');
     levels_.push_back(Level::cell);
 }
 
@@ -124,7 +130,7 @@ void Table::unsafeCell(const std::string &cssClass, const std::string &markup,
          << optionalAttribute("width", width) << ">" << markup << "</td>";
 }
 
-void Table::spanningRow(const std::string &cssClass, const std::string &markup) {
+void Table::spanningRow(std::string_view cssClass, std::string_view markup) {
     openRow();
     openCell(cssClass, whole_table);
     out_ << markup;
@@ -136,15 +142,15 @@ void Table::spacerRow() {
     spanningRow("spacer", "");
 }
 
-void Table::titleRow(const std::string &title) {
+void Table::titleRow(std::string_view title) {
     spanningRow("sub-title", escapeXmlText(title));
 }
 
-void Table::textRow(const std::string &text) {
+void Table::textRow(std::string_view text) {
     spanningRow("field-input", escapeXmlText(text));
 }
 
-void Table::row(const std::string &label, const std::string &cssClass, const std::string &markup) {
+void Table::row(std::string_view label, std::string_view cssClass, std::string_view markup) {
     openRow();
     openCell("field-label");
     out_ << escapeXmlText(label);
@@ -155,7 +161,7 @@ void Table::row(const std::string &label, const std::string &cssClass, const std
     closeRow();
 }
 
-void Table::labelledTextRow(const std::string &label, const std::string &text) {
+void Table::labelledTextRow(std::string_view label, std::string_view text) {
     row(label, "field-input", escapeXmlText(text));
 }
 
@@ -164,9 +170,12 @@ void Table::textOutputRow(const std::string &label, const std::string &text,
     row(label, "field-output", escapeXmlText(text) + "<br>" + description);
 }
 
-void Table::inputRow(const std::string &label, const std::string &markup,
-                     const std::string &description) {
-    row(label, "field-input", description.empty() ? markup : markup + "<br>" + description);
+void Table::inputRow(std::string_view label, std::string_view markup,
+                     std::string_view description) {
+    if (description.empty())
+        row(label, "field-input", markup);
+    else
+        row(label, "field-input", concat({markup, "<br>", description}));
 }
 
 void Table::textInputRow(const std::string &label, const TextInput &input,

@@ -24,8 +24,8 @@ class Table {
     void openRow();
     /// An empty width is 22% for class "field-label" and 78% for any other; a colspan of 0 and
     /// empty texts are left out.
-    void openCell(const std::string &cssClass, int colspan = 0, const std::string &valign = "",
-                  const std::string &width = "");
+    void openCell(std::string_view cssClass, int colspan = 0, std::string_view valign = "",
+                  std::string_view width = "");
     void closeCell();
     void closeRow();
     void close();
@@ -37,14 +37,14 @@ class Table {
 
     // Whole rows.
     void spacerRow();
-    void titleRow(const std::string &title);
-    void textRow(const std::string &text);
-    void labelledTextRow(const std::string &label, const std::string &text);
+    void titleRow(std::string_view title);
+    void textRow(std::string_view text);
+    void labelledTextRow(std::string_view label, std::string_view text);
     void textOutputRow(const std::string &label, const std::string &text,
                        const std::string &description = "");
     /// A label and any input's markup; the rows below are made of it.
-    void inputRow(const std::string &label, const std::string &markup,
-                  const std::string &description = "");
+    void inputRow(std::string_view label, std::string_view markup,
+                  std::string_view description = "");
     void textInputRow(const std::string &label, const TextInput &input,
                       const std::string &description = "");
     void unsafeTextInputRow(const std::string &label, const UnsafeInput &input,
@@ -78,8 +78,8 @@ class Table {
 
     bool top(Level level) const { return !levels_.empty() && levels_.back() == level; }
     void misuse(std::string_view message);
-    void row(const std::string &label, const std::string &cssClass, const std::string &markup);
-    void spanningRow(const std::string &cssClass, const std::string &markup);
+    void row(std::string_view label, std::string_view cssClass, std::string_view markup);
+    void spanningRow(std::string_view cssClass, std::string_view markup);
 
     std::ostream &out_;
     std::vector<Level> levels_;

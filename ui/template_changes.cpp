@@ -6,6 +6,8 @@
 #include "ui/inputs.h"
 #include "ui/json.h"
 
+#include "util/strings.h"
+
 #include <algorithm>
 #include <array>
 
@@ -60,13 +62,13 @@ std::string getChanges(Engine &engine, const Arguments &) {
 std::string getPageData(Engine &engine, const Arguments &) {
     std::string fields;
     for (const auto &[name, element] : engine.elements())
-        fields += (fields.empty() ? "" : ",") + jsonString(name) + ":[" + jsonString(element.type) +
-                  "," + jsonString(element.label) + "]";
+        append(fields, {fields.empty() ? "" : ",", jsonString(name), ":[", jsonString(element.type),
+                        ",", jsonString(element.label), "]"});
     const std::string user = engine.session().authSuccess() ? engine.session().username() : "";
-    return "<script type=\"application/json\" id=\"page-data\">{\"form\":" +
-           jsonString(engine.formId()) + ",\"user\":" + jsonString(user) +
-           ",\"submitted\":" + (engine.formWasSubmitted() ? "true" : "false") + ",\"fields\":{" +
-           fields + "}}</script>";
+    return concat({"<script type=\"application/json\" id=\"page-data\">{\"form\":",
+                   jsonString(engine.formId()), ",\"user\":", jsonString(user),
+                   ",\"submitted\":", engine.formWasSubmitted() ? "true" : "false", ",\"fields\":{",
+                   fields, "}}</script>"});
 }
 
 } // namespace zandorin::ui

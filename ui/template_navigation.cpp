@@ -19,55 +19,58 @@ namespace zandorin::ui {
 
 namespace {
 
-std::string formLink(const NavLeaf &leaf) {
-    return concat({"?form=", leaf.id});
-}
-
 /// A leaf's icon is named after it, where somebody has drawn one in the folder `icons`.
-std::string iconOf(const NavLeaf &leaf, int icons) {
+bool hasIcon(const NavLeaf &leaf, int icons) {
     const std::string file = concat({"icon-nav-", leaf.id, ".png"});
-    const bool isDrawn = ::faccessat(icons, file.c_str(), F_OK, 0) == 0;
-    return concat({"icon-nav-", isDrawn ? leaf.id : "default"});
+    return ::faccessat(icons, file.c_str(), F_OK, 0) == 0;
 }
 
-std::string panelEntry(const NavLeaf &leaf, int icons) {
-    return concat({"      <div id=\"related\"><img src=\"", pixmapPath(iconOf(leaf, icons)),
-                   "\" loading=\"lazy\" alt=\"\">", link(formLink(leaf), leaf.label), "</div>\n"});
-}
-
-std::string panelBranch(const NavBranch &branch, const std::string &number,
-                        const std::string &entries) {
-    return concat({"    <h4 class=\"sub-title\" onclick=\"navToggle(", number,
-                   ")\"><img class=\"sub-title\" id=\"icon", number, "\" src=\"",
-                   pixmapPath("icon-collapse"), "\" loading=\"lazy\" alt=\"\">",
-                   escapeXmlText(branch.label), "</h4>\n    <div class=\"branch\" id=\"branch",
-                   number, "\">\n", entries, "    </div>\n"});
+/// Adds the branch to the panel, unless nothing in it is for this user: it would only be a heading.
+void addBranch(std::string &html, Engine &engine, const NavBranch &branch,
+               const std::string &number, int icons) {
+    const std::string pixmaps = resourcePath("/pixmaps/");
+    const std::size_t before = html.size();
+    append(html, {"    <h4 class=\"sub-title\" onclick=\"navToggle(", number,
+                  ")\"><img class=\"sub-title\" id=\"icon", number, "\" src=\"", pixmaps,
+                  "icon-collapse.png\" loading=\"lazy\" alt=\"\">", escapeXmlText(branch.label),
+                  "</h4>\n    <div class=\"branch\" id=\"branch", number, "\">\n"});
+    bool isEmpty = true;
+    for (const NavLeaf &leaf : branch.leaves) {
+        if (leaf.hidden || !engine.isOffered(leaf))
+            continue;
+        isEmpty = false;
+        const std::string id = escapeXmlAttribute(leaf.id);
+        append(html, {"      <div id=\"related\"><img src=\"", pixmaps, "icon-nav-",
+                      hasIcon(leaf, icons) ? id : "default",
+                      ".png\" loading=\"lazy\" alt=\"\"><a href=\"?form=", id, "\">",
+                      escapeXmlText(leaf.label), "</a></div>\n"});
+    }
+    if (isEmpty)
+        html.resize(before);
+    else
+        html += "    </div>\n";
 }
 
 } // namespace
 
 std::string getNavPanel(Engine &engine, const Arguments &) {
+    constexpr std::size_t usual_size = 8000; // of a panel with all forms
     if (!engine.session().authSuccess())
         return "";
-    std::string html = "  <script type=\"text/javascript\" src=\"" +
-                       resourcePath("/scripts/nav.js") +
-                       "\"></script>\n  <div id=\"related-links\">\n";
+    std::string html;
+    html.reserve(usual_size);
+    append(html, {"  <script type=\"text/javascript\" src=\"", resourcePath("/scripts/nav.js"),
+                  "\"></script>\n  <div id=\"related-links\">\n"});
     const UniqueFd icons(::open(appliancePath("/home/httpd/pixmaps").c_str(), O_PATH | O_CLOEXEC));
     const auto &branches = engine.navTree().branches();
     if (branches.empty())
         html += "    <strong>No Items Found</strong>\n";
-    for (std::size_t i = 0; i < branches.size(); ++i) {
-        std::string entries;
-        for (const NavLeaf &leaf : branches[i].leaves)
-            if (!leaf.hidden && engine.isOffered(leaf))
-                entries += panelEntry(leaf, icons.get());
-        // A branch with nothing in it for this user would only be a heading.
-        if (!entries.empty())
-            html += panelBranch(branches[i], std::to_string(i), entries);
-    }
+    for (std::size_t i = 0; i < branches.size(); ++i)
+        addBranch(html, engine, branches[i], std::to_string(i), icons.get());
     const std::size_t hidden = engine.config().getSubElements("config.ui.nav.hidden").size();
-    return html + "  <script type=\"text/javascript\">navInit(" + std::to_string(hidden) + ", " +
-           std::to_string(branches.size()) + ");</script>\n  </div>\n";
+    append(html, {"  <script type=\"text/javascript\">navInit(", std::to_string(hidden), ", ",
+                  std::to_string(branches.size()), ");</script>\n  </div>\n"});
+    return html;
 }
 
 std::string getShortcuts(Engine &engine, const Arguments &) {
@@ -83,9 +86,9 @@ std::string getShortcuts(Engine &engine, const Arguments &) {
     });
     std::string html;
     for (const NavLeaf *leaf : leaves)
-        html += "<td class=\"top-button\"><a href=\"" + escapeXmlAttribute(formLink(*leaf)) +
-                "\"><img src=\"" + pixmapPath(concat({"icon-", leaf->id})) + "\"><br/>" +
-                escapeXmlText(leaf->shortcut) + "</a></td>";
+        append(html, {"<td class=\"top-button\"><a href=\"?form=", escapeXmlAttribute(leaf->id),
+                      "\"><img src=\"", pixmapPath(concat({"icon-", leaf->id})), "\"><br/>",
+                      escapeXmlText(leaf->shortcut), "</a></td>"});
     return html;
 }
 

@@ -4,6 +4,7 @@
 #include "ui/inputs.h"
 #include "ui/markup.h"
 #include "util/log.h"
+#include "util/strings.h"
 
 #include <string_view>
 
@@ -23,14 +24,16 @@ std::string shortened(std::string_view value) {
 
 std::string layOut(const UnsafeInput &input, std::string_view tableAttributes,
                    const std::string &newValue) {
-    std::string html = "<table border=\"0\" cellpadding=\"0\" cellspacing=\"0\"";
-    html.append(tableAttributes).append("><tr><td>");
-    html += "<div id=\"" + escapeXmlAttribute(input.name) + ".current\" title=\"" +
-            encodeSafe(input.current) + "\"><b>" + shortened(input.current) +
-            "</b></div></td></tr><tr><td>";
+    std::string html =
+        concat({"<table border=\"0\" cellpadding=\"0\" cellspacing=\"0\"", tableAttributes,
+                "><tr><td><div id=\"", escapeXmlAttribute(input.name), ".current\" title=\"",
+                encodeSafe(input.current), "\"><b>", shortened(input.current),
+                "</b></div></td></tr><tr><td>"});
     if (input.offerDelete)
-        html += checkInput(input.name + ".delete", false) + "Clear this field.</td></tr><tr><td>";
-    return html + newValue + "</td></tr></table>";
+        append(html,
+               {checkInput(input.name + ".delete", false), "Clear this field.</td></tr><tr><td>"});
+    append(html, {newValue, "</td></tr></table>"});
+    return html;
 }
 
 } // namespace

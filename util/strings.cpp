@@ -39,14 +39,22 @@ bool hasControlCharacter(std::string_view text) {
     });
 }
 
-std::string concat(std::initializer_list<std::string_view> pieces) {
-    std::size_t size = 0;
+void append(std::string &text, std::initializer_list<std::string_view> pieces) {
+    std::size_t size = text.size();
+    const std::size_t before = size;
     for (const std::string_view piece : pieces)
         size += piece.size();
-    std::string whole;
-    whole.reserve(size);
+    if (size > text.capacity())
+        text.reserve(size);
+    text.resize(size);
+    char *next = text.data() + before;
     for (const std::string_view piece : pieces)
-        whole += piece;
+        next = std::copy(piece.begin(), piece.end(), next);
+}
+
+std::string concat(std::initializer_list<std::string_view> pieces) {
+    std::string whole;
+    append(whole, pieces);
     return whole;
 }
 

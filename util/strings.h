@@ -20,7 +20,10 @@ bool startsWithIgnoreCase(std::string_view text, std::string_view prefix);
 /// True when `text` holds a byte below 0x20 or 0x7f.
 bool hasControlCharacter(std::string_view text);
 
-/// The pieces one after the other, in memory that is asked for once.
+/// Adds the pieces one after the other, in memory that is asked for once. None may lie in `text`.
+void append(std::string &text, std::initializer_list<std::string_view> pieces);
+
+/// The pieces one after the other.
 std::string concat(std::initializer_list<std::string_view> pieces);
 
 /// `text` as one word of a shell command, whatever stands in it but NUL.

@@ -11,10 +11,12 @@
 #include "util/paths.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <limits>
+#include <optional>
 
 #include <csignal>
 #include <sys/socket.h>
@@ -290,14 +292,14 @@ void Session::clearCrowd(std::vector<std::string> ids, const std::string &except
 
 bool Session::loadSession(const std::vector<std::string> &ids) {
     ZANDORIN_TRACE();
-    const auto stored = std::find_if(ids.begin(), ids.end(), [](const std::string &id) {
-        const std::string path = sessionPath(id);
-        return !path.empty() && ::access(path.c_str(), F_OK) == 0;
+    std::optional<SessionRecord> record;
+    const auto stored = std::find_if(ids.begin(), ids.end(), [&record](const std::string &id) {
+        record = readSessionRecord(id);
+        return record || errno == EBADMSG || errno == EFBIG;
     });
     if (stored == ids.end())
         return false;
     sessionId_ = *stored;
-    const auto record = readSessionRecord(sessionId_);
     if (record) {
         username_ = record->username;
         expiryTime_ = record->expiryTime;

@@ -89,10 +89,7 @@ bool isSessionUsername(std::string_view name) {
 }
 
 std::optional<SessionRecord> readSessionRecord(std::string_view id) {
-    const std::string path = sessionPath(id);
-    if (path.empty())
-        return std::nullopt;
-    const auto contents = readFile(path, file_limit);
+    const auto contents = readFile(sessionPath(id), file_limit);
     if (!contents)
         return std::nullopt;
 
@@ -129,8 +126,10 @@ std::optional<SessionRecord> readSessionRecord(std::string_view id) {
             record.sessionStart = toNumber<std::int64_t>(value);
         }
     }
-    if (record.username.empty() || !hasExpiry || !hasState)
+    if (record.username.empty() || !hasExpiry || !hasState) {
+        errno = EBADMSG;
         return std::nullopt;
+    }
     return record;
 }
 

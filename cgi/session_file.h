@@ -45,8 +45,9 @@ bool isSessionUsername(std::string_view name);
 
 /// Reads a session file as it stands, without judging or refreshing it. Lines of fewer than two
 /// words and unknown keys are skipped, what is missing keeps its default; a number out of range is
-/// the nearest one in range. None when there is no such file, and when it is torn: without a user
-/// name, an expiry or a state it is no session.
+/// the nearest one in range. None when it cannot be read; errno is EFBIG of a file that is too long
+/// to be one, and EBADMSG of a torn one: without a user name, an expiry or a state it is no
+/// session.
 std::optional<SessionRecord> readSessionRecord(std::string_view id);
 
 /// Replaces the session's file; the folder is made when it is missing (0700, the file 0600). False

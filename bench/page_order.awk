@@ -9,7 +9,6 @@ BEGIN {
     print "  .text.page :"
     print "  {"
     print "    *(.text.startup .text.startup.*)"
-    print "    *liblog4c.a:*(.text)" # has no section for each function
 }
 
 # A pattern of names. Types have letters that depend on the target's word (size_t and its like), and the section of a

@@ -149,7 +149,7 @@ constexpr ui::Section sections[] = {
 void define(Engine &engine) {
     const std::string name = dialinPort(engine);
     if (isDialinPort(engine, name))
-        ui::defineSettings(engine, sections, "config." + name);
+        ui::defineSettings<sections>(engine, "config." + name);
     else if (Cgi *cgi = engine.requireCgi())
         cgi->addError("No such port: " + encodeSafe(name));
 }
@@ -157,7 +157,7 @@ void define(Engine &engine) {
 void render(Engine &engine) {
     const std::string name = dialinPort(engine);
     if (isDialinPort(engine, name))
-        ui::renderSettings(engine, sections, "config." + name);
+        ui::renderSettings<sections>(engine, "config." + name);
 }
 
 const AutoRegisterFormlet registration("dialin", define, render);

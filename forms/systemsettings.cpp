@@ -92,7 +92,7 @@ void renderRestart(Engine &engine, Cgi &cgi) {
 }
 
 void render(Engine &engine) {
-    ui::renderSettings(engine, sections);
+    ui::renderSettings<sections>(engine);
     if (Cgi *cgi = engine.requireCgi())
         renderRestart(engine, *cgi);
 }

@@ -120,7 +120,7 @@ void define(Engine &engine) {
     // Settings that were not sent with the clock are not cleared by it.
     if (isClockSent(engine) && !engine.cgi()->varStringExists(zone_key))
         return;
-    ui::defineSettings(engine, sections);
+    ui::defineSettings<sections>(engine);
 }
 
 /// The menus of one row show what was refused, otherwise the time it is.
@@ -156,7 +156,7 @@ void renderClock(Engine &engine, Cgi &cgi) {
 void render(Engine &engine) {
     if (Cgi *cgi = engine.requireCgi())
         renderClock(engine, *cgi);
-    ui::renderSettings(engine, sections);
+    ui::renderSettings<sections>(engine);
 }
 
 const AutoRegisterFormlet registration("time", define, render);

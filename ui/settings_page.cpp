@@ -26,10 +26,6 @@ bool declaresElement(const Setting &setting) {
     return setting.input != Input::confirmation && setting.input != Input::custom;
 }
 
-bool isOffered(Engine &engine, const Section &section) {
-    return section.offered == nullptr || section.offered(engine);
-}
-
 bool isChoice(const Setting &setting, const std::string &value) {
     return std::any_of(setting.choices.begin(), setting.choices.end(),
                        [&](const Choice &choice) { return value == choice.value; });
@@ -137,15 +133,16 @@ void defineSetting(Engine &engine, const Setting &setting, const std::string &ke
 
 } // namespace
 
-void defineSettings(Engine &engine, std::span<const Section> sections, const std::string &prefix) {
-    for (const Section &section : sections)
-        if (isOffered(engine, section))
-            for (const Setting &setting : section.settings)
-                if (declaresElement(setting))
-                    defineSetting(engine, setting, fullKey(setting.key, prefix));
+void defineSettings(Engine &engine, const SettingsTable &table, const std::string &prefix) {
+    table.forEach(
+        engine, [](const char *) {},
+        [&](const Setting &setting) {
+            if (declaresElement(setting))
+                defineSetting(engine, setting, fullKey(setting.key, prefix));
+        });
 }
 
-void renderSettings(Engine &engine, std::span<const Section> sections, const std::string &prefix) {
+void renderSettings(Engine &engine, const SettingsTable &settings, const std::string &prefix) {
     Cgi *cgi = engine.requireCgi();
     if (cgi == nullptr)
         return;
@@ -153,13 +150,11 @@ void renderSettings(Engine &engine, std::span<const Section> sections, const std
     form.openForm("post", engine.formId());
     Table table(*cgi);
     table.open();
-    for (const Section &section : sections) {
-        if (!isOffered(engine, section))
-            continue;
-        table.titleRow(section.title);
-        for (const Setting &setting : section.settings)
+    settings.forEach(
+        engine, [&](const char *title) { table.titleRow(title); },
+        [&](const Setting &setting) {
             table.inputRow(setting.label, Row(engine, setting, prefix).markup(), setting.help);
-    }
+        });
     table.applyButtonRow();
     table.close();
     form.closeForm();

@@ -1,11 +1,8 @@
 #pragma once
 
-#include <span>
-#include <string>
+#include "ui/settings_table.h"
 
-namespace zandorin {
-class Engine;
-}
+#include <string>
 
 // A settings page as a table of rows, from which both callbacks of its formlet follow:
 //
@@ -16,66 +13,30 @@ class Engine;
 //     const AutoRegisterFormlet registration("smtp", ui::defineSettings<sections>,
 //                                            ui::renderSettings<sections>);
 //
-// All of it is constant data: a page costs a request for another one nothing. A page whose keys lie
-// below one that the request chooses (a serial port's, say) writes them from their "." on and hands
-// the rest to defineSettings and renderSettings as `prefix`.
+// All of it is data that the compiler packs (ui/settings_table.h): a page costs a request for
+// another one nothing. A page whose keys lie below one that the request chooses (a serial port's,
+// say) writes them from their "." on and hands the rest to defineSettings and renderSettings as
+// `prefix`.
 
 namespace zandorin::ui {
 
-/// How a value is typed in.
-enum class Input {
-    text,
-    password,
-    confirmation, ///< of a password: compared by the form's validator, never saved
-    textArea,
-    unsafeText,     ///< the stored value is shown beside; empty keeps it, a box deletes it
-    unsafeTextArea, ///< the same in an area
-    check,          ///< stored as "on", deleted when unchecked
-    menu,           ///< of a menu and of radio buttons only a choice is accepted, or what is stored
-    radio,
-    custom, ///< markup of the page's own; declares no element
-};
-
-struct Choice {
-    const char *value;
-    const char *label;
-};
-
-/// One row.
-struct Setting {
-    const char *label;
-    /// Configuration key and field name. Of a confirmation: the field's name alone.
-    const char *key = "";
-    const char *type = "text"; ///< element type
-    Input input = Input::text;
-    std::span<const Choice> choices = {};            ///< of a menu or radio buttons
-    const char *help = "";                           ///< markup under the input
-    int maxlength = 0;                               ///< bytes; below 1: 255 and no attribute
-    const char *confirms = nullptr;                  ///< of a confirmation: the password's key
-    std::string (*markup)(Engine &engine) = nullptr; ///< a custom row's; of others: above the input
-};
-
-struct Section {
-    const char *title;
-    std::span<const Setting> settings;
-    /// False leaves the section out, and what is stored under its keys alone. None: always there.
-    bool (*offered)(Engine &engine) = nullptr;
-};
-
 /// Declares the elements of every section's settings and refuses a submitted value that its menu
 /// does not offer.
-void defineSettings(Engine &engine, std::span<const Section> sections,
-                    const std::string &prefix = "");
+void defineSettings(Engine &engine, const SettingsTable &table, const std::string &prefix);
+template <const auto &sections> void defineSettings(Engine &engine, const std::string &prefix) {
+    defineSettings(engine, packed<sections>(), prefix);
+}
+template <const auto &sections> void defineSettings(Engine &engine) {
+    defineSettings<sections>(engine, "");
+}
 
 /// Writes the form: a titled group of rows for each section, and an apply button.
-void renderSettings(Engine &engine, std::span<const Section> sections,
-                    const std::string &prefix = "");
-
-template <const auto &sections> void defineSettings(Engine &engine) {
-    defineSettings(engine, sections);
+void renderSettings(Engine &engine, const SettingsTable &table, const std::string &prefix);
+template <const auto &sections> void renderSettings(Engine &engine, const std::string &prefix) {
+    renderSettings(engine, packed<sections>(), prefix);
 }
 template <const auto &sections> void renderSettings(Engine &engine) {
-    renderSettings(engine, sections);
+    renderSettings<sections>(engine, "");
 }
 
 } // namespace zandorin::ui

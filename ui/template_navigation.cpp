@@ -2,32 +2,28 @@
 
 #include "cgi/cgi.h"
 #include "engine/engine.h"
+#include "platform/libzandorin/folder_names.h"
 #include "ui/escape.h"
 #include "ui/markup.h"
 #include "ui/page.h"
-#include "util/fd.h"
 #include "util/paths.h"
 #include "util/strings.h"
 
 #include <algorithm>
 #include <cstdlib>
 
-#include <fcntl.h>
-#include <unistd.h>
-
 namespace zandorin::ui {
 
 namespace {
 
 /// A leaf's icon is named after it, where somebody has drawn one in the folder `icons`.
-bool hasIcon(const NavLeaf &leaf, int icons) {
-    const std::string file = concat({"icon-nav-", leaf.id, ".png"});
-    return ::faccessat(icons, file.c_str(), F_OK, 0) == 0;
+bool hasIcon(const NavLeaf &leaf, const platform::FolderNames &icons) {
+    return icons.contains(concat({"icon-nav-", leaf.id, ".png"}));
 }
 
 /// Adds the branch to the panel, unless nothing in it is for this user: it would only be a heading.
 void addBranch(std::string &html, Engine &engine, const NavBranch &branch,
-               const std::string &number, int icons) {
+               const std::string &number, const platform::FolderNames &icons) {
     const std::string pixmaps = resourcePath("/pixmaps/");
     const std::size_t before = html.size();
     append(html, {"    <h4 class=\"sub-title\" onclick=\"navToggle(", number,
@@ -61,12 +57,12 @@ std::string getNavPanel(Engine &engine, const Arguments &) {
     html.reserve(usual_size);
     append(html, {"  <script type=\"text/javascript\" src=\"", resourcePath("/scripts/nav.js"),
                   "\"></script>\n  <div id=\"related-links\">\n"});
-    const UniqueFd icons(::open(appliancePath("/home/httpd/pixmaps").c_str(), O_PATH | O_CLOEXEC));
+    const platform::FolderNames icons(appliancePath("/home/httpd/pixmaps"), "pixmaps");
     const auto &branches = engine.navTree().branches();
     if (branches.empty())
         html += "    <strong>No Items Found</strong>\n";
     for (std::size_t i = 0; i < branches.size(); ++i)
-        addBranch(html, engine, branches[i], std::to_string(i), icons.get());
+        addBranch(html, engine, branches[i], std::to_string(i), icons);
     const std::size_t hidden = engine.config().getSubElements("config.ui.nav.hidden").size();
     append(html, {"  <script type=\"text/javascript\">navInit(", std::to_string(hidden), ", ",
                   std::to_string(branches.size()), ");</script>\n  </div>\n"});

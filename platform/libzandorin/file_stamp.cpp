@@ -6,6 +6,10 @@ namespace zandorin::platform {
 
 namespace {
 
+/// Two changes of a file can carry one time of change when the file system's clock stands still
+/// between them; the coarsest one in use ticks in steps of two seconds (FAT).
+constexpr std::int64_t coarsest_clock = 2;
+
 FileIdentity identityOf(const struct stat &status) {
     return {.device = status.st_dev,
             .inode = status.st_ino,
@@ -18,6 +22,15 @@ FileIdentity identityOf(const struct stat &status) {
 
 } // namespace
 
+std::optional<FileIdentity> FileIdentity::of(const std::string &path) {
+    struct stat status = {};
+    return ::stat(path.c_str(), &status) == 0 ? std::optional(identityOf(status)) : std::nullopt;
+}
+
+bool FileIdentity::isSettled(std::int64_t moment) const {
+    return moment > changedSeconds + coarsest_clock;
+}
+
 std::optional<FileStamp> FileStamp::take(const std::string &path) {
     FileStamp stamp;
     stamp.file_.reset(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
@@ -29,8 +42,7 @@ std::optional<FileStamp> FileStamp::take(const std::string &path) {
 }
 
 bool FileStamp::holds(const std::string &path) const {
-    struct stat status = {};
-    return ::stat(path.c_str(), &status) == 0 && identityOf(status) == identity_;
+    return FileIdentity::of(path) == identity_;
 }
 
 } // namespace zandorin::platform

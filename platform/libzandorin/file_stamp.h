@@ -22,6 +22,12 @@ struct FileIdentity {
     std::int64_t changedNanoseconds = 0;
 
     bool operator==(const FileIdentity &) const = default;
+
+    /// Of what stands at `path`, a folder too; none when nothing does.
+    static std::optional<FileIdentity> of(const std::string &path);
+
+    /// True when a change after `moment` (seconds since the epoch) would show.
+    bool isSettled(std::int64_t moment) const;
 };
 
 /// Remembers which file stands at a path. The file is held open, so that its inode number cannot

@@ -17,10 +17,6 @@ namespace zandorin::platform {
 
 namespace {
 
-/// Two changes of a file can carry one time of change when the file system's clock stands still
-/// between them; the coarsest one in use ticks in steps of two seconds (FAT).
-constexpr std::int64_t coarsest_clock = 2;
-
 /// Stands before the image in a snapshot's file.
 struct Preface {
     std::array<char, 4> name = {'Z', 'd', 'X', '1'};
@@ -53,11 +49,6 @@ std::optional<std::uint64_t> hashOf(int file) {
     }
 }
 
-/// True when a change after `moment` would show in the file's time of change.
-bool isSettled(const FileIdentity &file, std::int64_t moment) {
-    return moment > file.changedSeconds + coarsest_clock;
-}
-
 void save(const std::string &path, const Preface &preface, const XmlImage &image) {
     std::string bytes(sizeof preface, '\0');
     std::memcpy(bytes.data(), &preface, sizeof preface);
@@ -77,7 +68,7 @@ std::optional<XmlImage> load(const std::string &path, const FileStamp &stamp) {
     if (preface.name != expected.name || preface.byteOrder != expected.byteOrder ||
         preface.file != stamp.identity())
         return std::nullopt;
-    if (isSettled(preface.file, preface.comparedAt))
+    if (preface.file.isSettled(preface.comparedAt))
         return image;
     // It was made so soon after the last change that the next one may look the same.
     const std::int64_t now = std::time(nullptr);
@@ -85,7 +76,7 @@ std::optional<XmlImage> load(const std::string &path, const FileStamp &stamp) {
         return std::nullopt;
     // Of everything in a snapshot this alone is ever written over; when that fails, the next
     // reader compares once more.
-    if (isSettled(preface.file, now))
+    if (preface.file.isSettled(now))
         std::ignore = ::pwrite(file.get(), &now, sizeof now, offsetof(Preface, comparedAt));
     return image;
 }

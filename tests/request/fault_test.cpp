@@ -94,6 +94,8 @@ class Fault : public Users {
     void SetUp() override {
         if (std::system("strace -o /dev/null true >/dev/null 2>&1") != 0)
             GTEST_SKIP() << "strace cannot trace processes here";
+        // The names in a folder are read anew for some seconds, and then from a snapshot.
+        fs::remove_all(onHost("/home/httpd/pixmaps"));
         addPage("t", "CGI_CALL(ui::addElement,config.t.a,A)", "");
         configure("config.t.a", "old");
         for (const Fields &fields :

@@ -62,11 +62,13 @@ class XmlSnapshot : public test::ApplianceTest {
 };
 
 TEST_F(XmlSnapshot, EveryChangeOfTheFileIsNoticed) {
-    const std::tuple<const char *, const char *, const char *> rows[] = {
+    const std::string mapped(40000, 'x'); // too long to be read at once
+    const std::tuple<const char *, std::string, std::string> rows[] = {
         {"first", "<r>1</r>", "1"},
         {"same length, at once", "<r>2</r>", "2"},
         {"and again", "<r>3</r>", "3"},
         {"longer", "<r>four</r>", "four"},
+        {"very long", "<r>" + mapped + "</r>", mapped},
         {"damaged", "<r>four<r>", "<line 1: "},
         {"truncated", "<r>fo", "<line 1: "},
         {"empty", "", "<line 1: "},

@@ -45,7 +45,7 @@ std::string textInput(const TextInput &input) {
         logRecord(Priority::warn, "Unsafe string detected: %s = %s", input.name.c_str(),
                   input.value.c_str());
     std::string html = "<input";
-    html.reserve(160);
+    html.reserve(160); // rarely more
     appendAttribute(html, "type", input.type);
     html += " class=\"formfield\"";
     appendAttribute(html, "name", input.name);

@@ -6,7 +6,7 @@
 namespace zandorin::ui {
 
 void appendAttribute(std::string &markup, std::string_view name, std::string_view value) {
-    append(markup, {" ", name, "=\""});
+    ((markup += ' ') += name) += "=\"";
     appendXmlAttribute(markup, value);
     markup += '"';
 }

@@ -58,7 +58,7 @@ std::string openPage(const std::string &title, const std::string &contentType,
                      const std::string &styleSheet, const std::string &favicon) {
     ZANDORIN_TRACE();
     std::string html;
-    html.reserve(700);
+    html.reserve(700); // rarely more
     append(html, {doctype,
                   "<html>\n\t<head>\n\t<meta http-equiv=\"X-UA-Compatible\" content=\"IE=7\">\n"
                   "\t\t<title>",

@@ -72,7 +72,7 @@ void Table::openCell(std::string_view cssClass, int colspan, std::string_view va
         return;
     }
     std::string markup = "<td";
-    markup.reserve(80);
+    markup.reserve(80); // rarely more
     if (!cssClass.empty())
         appendAttribute(markup, "class", cssClass);
     if (colspan != 0)

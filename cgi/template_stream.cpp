@@ -104,23 +104,19 @@ std::string FileStreamBuffer::processFuncs(std::string_view text) {
 
 std::string FileStreamBuffer::processVars(std::string text) const {
     ZANDORIN_TRACE();
-    std::string replaced; // takes turns with the text, so that both keep their memory
     for (const auto &[name, replacement] : replaceables_) {
-        replaced.clear();
         std::size_t done = 0;
+        std::size_t replaced = 0;
         for (auto found = text.find(name); found != std::string::npos;
              found = text.find(name, done)) {
             logRecord(Priority::debug, "VARIABLE: %s", name.c_str());
-            replaced.reserve(text.capacity());
-            replaced.append(text, done, found - done);
-            replaced += replacement;
-            done = found + name.size();
+            text.replace(found, name.size(), replacement);
+            done = found + replacement.size();
+            ++replaced;
         }
-        // Also when names were found, but neither they nor what stood before them left any text.
-        if (replaced.empty())
-            continue;
-        replaced.append(text, done);
-        text.swap(replaced);
+        // Names of nothing, with nothing before them, stay in the text.
+        for (; done == 0 && replaced > 0; --replaced)
+            text.insert(0, name);
     }
     return text;
 }

@@ -6,9 +6,9 @@
 // Each line of input is a subject, in fields that tabs part: its name, the server's process id and
 // port, the method, the target, the cookies, the body ("#" stands for a number that is new in each
 // request), and a text that the page must hold. In each of ROUNDS rounds every subject is asked for
-// REQUESTS pages. Prints for each its requests a second (the median round), the CPU time of a
-// request (microseconds, of the server and all it starts), and both as a ratio to the first
-// subject's.
+// REQUESTS pages. Subjects of one name count as one. Prints for each its requests a second (the
+// median batch), the CPU time of a request (microseconds, of the server and all it starts), and
+// both as a ratio to the first subject's.
 
 #include "util/fd.h"
 
@@ -116,6 +116,24 @@ std::vector<Subject> readSubjects() {
     return subjects;
 }
 
+/// The first of each name, with the batches of all.
+std::vector<Subject> joined(std::vector<Subject> &&subjects) {
+    std::vector<Subject> result;
+    for (Subject &subject : subjects) {
+        const auto known = std::find_if(result.begin(), result.end(), [&](const Subject &other) {
+            return other.name == subject.name;
+        });
+        if (known == result.end()) {
+            result.push_back(std::move(subject));
+            continue;
+        }
+        known->rates.insert(known->rates.end(), subject.rates.begin(), subject.rates.end());
+        known->cpu += subject.cpu;
+        known->requests += subject.requests;
+    }
+    return result;
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
@@ -148,6 +166,7 @@ int main(int argc, char **argv) {
             subject.cpu += cpuTime(subject.pid) - before;
         }
     }
+    subjects = joined(std::move(subjects));
     std::printf("%-44s %10s %6s %10s %6s\n", "", "requests/s", "ratio", "CPU us", "ratio");
     const auto each = [](const Subject &subject) {
         return subject.cpu / static_cast<double>(subject.requests);

@@ -59,11 +59,10 @@ std::string openPage(const std::string &title, const std::string &contentType,
     ZANDORIN_TRACE();
     std::string html;
     html.reserve(700); // rarely more
-    append(html, {doctype,
-                  "<html>\n\t<head>\n\t<meta http-equiv=\"X-UA-Compatible\" content=\"IE=7\">\n"
-                  "\t\t<title>",
-                  title, "</title>\n\t\t<meta http-equiv=\"Content-Type\" content=\"",
-                  escapeXmlAttribute(contentType), "; charset=iso-8859-1\"/>\n"});
+    append(html,
+           {doctype, "<html>\n\t<head>\n\t<meta http-equiv=\"X-UA-Compatible\" content=\"IE=7\">\n",
+            "\t\t<title>", title, "</title>\n\t\t<meta http-equiv=\"Content-Type\" content=\"",
+            escapeXmlAttribute(contentType), "; charset=iso-8859-1\"/>\n"});
     if (!styleSheet.empty())
         append(html, {"\t\t<link href=\"", resourcePath(styleSheet),
                       "\" rel=\"stylesheet\" type=\"text/css\"/>\n"});

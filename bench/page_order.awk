@@ -6,8 +6,13 @@ BEGIN {
     print "/* Written by script/bench --order: what pages run, side by side. A name that is no more does no harm. */"
     print "SECTIONS"
     print "{"
+    print "  .fini : { KEEP(*(SORT_NONE(.fini))) }"
     print "  .text.page :"
     print "  {"
+    # What starts and ends every program.
+    print "    *crt1.o(.text)"
+    print "    *crtbegin*.o(.text)"
+    print "    *libc_nonshared.a:*(.text)"
     print "    *(.text.startup .text.startup.*)"
 }
 
@@ -15,7 +20,12 @@ BEGIN {
 # constructor or destructor may be named after another of its variants.
 function portable(name,    result, width) {
     while (name != "") {
-        width = match(name, /^[0-9]+/) ? RLENGTH + substr(name, 1, RLENGTH) : name ~ /^[CD][0-3]/ ? 2 : 1
+        if (match(name, /^[0-9]+/)) # an identifier, after its length
+            width = RLENGTH + substr(name, 1, RLENGTH)
+        else if (match(name, /^[ST][0-9A-Z]*_/)) # something that has come before
+            width = RLENGTH
+        else
+            width = name ~ /^[CD][0-3]/ ? 2 : 1
         if (name ~ /^[ijlmx]/)
             result = result "?"
         else if (name ~ /^[CD][0-3]/)
@@ -29,13 +39,12 @@ function portable(name,    result, width) {
 
 {
     name = $0
-    # The compiler's own variants of a function have a suffix that the next compiler numbers anew.
-    sub(/'.*/, "", name) # a recursion
-    sub(/\..*/, ".*", name)
+    sub(/'.*/, "", name)  # a recursion
+    sub(/\..*/, "", name) # the compiler's own variant of a function; another compiler numbers it otherwise
     if (name ~ /^_Z/)
         name = portable(name)
     if (name !~ /^\(|^0x|^_GLOBAL__|^main$/ && !seen[name]++)
-        print "    *(.text." name ")"
+        print "    *(.text." name " .text." name ".*)"
 }
 
 END {

@@ -12,6 +12,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace zandorin {
@@ -55,6 +56,23 @@ std::string format(const SessionRecord &record) {
     return text;
 }
 
+/// Nothing in it would smuggle in a line.
+bool isStorable(const SessionRecord &record) {
+    return !hasControlCharacter(record.username) && !hasControlCharacter(record.sourceIp) &&
+           !hasControlCharacter(record.sourcePort);
+}
+
+/// Writes over a file that is as long already. A refresh changes no length but seldom, and every
+/// request may refresh: a new file and a rename take many times as long, on ext4 above all. Of a
+/// file that is being removed only what has no name any more is written.
+bool writeOver(const std::string &path, std::string_view text) {
+    const UniqueFd file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
+    struct stat status = {};
+    return file && ::flock(file.get(), LOCK_EX) == 0 && ::fstat(file.get(), &status) == 0 &&
+           status.st_size == static_cast<off_t>(text.size()) &&
+           ::pwrite(file.get(), text.data(), text.size(), 0) == static_cast<ssize_t>(text.size());
+}
+
 } // namespace
 
 std::string sessionFolder() {
@@ -89,7 +107,11 @@ bool isSessionUsername(std::string_view name) {
 }
 
 std::optional<SessionRecord> readSessionRecord(std::string_view id) {
-    const auto contents = readFile(sessionPath(id), file_limit);
+    const UniqueFd file(::open(sessionPath(id).c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file)
+        return std::nullopt;
+    ::flock(file.get(), LOCK_SH); // not while somebody writes over it
+    const auto contents = readFile(file.get(), file_limit);
     if (!contents)
         return std::nullopt;
 
@@ -135,8 +157,7 @@ std::optional<SessionRecord> readSessionRecord(std::string_view id) {
 
 bool writeSessionRecord(std::string_view id, const SessionRecord &record) {
     const std::string path = sessionPath(id);
-    if (path.empty() || hasControlCharacter(record.username) ||
-        hasControlCharacter(record.sourceIp) || hasControlCharacter(record.sourcePort))
+    if (path.empty() || !isStorable(record))
         return false;
     const std::string text = format(record);
     if (replaceFile(path, text, 0600, Durable::no))
@@ -153,8 +174,15 @@ UniqueFd lockSessions() {
 }
 
 bool updateSessionRecord(std::string_view id, const SessionRecord &record) {
+    const std::string path = sessionPath(id);
+    if (path.empty() || !isStorable(record))
+        return false;
+    const std::string text = format(record);
+    if (writeOver(path, text))
+        return true;
     const UniqueFd lock = lockSessions();
-    return lock && ::access(sessionPath(id).c_str(), F_OK) == 0 && writeSessionRecord(id, record);
+    return lock && ::access(path.c_str(), F_OK) == 0 &&
+           replaceFile(path, text, 0600, Durable::no);
 }
 
 void removeSessionRecord(std::string_view id) {

@@ -55,8 +55,9 @@ std::optional<SessionRecord> readSessionRecord(std::string_view id);
 /// character: nothing may smuggle in a line.
 bool writeSessionRecord(std::string_view id, const SessionRecord &record);
 
-/// The same for a session that is stored already: false, with nothing written, when its file has
-/// gone. A session that another request ends meanwhile stays ended.
+/// The same for a session that is stored already, written in place where no length changes: false,
+/// with nothing written, when its file has gone. A session that another request ends meanwhile
+/// stays ended, and who reads meanwhile reads the old record or the new one.
 bool updateSessionRecord(std::string_view id, const SessionRecord &record);
 
 /// Held while a session is removed or written over, so that neither happens in the middle of the

@@ -3,6 +3,7 @@
 #include "tests/support/appliance_test.h"
 
 #include <cstdint>
+#include <thread>
 
 namespace zandorin {
 namespace {
@@ -73,10 +74,30 @@ TEST_F(SessionFile, ASessionThatWasEndedStaysEnded) {
     ASSERT_TRUE(writeSessionRecord("abc", record));
     record.authState = 7;
     EXPECT_TRUE(updateSessionRecord("abc", record));
-    EXPECT_EQ(readSessionRecord("abc").value_or(SessionRecord()).authState, 7);
+    EXPECT_EQ(readSessionRecord("abc"), record);
+    record.sourcePort = "40000"; // a longer text than before
+    EXPECT_TRUE(updateSessionRecord("abc", record));
+    EXPECT_EQ(readSessionRecord("abc"), record);
     removeSessionRecord("abc");
     EXPECT_FALSE(updateSessionRecord("abc", record));
     EXPECT_FALSE(exists(path));
+}
+
+TEST_F(SessionFile, WhoReadsDuringARefreshReadsTheOldOrTheNew) {
+    makeFolder("/var/run");
+    const SessionRecord old{"root", 1111111111, 11, 7, 11, true, "1.1.1.1", "11111", 1111111111};
+    const SessionRecord fresh{"root", 2022222222, 22, 1, 22, true, "2.2.2.2", "22222", 2022222222};
+    ASSERT_TRUE(writeSessionRecord("abc", old));
+    std::thread writer([&] {
+        for (int round = 0; round < 10000; ++round)
+            EXPECT_TRUE(updateSessionRecord("abc", round % 2 == 0 ? fresh : old));
+    });
+    for (int round = 0; round < 10000; ++round) {
+        const auto record = readSessionRecord("abc");
+        EXPECT_TRUE(record == old || record == fresh);
+    }
+    writer.join();
+    EXPECT_EQ(readSessionRecord("abc"), old);
 }
 
 TEST_F(SessionFile, ReadsFirstWordsAndRefusesTornFiles) {

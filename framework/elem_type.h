@@ -2,7 +2,6 @@
 
 #include "framework/registry.h"
 
-#include <map>
 #include <string>
 
 namespace zandorin {
@@ -16,7 +15,7 @@ struct FormElemType {
 
 /// Born with the console's own types. No static object registers them: most requests look up none,
 /// and would pay for all of them; and a linker leaves out of an archive what nobody calls.
-struct ElemTypes : std::map<std::string, FormElemType, std::less<>> {
+struct ElemTypes : NameTable<FormElemType> {
     ElemTypes();
 };
 

@@ -70,7 +70,7 @@ constexpr Row rows[] = {
 
 ElemTypes::ElemTypes() {
     for (const Row &row : rows)
-        emplace(row.name, FormElemType{row.description, row.validator, row.allowMarkup});
+        add(row.name, FormElemType{row.description, row.validator, row.allowMarkup});
 }
 
 } // namespace zandorin

@@ -102,7 +102,7 @@ TEST(ElemTypes, AreAllThereAndAgreeAboutMarkup) {
     for (const auto &[name, type] : ElemTypeRegistry::entries()) {
         EXPECT_NE(type.description, "") << name;
         if (!type.allowMarkup)
-            withoutMarkup.insert(name);
+            withoutMarkup.emplace(name);
     }
     EXPECT_EQ(withoutMarkup,
               (std::set<std::string>{"asciigraphical", "boolean", "email", "firewalldirection",

@@ -9,6 +9,7 @@
 #include "util/fd.h"
 #include "util/log.h"
 #include "util/paths.h"
+#include "util/wipe.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -182,7 +183,7 @@ bool Session::continueSession() {
         if (!auth::sendMessage(socket.get(), Message::reply, reply_))
             return false;
         authState_ = state_reply_sent;
-        ::explicit_bzero(reply_.data(), reply_.size());
+        wipe(reply_);
         reply_.clear();
     }
     if (!auth::sendMessage(socket.get(), Message::end) || !processMessages(socket.get()))

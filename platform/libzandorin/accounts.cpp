@@ -4,21 +4,17 @@
 #include "util/files.h"
 #include "util/log.h"
 #include "util/paths.h"
+#include "util/wipe.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 
-#include <string.h>
 #include <sys/random.h>
 
 namespace zandorin {
 
 namespace {
-
-void wipe(std::string &secret) {
-    ::explicit_bzero(secret.data(), secret.size());
-}
 
 using platform::hashPassword;
 

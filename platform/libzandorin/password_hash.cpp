@@ -1,12 +1,12 @@
 #include "platform/libzandorin/password_hash.h"
 
 #include "util/log.h"
+#include "util/wipe.h"
 
 #include <memory>
 
 #include <crypt.h>
 #include <dlfcn.h>
-#include <string.h>
 
 namespace zandorin::platform {
 
@@ -35,7 +35,7 @@ std::string hashPassword(const std::string &password, const std::string &setting
     const char *hash = crypt(password.c_str(), setting.c_str(), data.get());
     // A refusal is a text that begins with "*" and never equals the setting.
     std::string result = hash == nullptr || *hash == '*' ? "" : hash;
-    ::explicit_bzero(data.get(), sizeof *data);
+    wipe(data.get(), sizeof *data);
     return result;
 }
 

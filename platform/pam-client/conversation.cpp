@@ -2,6 +2,7 @@
 
 #include "util/log.h"
 #include "util/paths.h"
+#include "util/wipe.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -39,7 +40,7 @@ void freeResponses(pam_response *responses, int count) {
     for (int i = 0; i < count; ++i) {
         if (responses[i].resp == nullptr)
             continue;
-        ::explicit_bzero(responses[i].resp, std::strlen(responses[i].resp));
+        wipe(responses[i].resp, std::strlen(responses[i].resp));
         std::free(responses[i].resp);
     }
     std::free(responses);

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "util/wipe.h"
+
 #include <algorithm>
 #include <string>
 #include <utility>
-
-#include <string.h>
 
 namespace zandorin::auth {
 
@@ -18,6 +18,7 @@ class Secret {
         text_.reserve(std::max(text.size(), least_capacity));
         text_ = text;
         wipe(text);
+        text.clear();
     }
     Secret(Secret &&other) noexcept { swap(other); }
     Secret &operator=(Secret &&other) noexcept {
@@ -30,15 +31,14 @@ class Secret {
     ~Secret() { clear(); }
 
     const std::string &text() const { return text_; }
-    void clear() { wipe(text_); }
+    void clear() {
+        wipe(text_);
+        text_.clear();
+    }
 
   private:
     static constexpr std::size_t least_capacity = 64;
 
-    static void wipe(std::string &text) {
-        ::explicit_bzero(text.data(), text.size());
-        text.clear();
-    }
     void swap(Secret &other) { text_.swap(other.text_); }
 
     std::string text_;

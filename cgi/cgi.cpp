@@ -166,7 +166,7 @@ std::uint16_t Cgi::getRemotePort() const {
     if (text == nullptr)
         return 0;
     // Bounded as on the appliance, whose long has 32 bits.
-    const auto port = std::clamp<long long>(std::strtoll(text, nullptr, 10), INT32_MIN, INT32_MAX);
+    const auto port = std::clamp<std::int64_t>(leadingNumber(text), INT32_MIN, INT32_MAX);
     if (port < 1 || port > UINT16_MAX)
         logRecord(Priority::error, "Invalid remote port: %s", text);
     return static_cast<std::uint16_t>(port & 0xffff);

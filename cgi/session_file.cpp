@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <limits>
 
 #include <fcntl.h>
@@ -33,9 +32,9 @@ std::string_view takeWord(std::string_view &text) {
 
 /// atoi, but a number out of range is the nearest one in range.
 template <typename Number> Number toNumber(std::string_view word) {
-    const long long number = std::strtoll(std::string(word).c_str(), nullptr, 10);
-    return static_cast<Number>(std::clamp<long long>(number, std::numeric_limits<Number>::min(),
-                                                     std::numeric_limits<Number>::max()));
+    using Limits = std::numeric_limits<Number>;
+    return static_cast<Number>(
+        std::clamp<std::int64_t>(leadingNumber(word), Limits::min(), Limits::max()));
 }
 
 std::string format(const SessionRecord &record) {
@@ -82,8 +81,7 @@ std::string sessionFolder() {
 
 bool isSessionId(std::string_view id) {
     return !id.empty() && std::all_of(id.begin(), id.end(), [](char c) {
-        return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-               c == '-' || c == '_';
+        return isAlphanumeric(c) || c == '-' || c == '_';
     });
 }
 
@@ -181,8 +179,7 @@ bool updateSessionRecord(std::string_view id, const SessionRecord &record) {
     if (writeOver(path, text))
         return true;
     const UniqueFd lock = lockSessions();
-    return lock && ::access(path.c_str(), F_OK) == 0 &&
-           replaceFile(path, text, 0600, Durable::no);
+    return lock && ::access(path.c_str(), F_OK) == 0 && replaceFile(path, text, 0600, Durable::no);
 }
 
 void removeSessionRecord(std::string_view id) {

@@ -9,7 +9,6 @@
 #include "util/strings.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace zandorin {
 
@@ -66,7 +65,7 @@ void loadLeaf(const XmlImage &file, Element element, NavBranch &branch) {
         else if (name == "shortcut")
             leaf.shortcut = text;
         else if (name == "shortcut_precedence")
-            leaf.shortcutPrecedence = std::strtol(std::string(text).c_str(), nullptr, 10);
+            leaf.shortcutPrecedence = leadingNumber(text);
         else if (name == "check")
             leaf.check = text;
     }

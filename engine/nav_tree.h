@@ -3,6 +3,7 @@
 #include "platform/libzandorin/xml_image.h"
 #include "platform/libzdsupport/roles.h"
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,7 +21,7 @@ struct NavLeaf {
     std::string_view branchLabel; ///< page heading
     bool hidden = false;          ///< left out of the panel
     std::string_view shortcut;    ///< text in the shortcut row, "" for none
-    long shortcutPrecedence = 0;
+    std::int64_t shortcutPrecedence = 0;
     std::string_view check;  ///< condition to be offered, see checkLeaf
     roles_t roles = nullptr; ///< the branch's
 };

@@ -2,6 +2,7 @@
 
 #include "util/log.h"
 #include "util/split.h"
+#include "util/strings.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -17,13 +18,7 @@ bool digitsOnly(std::string_view value) {
     return std::all_of(value.begin(), value.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
-/// The number a value begins with, 0 when it begins with none. One that does not fit comes out as
-/// the largest or smallest long, beyond every limit here, whatever the width of a long.
-long leadingNumber(const std::string &value) {
-    return std::strtol(value.c_str(), nullptr, 10);
-}
-
-bool portNumber(long number) {
+bool portNumber(std::int64_t number) {
     return number >= 1 && number <= last_port;
 }
 
@@ -31,7 +26,7 @@ bool portNumber(long number) {
 bool numberWithin(const std::string &value, long least, long most) {
     if (!digitsOnly(value))
         return false;
-    const long number = leadingNumber(value);
+    const std::int64_t number = leadingNumber(value);
     return number >= least && number <= most;
 }
 
@@ -50,7 +45,7 @@ bool isValidInteger(const std::string &value) {
 
 bool isValidUnsigned16Bit(const std::string &value) {
     ZANDORIN_TRACE();
-    const long number = leadingNumber(value);
+    const std::int64_t number = leadingNumber(value);
     return number >= 0 && number <= 65535;
 }
 
@@ -64,8 +59,8 @@ bool isValidTCPPortRange(const std::string &value) {
     const auto bounds = utilities::split(value, "-");
     if (bounds.empty())
         return false;
-    const long first = leadingNumber(bounds[0]);
-    const long last = bounds.size() > 1 ? leadingNumber(bounds[1]) : first;
+    const std::int64_t first = leadingNumber(bounds[0]);
+    const std::int64_t last = bounds.size() > 1 ? leadingNumber(bounds[1]) : first;
     return portNumber(first) && portNumber(last) && first <= last;
 }
 

@@ -31,9 +31,8 @@ template <typename Test> bool eachByte(std::string_view value, Test test) {
 }
 
 bool alphanumericOr(std::string_view value, std::string_view others) {
-    return eachByte(value, [&](unsigned char c) {
-        return std::isalnum(c) != 0 || others.find(static_cast<char>(c)) != others.npos;
-    });
+    return std::all_of(value.begin(), value.end(),
+                       [&](char c) { return isAlphanumeric(c) || others.find(c) != others.npos; });
 }
 
 template <std::size_t Size>

@@ -10,9 +10,7 @@
 #include "util/log.h"
 #include "util/strings.h"
 
-#include <cerrno>
 #include <climits>
-#include <cstdlib>
 #include <optional>
 
 namespace zandorin::ui {
@@ -27,9 +25,8 @@ std::string elementName(const std::string &argument) {
 int number(const Arguments &arguments, std::size_t index) {
     if (index >= arguments.size())
         return 0;
-    errno = 0;
-    const long value = std::strtol(arguments[index].c_str(), nullptr, 10);
-    return errno == ERANGE || value < 1 || value > INT_MAX ? 0 : static_cast<int>(value);
+    const std::int64_t value = leadingNumber(arguments[index]);
+    return value < 1 || value > INT_MAX ? 0 : static_cast<int>(value);
 }
 
 /// The word at `index` as a switch; none, logged, for any other word.

@@ -6,11 +6,14 @@
 #include "ui/inputs.h"
 #include "util/files.h"
 #include "util/paths.h"
+#include "util/strings.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
+#include <optional>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -26,6 +29,19 @@ constexpr std::size_t small_file = 65536;
 std::string afterBlank(const std::string &text) {
     const auto blank = text.find(' ');
     return blank == std::string::npos || text.size() <= blank + 2 ? "" : text.substr(blank + 1);
+}
+
+/// What scanf's "%lf" reads first. Of "72426.16 50513.92", as the kernel writes it, the whole part:
+/// more is not asked for, and strtod(3) reads tables that nothing else on a page does.
+std::optional<double> firstNumber(const std::string &text) {
+    constexpr std::string_view digits = "0123456789";
+    const auto point = std::min(text.find_first_not_of(digits), text.size());
+    const auto blank = std::min(text.find_first_not_of(digits, point + 1), text.size());
+    if (point > 0 && text[point] == '.' && text[blank] == ' ')
+        return static_cast<double>(leadingNumber(text));
+    char *end = nullptr;
+    const double number = std::strtod(text.c_str(), &end);
+    return end == text.c_str() ? std::nullopt : std::optional(number);
 }
 
 } // namespace
@@ -95,14 +111,13 @@ std::string getUptime(Engine &, const Arguments &) {
     const auto text = readFile(appliancePath("/proc/uptime"), small_file);
     if (!text)
         return "Unavailable";
-    char *end = nullptr;
-    const double seconds = std::strtod(text->c_str(), &end);
-    if (end == text->c_str())
+    const auto seconds = firstNumber(*text);
+    if (!seconds)
         return "/proc/uptime malformed";
     // Beyond a thousand years, or not a number at all: nothing to show.
-    if (!(seconds > 0.0 && seconds < 3.2e10))
+    if (!(*seconds > 0.0 && *seconds < 3.2e10))
         return "Unavailable";
-    const auto whole = static_cast<std::int64_t>(seconds);
+    const auto whole = static_cast<std::int64_t>(*seconds);
     return std::to_string(whole / 86400) + " days, " + std::to_string(whole % 86400 / 3600) +
            " hours, " + std::to_string(whole % 3600 / 60) + " mins, " + std::to_string(whole % 60) +
            " secs";

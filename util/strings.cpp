@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <limits>
 
 namespace zandorin {
 
@@ -66,6 +67,18 @@ std::string shellQuote(std::string_view text) {
         word += c;
     }
     return word + "'";
+}
+
+std::int64_t leadingNumber(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+    if (text.starts_with('+') && !text.starts_with("+-"))
+        text.remove_prefix(1);
+    using Limits = std::numeric_limits<std::int64_t>;
+    std::int64_t number = 0;
+    if (std::from_chars(text.data(), text.data() + text.size(), number).ec ==
+        std::errc::result_out_of_range)
+        return text.front() == '-' ? Limits::min() : Limits::max();
+    return number;
 }
 
 std::optional<std::int64_t> parseWhole(std::string_view text) {

@@ -29,6 +29,15 @@ std::string concat(std::initializer_list<std::string_view> pieces);
 /// `text` as one word of a shell command, whatever stands in it but NUL.
 std::string shellQuote(std::string_view text);
 
+/// True for an ASCII letter or digit.
+constexpr bool isAlphanumeric(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+/// The decimal number that `text` begins with, as strtoll(3) reads it: after white space, with an
+/// optional sign. 0 when it begins with none, the nearest number of 64 bits when it does not fit.
+std::int64_t leadingNumber(std::string_view text);
+
 /// The whole of `text` as a decimal number, an optional "-" first; nothing else may stand in it
 /// (no blanks, no "+"). None when it is no such number or outside 64 bits.
 std::optional<std::int64_t> parseWhole(std::string_view text);

@@ -6,7 +6,6 @@
 #include "util/strings.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <csignal>
 #include <limits>
@@ -32,7 +31,7 @@ struct Holder {
 std::string pidFilePath(const char *name) {
     const std::string_view text = name == nullptr ? "" : name;
     const bool isName = !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
-        return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || c == '-';
+        return zandorin::isAlphanumeric(c) || c == '_' || c == '-';
     });
     return isName ? zandorin::appliancePath("/var/run/" + std::string(text) + ".pid") : "";
 }

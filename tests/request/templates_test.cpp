@@ -164,6 +164,8 @@ TEST_F(Templates, Navigation) {
 TEST_F(Templates, SystemFiles) {
     const std::tuple<const char *, const char *, const char *> rows[] = {
         {"273906.9 1.0\n", "getUptime", "[3 days, 4 hours, 5 mins, 6 secs]"},
+        {" 59.9 1\n", "getUptime", "[0 days, 0 hours, 0 mins, 59 secs]"},
+        {".6e2", "getUptime", "[0 days, 0 hours, 1 mins, 0 secs]"},
         {"up", "getUptime", "[/proc/uptime malformed]"},
         {"A/B V ", "getFirmwareVersion", "[Unknown]"},
         {"A/B V 1.2 x\n", "getModel", "[B ]"},

@@ -28,6 +28,13 @@ TEST(Strings, ParseWholeTakesNothingButANumber) {
         EXPECT_EQ(parseWhole(text), std::nullopt) << "'" << text << "'";
 }
 
+TEST(Strings, LeadingNumberReadsAsStrtollDoes) {
+    for (const char *text :
+         {"", "-", "+", "x1", "12", " \t\n\v\f\r-7x", "+5", "+-5", "-+5", "- 5", "0x1f",
+          "9223372036854775807", "9223372036854775808", "-9223372036854775809"})
+        EXPECT_EQ(leadingNumber(text), std::strtoll(text, nullptr, 10)) << "'" << text << "'";
+}
+
 TEST(Strings, TrimAndCase) {
     EXPECT_EQ(trim(" \t a b\r\n"), "a b");
     EXPECT_EQ(trim(" \n"), "");

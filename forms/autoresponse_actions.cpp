@@ -1,12 +1,11 @@
-#include "forms/autoresponse_choices.h"
 #include "forms/autoresponse_fields.h"
 
 namespace zandorin::autoresponse {
 
 namespace {
 
-constexpr int body_length = 4096;
-constexpr int message_length = 1024;
+constexpr std::int16_t body_length = 4096;
+constexpr std::int16_t message_length = 1024;
 
 // Every action begins with its name and its delay.
 constexpr Field nameField(const char *key) {
@@ -52,29 +51,29 @@ constexpr Field nagios[] = {
     nameField("nagios.name"),
     delayField("nagios.delay_time"),
     textField("nagios.message", "Message", "printable", "Sent with the service check result."),
-    menuField("nagios.return_code", "Return Code", return_codes),
+    menuField("nagios.return_code", "Return Code", Menu::returnCodes),
 };
 
 constexpr Field conman[] = {
     nameField("conman.name"),
     delayField("conman.delay_time"),
-    menuField("conman.ref", "Connection", connectionChoices),
-    menuField("conman.action", "Action", connection_actions),
+    menuField("conman.ref", "Connection", Menu::connections),
+    menuField("conman.action", "Action", Menu::connectionActions),
 };
 
 constexpr Field rpc[] = {
     nameField("rpc.name"),
     delayField("rpc.delay_time"),
-    menuField("rpc.outlet", "Outlet", outletChoices, "Serial ports whose device is an RPC."),
-    menuField("rpc.action", "Action", outlet_actions),
+    menuField("rpc.outlet", "Outlet", Menu::outlets, "Serial ports whose device is an RPC."),
+    menuField("rpc.action", "Action", Menu::outletActions),
 };
 
 constexpr Field dio[] = {
     nameField("dio.name"),
     delayField("dio.delay_time"),
-    menuField("dio.pin", "Digital Output", outputPinChoices,
+    menuField("dio.pin", "Digital Output", Menu::outputPins,
               "The outputs of this model; some have none."),
-    menuField("dio.value", "Value", levels),
+    menuField("dio.value", "Value", Menu::levels),
 };
 
 constexpr Field custom[] = {

@@ -1,4 +1,3 @@
-#include "forms/autoresponse_choices.h"
 #include "forms/autoresponse_fields.h"
 
 #include "platform/libzandorin/config_manager.h"
@@ -24,7 +23,7 @@ constexpr Field cli_login[] = {
 };
 
 constexpr Field routeddata[] = {
-    menuField("routeddata.interface", "Interface", interfaceChoices, "Where the data comes in."),
+    menuField("routeddata.interface", "Interface", Menu::interfaces, "Where the data comes in."),
     textField("routeddata.src_mac_addr", "Source MAC Address", "mac",
               "Only data from this device, such as 00:13:c6:00:2b:01; empty for all."),
     textField("routeddata.src_ip_addr", "Source IP Address", "ip",
@@ -55,7 +54,7 @@ constexpr Field sms[] = {
 };
 
 constexpr Field net_ping[] = {
-    menuField("net.ping.interface", "Interface", interfaceChoices, "Where pings are sent from."),
+    menuField("net.ping.interface", "Interface", Menu::interfaces, "Where pings are sent from."),
     textField("net.ping.address", "Address to Ping", "address", "An IP address or host name."),
     numberField("net.ping.frequency", "Check Frequency (seconds)", "Between two checks."),
     numberField("net.ping.num_packets", "Number of Pings",
@@ -64,37 +63,37 @@ constexpr Field net_ping[] = {
 
 constexpr const char *ups_help = "Serial ports whose device is a UPS.";
 constexpr Field ups_status[] = {
-    menuField("ups_status.dev_ref", "UPS", upsChoices, ups_help),
-    menuField("ups_status.trigger_condition", "Trigger Condition", ups_conditions),
+    menuField("ups_status.dev_ref", "UPS", Menu::upses, ups_help),
+    menuField("ups_status.trigger_condition", "Trigger Condition", Menu::upsConditions),
 };
 
 constexpr Field power[] = {
-    menuField("power.dev_ref", "UPS", upsChoices, ups_help),
+    menuField("power.dev_ref", "UPS", Menu::upses, ups_help),
     textField("power.trigger_value", "Trigger Value", "integer", "Battery charge in percent."),
-    menuField("power.comparison", "Comparison", comparisons),
+    menuField("power.comparison", "Comparison", Menu::comparisons),
     numberField("power.hysteresis", "Hysteresis",
                 "How far the value must come back before the check resolves."),
 };
 
 constexpr Field alarm[] = {
-    menuField("alarm.dev", "Digital Input", inputPinChoices,
+    menuField("alarm.dev", "Digital Input", Menu::inputPins,
               "The inputs of this model; some have none."),
-    menuField("alarm.trigger_value", "Trigger Value", levels),
+    menuField("alarm.trigger_value", "Trigger Value", Menu::levels),
     boxField("alarm.trigger_on_change", "Trigger on Change", "Whatever the new value is."),
 };
 
 constexpr Field environmental[] = {
-    menuField("enviro.dev_ref", "Sensor", sensorChoices,
+    menuField("enviro.dev_ref", "Sensor", Menu::sensors,
               "Serial ports whose device is an environmental monitor."),
     textField("enviro.trigger_value", "Trigger Value", "integer",
               "Degrees Celsius, or percent of humidity."),
-    menuField("enviro.comparison", "Comparison", comparisons),
+    menuField("enviro.comparison", "Comparison", Menu::comparisons),
     numberField("enviro.hysteresis", "Hysteresis",
                 "How far the value must come back before the check resolves."),
 };
 
 constexpr Field conman[] = {
-    menuField("conman.ref", "Connection", connectionChoices),
+    menuField("conman.ref", "Connection", Menu::connections),
     boxField("conman.input_event_starting", "Trigger on Starting"),
     boxField("conman.input_event_up", "Trigger on Up"),
     boxField("conman.input_event_stopping", "Trigger on Stopping"),
@@ -110,9 +109,9 @@ constexpr Field serial_login[] = {
 };
 
 constexpr Field serial_signal[] = {
-    menuField("serial_signal.signal", "Signal", signals),
+    menuField("serial_signal.signal", "Signal", Menu::signals),
     boxField("serial_signal.trigger_change", "Trigger on Change", "Whatever the new level is."),
-    menuField("serial_signal.trigger_value", "Trigger Value", levels),
+    menuField("serial_signal.trigger_value", "Trigger Value", Menu::levels),
     portsField("serial.signal.dev_refs.dev_ref"),
 };
 

@@ -3,13 +3,57 @@
 #include "forms/serial_ports.h"
 #include "framework/predicates.h"
 #include "platform/libzandorin/config_manager.h"
+#include "ui/settings_page.h"
 
 #include <algorithm>
+#include <span>
 #include <string_view>
 
 namespace zandorin::autoresponse {
 
 namespace {
+
+constexpr ui::Choice comparisons[] = {
+    {"above", "Above the trigger value"},
+    {"below", "Below the trigger value"},
+};
+
+constexpr ui::Choice ups_conditions[] = {
+    {"on_battery", "Running on battery"},      {"low_battery", "Battery is low"},
+    {"online", "Mains power is back"},         {"overload", "Overloaded"},
+    {"replace_battery", "Battery has failed"}, {"unreachable", "UPS does not answer"},
+};
+
+constexpr ui::Choice signals[] = {
+    {"CTS", "CTS (Clear To Send)"},
+    {"DCD", "DCD (Data Carrier Detect)"},
+    {"DSR", "DSR (Data Set Ready)"},
+    {"RI", "RI (Ring Indicator)"},
+};
+
+constexpr ui::Choice levels[] = {
+    {"1", "On (asserted, high)"},
+    {"0", "Off (deasserted, low)"},
+};
+
+constexpr ui::Choice connection_actions[] = {
+    {"up", "Bring up"},
+    {"down", "Take down"},
+    {"restart", "Restart"},
+};
+
+constexpr ui::Choice outlet_actions[] = {
+    {"on", "Turn on"},
+    {"off", "Turn off"},
+    {"cycle", "Turn off and on again"},
+};
+
+constexpr ui::Choice return_codes[] = {
+    {"0", "0 (OK)"},
+    {"1", "1 (WARNING)"},
+    {"2", "2 (CRITICAL)"},
+    {"3", "3 (UNKNOWN)"},
+};
 
 constexpr unsigned most_outlets = 64;
 constexpr unsigned usual_outlets = 8; ///< of a power strip that does not say
@@ -49,8 +93,6 @@ void forDevices(const ConfigManager &config, std::string_view kind, Use use) {
             use(port, portLabel(config, number));
     }
 }
-
-} // namespace
 
 std::vector<ui::Option> interfaceChoices(const ConfigManager &config) {
     std::vector<ui::Option> choices;
@@ -97,12 +139,49 @@ std::vector<ui::Option> outletChoices(const ConfigManager &config) {
     return choices;
 }
 
-std::vector<ui::Option> inputPinChoices(const ConfigManager &config) {
-    return pinChoices(config, Direction::input);
+std::vector<ui::Option> fixedChoices(std::span<const ui::Choice> choices) {
+    std::vector<ui::Option> options;
+    for (const ui::Choice &choice : choices)
+        options.emplace_back(choice.value, choice.label);
+    return options;
 }
 
-std::vector<ui::Option> outputPinChoices(const ConfigManager &config) {
-    return pinChoices(config, Direction::output);
+} // namespace
+
+std::vector<ui::Option> optionsOf(const ConfigManager &config, Menu menu) {
+    switch (menu) {
+    case Menu::comparisons:
+        return fixedChoices(comparisons);
+    case Menu::upsConditions:
+        return fixedChoices(ups_conditions);
+    case Menu::signals:
+        return fixedChoices(signals);
+    case Menu::levels:
+        return fixedChoices(levels);
+    case Menu::connectionActions:
+        return fixedChoices(connection_actions);
+    case Menu::outletActions:
+        return fixedChoices(outlet_actions);
+    case Menu::returnCodes:
+        return fixedChoices(return_codes);
+    case Menu::interfaces:
+        return interfaceChoices(config);
+    case Menu::connections:
+        return connectionChoices(config);
+    case Menu::upses:
+        return upsChoices(config);
+    case Menu::sensors:
+        return sensorChoices(config);
+    case Menu::outlets:
+        return outletChoices(config);
+    case Menu::inputPins:
+        return pinChoices(config, Direction::input);
+    case Menu::outputPins:
+        return pinChoices(config, Direction::output);
+    case Menu::none:
+        break;
+    }
+    return {};
 }
 
 } // namespace zandorin::autoresponse

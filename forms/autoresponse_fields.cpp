@@ -29,8 +29,8 @@ bool isUnsafe(const Field &field) {
     return field.input == Input::unsafeText || field.input == Input::unsafeArea;
 }
 
-std::string numbered(const std::string &prefix, const char *list, std::size_t number) {
-    return prefix + list + std::to_string(number);
+std::string numbered(std::string_view prefix, std::string_view list, std::size_t number) {
+    return concat({prefix, list, std::to_string(number)});
 }
 
 /// The stored list with what the form says about it: an empty input keeps its entry, a box deletes
@@ -64,7 +64,7 @@ void checkMenu(Engine &engine, Cgi &cgi, const Field &field, const Place &place)
     const CgiValue value = cgi.getVarString(place.fields + field.key);
     if (value.raw.empty() || value.raw == engine.config().getElement(place.keys + field.key))
         return;
-    const auto options = optionsOf(engine.config(), field);
+    const auto options = optionsOf(engine.config(), field.menu);
     if (std::none_of(options.begin(), options.end(),
                      [&](const ui::Option &option) { return option.value == value.raw; }))
         cgi.addError(std::string("<i>") + field.label + "</i>: '<i>" + value.safe +
@@ -93,7 +93,7 @@ void storeText(ConfigManager &config, const Cgi &cgi, const Field &field, const 
 
 std::string menuMarkup(Engine &engine, Cgi &cgi, const Field &field, const Place &place) {
     const std::string shown = shownText(engine, cgi, field.key, place);
-    std::vector<ui::Option> options = optionsOf(engine.config(), field);
+    std::vector<ui::Option> options = optionsOf(engine.config(), field.menu);
     options.insert(options.begin(), ui::Option("", "- Select -"));
     // What is no choice any more, such as a device that was removed, is not lost by a save.
     if (std::none_of(options.begin(), options.end(),
@@ -144,15 +144,6 @@ const Type *findType(std::span<const Type> types, std::string_view name) {
     const auto found = std::find_if(types.begin(), types.end(),
                                     [&](const Type &type) { return type.name == name; });
     return found == types.end() ? nullptr : &*found;
-}
-
-std::vector<ui::Option> optionsOf(const ConfigManager &config, const Field &field) {
-    if (field.offered != nullptr)
-        return field.offered(config);
-    std::vector<ui::Option> options;
-    for (const ui::Choice &choice : field.choices)
-        options.emplace_back(choice.value, choice.label);
-    return options;
 }
 
 void declareFields(Engine &engine, std::span<const Field> fields, const Place &place) {
@@ -245,7 +236,7 @@ std::string storedWords(const ConfigManager &config, const Field &field, const s
         return words;
     }
     std::string stored = config.getElement(keys + field.key);
-    for (const ui::Option &option : optionsOf(config, field))
+    for (const ui::Option &option : optionsOf(config, field.menu))
         if (option.value == stored)
             return option.label;
     return stored;

@@ -1,8 +1,9 @@
 #pragma once
 
-#include "ui/inputs.h"
-#include "ui/settings_page.h"
+#include "forms/autoresponse_choices.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -19,7 +20,7 @@ class Engine;
 
 namespace zandorin::autoresponse {
 
-enum class Input {
+enum class Input : std::uint8_t {
     text,
     unsafeText, ///< the stored value is shown beside; empty keeps it, a box deletes it
     unsafeArea, ///< the same with several lines
@@ -29,18 +30,36 @@ enum class Input {
     arguments, ///< a list of texts: what is stored can be changed or deleted, one can be added
 };
 
+/// A text that stands where it is used, in at most size - 1 bytes. The program may be loaded
+/// anywhere, and an address in its data is set right before main, whichever page is asked for.
+template <std::size_t size> class InlineText {
+  public:
+    constexpr InlineText(const char *text) {
+        for (std::size_t at = 0; (text_[at] = text[at]) != '\0'; ++at)
+            if (at + 1 == size)
+                throw "too long"; // does not compile
+    }
+
+    operator std::string_view() const { return text_; }
+    operator std::string() const { return text_; }
+    friend std::string operator+(std::string left, const InlineText &right) {
+        return left += right.text_;
+    }
+
+  private:
+    char text_[size] = {};
+};
+
 /// One setting of a check or an action. Keys are relative to the auto-response or the action.
 struct Field {
-    const char *key;
-    const char *label;
-    const char *type = "text"; ///< element type
+    InlineText<40> key;
+    InlineText<32> label;
+    InlineText<28> type = "text"; ///< element type
     Input input = Input::text;
-    const char *help = "";
-    int maxlength = 0;                        ///< bytes; below 1: 255
-    std::span<const ui::Choice> choices = {}; ///< of a menu that is the same everywhere
-    std::vector<ui::Option> (*offered)(const ConfigManager &config) =
-        nullptr;           ///< of any other menu
-    const char *list = ""; ///< of ports and arguments: the entries' key without their number
+    InlineText<80> help = "";
+    std::int16_t maxlength = 0; ///< bytes; below 1: 255
+    Menu menu = Menu::none;
+    InlineText<36> list = ""; ///< of ports and arguments: the entries' key without their number
 };
 
 /// A type of check or of action.
@@ -61,9 +80,6 @@ const Type *findType(std::span<const Type> types, std::string_view name);
 bool isOffered(const ConfigManager &config, const Type &check);
 /// True when a check watches any number of serial ports at once.
 bool watchesPorts(const Type &check);
-
-/// What a menu offers, without the empty choice.
-std::vector<ui::Option> optionsOf(const ConfigManager &config, const Field &field);
 
 /// Where the fields of one panel come from and go to: prefixes of the names in the form and of the
 /// keys in the configuration, each with the dot at its end.
@@ -93,7 +109,7 @@ std::string storedWords(const ConfigManager &config, const Field &field, const s
 
 // Rows of the tables.
 constexpr Field textField(const char *key, const char *label, const char *type,
-                          const char *help = "", int maxlength = 0) {
+                          const char *help = "", std::int16_t maxlength = 0) {
     return {.key = key, .label = label, .type = type, .help = help, .maxlength = maxlength};
 }
 constexpr Field numberField(const char *key, const char *label, const char *help = "") {
@@ -102,24 +118,13 @@ constexpr Field numberField(const char *key, const char *label, const char *help
 constexpr Field boxField(const char *key, const char *label, const char *help = "") {
     return {.key = key, .label = label, .type = "boolean", .input = Input::check, .help = help};
 }
-constexpr Field menuField(const char *key, const char *label, std::span<const ui::Choice> choices,
-                          const char *help = "") {
+constexpr Field menuField(const char *key, const char *label, Menu menu, const char *help = "") {
     return {.key = key,
             .label = label,
             .type = "printable",
             .input = Input::menu,
             .help = help,
-            .choices = choices};
-}
-constexpr Field menuField(const char *key, const char *label,
-                          std::vector<ui::Option> (*offered)(const ConfigManager &),
-                          const char *help = "") {
-    return {.key = key,
-            .label = label,
-            .type = "printable",
-            .input = Input::menu,
-            .help = help,
-            .offered = offered};
+            .menu = menu};
 }
 constexpr Field portsField(const char *list) {
     return {.key = list, .label = "Serial Ports", .input = Input::ports, .list = list};

@@ -52,12 +52,14 @@ void loadLeaf(const XmlImage &file, Element element, NavBranch &branch) {
          attribute = file.nextAttribute(attribute)) {
         const std::string_view name = file.name(attribute);
         const std::string_view text = file.text(attribute);
+        isLabelled |= name == "label";
+        hasFile |= name == "file";
         if (name == "id")
             leaf.id = text;
         else if (name == "label")
-            isLabelled = true, leaf.label = text;
+            leaf.label = text;
         else if (name == "file")
-            hasFile = true, leaf.file = text;
+            leaf.file = text;
         else if (name == "args")
             leaf.args = text;
         else if (name == "hidden")

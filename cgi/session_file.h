@@ -60,7 +60,7 @@ bool writeSessionRecord(std::string_view id, const SessionRecord &record);
 /// stays ended, and who reads meanwhile reads the old record or the new one.
 bool updateSessionRecord(std::string_view id, const SessionRecord &record);
 
-/// Held while a session is removed or written over, so that neither happens in the middle of the
+/// Held while a session is removed or replaced, so that neither happens in the middle of the
 /// other; let go of with the descriptor. None when there is no folder of sessions.
 UniqueFd lockSessions();
 

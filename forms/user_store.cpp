@@ -6,6 +6,7 @@
 #include "util/files.h"
 #include "util/log.h"
 #include "util/paths.h"
+#include "util/strings.h"
 
 #include <algorithm>
 #include <array>
@@ -146,12 +147,9 @@ std::optional<Account> accountToChange(const AccountFile &accounts, const std::s
 
 bool user_isname(const std::string &name) {
     constexpr std::size_t longest = 64;
-    const auto isAlnum = [](char c) {
-        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-    };
-    return !name.empty() && name.size() <= longest && isAlnum(name.front()) &&
-           std::all_of(name.begin(), name.end(), [&](char c) {
-               return isAlnum(c) || c == '.' || c == '_' || c == '-' || c == '@';
+    return !name.empty() && name.size() <= longest && isAlphanumeric(name.front()) &&
+           std::all_of(name.begin(), name.end(), [](char c) {
+               return isAlphanumeric(c) || c == '.' || c == '_' || c == '-' || c == '@';
            });
 }
 

@@ -1,6 +1,7 @@
 #include "framework/predicates.h"
 
 #include "util/log.h"
+#include "util/strings.h"
 
 #include <algorithm>
 
@@ -21,7 +22,7 @@ bool letter(char c) {
 }
 
 bool hostNameByte(char c) {
-    return letter(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
+    return isAlphanumeric(c) || c == '-' || c == '.';
 }
 
 template <bool (*isValid)(const std::string &)> bool isEachValid(const std::string &list) {

@@ -3,6 +3,7 @@
 #include "platform/libzdsupport/child.h"
 #include "util/log.h"
 #include "util/paths.h"
+#include "util/strings.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -25,8 +26,7 @@ std::string programOf(const std::string &name) {
 bool isConfiguratorName(std::string_view name) {
     return !name.empty() && name.front() != '.' &&
            std::all_of(name.begin(), name.end(), [](char c) {
-               return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-                      c == '.' || c == '_' || c == '-';
+               return isAlphanumeric(c) || c == '.' || c == '_' || c == '-';
            });
 }
 

@@ -1,7 +1,7 @@
 #include "cgi/cgi.h"
 
 #include "cgi/decoder.h"
-#include "ui/escape.h"
+#include "util/escape.h"
 #include "util/fd.h"
 #include "util/log.h"
 #include "util/strings.h"

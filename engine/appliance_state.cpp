@@ -1,6 +1,6 @@
 #include "engine/appliance_state.h"
 
-#include "platform/libzandorin/accounts.h"
+#include "platform/accounts/accounts.h"
 #include "platform/libzandorin/config_manager.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "engine/engine.h"
 
-#include "platform/libzandorin/accounts.h"
+#include "platform/accounts/accounts.h"
 #include "util/log.h"
 
 #include <pwd.h>

@@ -2,12 +2,14 @@
 
 #include "cgi/cgi.h"
 #include "engine/foreign_request.h"
+#include "engine/formlet.h"
 #include "engine/login.h"
 #include "engine/page_requests.h"
-#include "framework/formlet.h"
 #include "platform/libzdsupport/pidfile.h"
-#include "ui/escape.h"
+#include "settings/registry.h"
 #include "ui/page.h"
+#include "ui/settings_page.h"
+#include "util/escape.h"
 #include "util/exception.h"
 #include "util/files.h"
 #include "util/log.h"
@@ -34,6 +36,15 @@ void ignoreHangUps() {
 /// Names no file outside of the forms folder, nor a hidden one in it.
 bool isFormFileName(const std::string &name) {
     return !name.empty() && name.front() != '.' && name.find('/') == std::string::npos;
+}
+
+/// The callbacks of a page: its own, or those of every page that is a table.
+const Formlet *findFormlet(const std::string &name) {
+    static constexpr Formlet table = {.define = ui::defineSettings, .render = ui::renderSettings};
+    const Formlet *own = FormletRegistry::find(name);
+    if (own != nullptr)
+        return own;
+    return settings::PageRegistry::find(name) == nullptr ? nullptr : &table;
 }
 
 /// Runs a piece of the page; answers what went wrong as text for the page, "" when nothing did.
@@ -77,7 +88,7 @@ void Engine::displayPage() {
     }
 
     openPage();
-    const Formlet *formlet = FormletRegistry::find(formFile_);
+    const Formlet *formlet = findFormlet(formFile_);
     defineForm(formlet);
     writeMessages();
     const std::size_t shown = cgi_->getErrors().size();
@@ -195,6 +206,7 @@ void Engine::defineForm(const Formlet *formlet) {
         validateForm();
         configure();
     });
+    settingsLock_.reset();
     if (!fault.empty())
         cgi_->setPageError(fault);
 }

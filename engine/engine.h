@@ -2,10 +2,14 @@
 
 #include "cgi/session.h"
 #include "engine/nav_tree.h"
-#include "framework/form_elem.h"
 #include "platform/libzandorin/config_manager.h"
 #include "platform/libzdsupport/roles.h"
+#include "settings/fingerprint.h"
+#include "settings/form_elem.h"
+#include "settings/packed.h"
+#include "util/fd.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -46,6 +50,8 @@ class Engine : public ConfigManagerListener {
     const std::string &title() const { return title_; }
     const std::string &formId() const { return formId_; }
     const std::string &formArgs() const { return formArgs_; }
+    /// Base name of the form's templates, and the name of its formlet or table.
+    const std::string &formFile() const { return formFile_; }
     FormElements &elements() { return elements_; }
     bool debugMode() const { return debugMode_; }
     /// The first line of /etc/version, such as "Zandorin/HX9016 Version 1.0.0 2fa1c0de", without
@@ -58,6 +64,9 @@ class Engine : public ConfigManagerListener {
 
     /// Has one more configurator scheduled when the form is committed.
     void addConfigurator(const std::string &name) { extraConfigurators_.push_back(name); }
+
+    /// The table of the page, once something has loaded it (see ui/settings_page.h).
+    std::optional<settings::LoadedPage> &pageTable() { return pageTable_; }
 
     /// Makes the request count as a submission even without "apply".
     void setForceSubmit(bool force) { forceSubmit_ = force; }
@@ -78,6 +87,18 @@ class Engine : public ConfigManagerListener {
     /// True when the page of this leaf is to be offered to the session's user: its condition holds,
     /// and the user may open it.
     bool isOffered(const NavLeaf &leaf);
+
+    /// Has `effect` called once everything that was submitted has passed every check, before it is
+    /// put into the store. What it cannot do it reports as an error of the request; then nothing is
+    /// saved, and no further effect called.
+    void onAccepted(std::function<void()> effect) { effects_.push_back(std::move(effect)); }
+
+    /// Makes this request the only one that changes settings until it has saved them, and reads the
+    /// configuration as it is by now. False, with an error of the request, when that failed.
+    bool lockSettings();
+
+    /// What the page of a submission was made from; empty when it does not say.
+    settings::Fingerprint openedWith() const;
 
     /// True when a submitted value fits the element's type; otherwise an error of the request says
     /// why. For forms whose fields are no elements. A password's value is shown nowhere.
@@ -129,6 +150,9 @@ class Engine : public ConfigManagerListener {
     std::string formArgs_;
     FormElements elements_;
     std::vector<std::string> extraConfigurators_;
+    std::vector<std::function<void()>> effects_;
+    std::optional<settings::LoadedPage> pageTable_;
+    UniqueFd settingsLock_; ///< held from lockSettings until the form is saved
     NavTree navTree_;
     std::string favicon_;
     std::string stylesheet_;

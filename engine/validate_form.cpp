@@ -1,16 +1,16 @@
 #include "engine/engine.h"
 
-#include "cgi/cgi.h"
-#include "framework/elem_type.h"
-#include "framework/formlet.h"
-#include "platform/libzandorin/accounts.h"
-#include "ui/escape.h"
-#include "ui/inputs.h"
+#include "engine/cgi_submission.h"
+#include "engine/formlet.h"
+#include "settings/form_check.h"
+#include "util/escape.h"
+#include "util/files.h"
 #include "util/log.h"
+#include "util/paths.h"
 
-#include <map>
+#include <cerrno>
+#include <cstring>
 #include <string>
-#include <vector>
 
 namespace zandorin {
 
@@ -20,131 +20,52 @@ const char *onOff(bool value) {
     return value ? "on" : "off";
 }
 
-/// What a submission changes in the store once all of it was accepted.
-struct Pending {
-    std::vector<std::string> deletes;
-    std::map<std::string, std::string> sets;
-};
-
-class Validation {
-  public:
-    Validation(Engine &engine, Cgi &cgi) : engine_(engine), cgi_(cgi) {}
-
-    void check(const std::string &name, const FormElem &element) {
-        const CgiValue value = cgi_.getVarString(name, element.bufferSize());
-        report(name, element, value);
-        if (value.raw.empty()) {
-            // The box of an unsafe input; it has no say over what is not saved at all.
-            const bool boxed = element.autoSave && !cgi_.getVarString(name + ".delete").raw.empty();
-            if (element.autoDelete || boxed)
-                pending_.deletes.push_back(name);
-            return;
-        }
-        if (element.type == "password" && value.raw == ui::password_placeholder)
-            return;
-        if (accepts(element, value))
-            queue(name, element, value.raw);
-    }
-
-    bool isAccepted(const FormElem &element, const CgiValue &value) {
-        return accepts(element, value);
-    }
-
-    void save() const {
-        for (const std::string &name : pending_.deletes)
-            engine_.config().delElement(name);
-        for (const auto &[name, value] : pending_.sets)
-            engine_.config().setElement(name, value);
-    }
-
-  private:
-    /// Tells the page, in debug mode, and the log what was submitted.
-    void report(const std::string &name, const FormElem &element, const CgiValue &value) {
-        const bool masked = isPassword(name, element) && !value.raw.empty();
-        if (engine_.debugMode())
-            cgi_ << "Form Element: <b>" + encodeSafe(name) + "</b> = '<i>" +
-                        (masked ? ui::password_placeholder : value.safe) +
-                        "</i>' {<b>type</b>:'<i>" + encodeSafe(element.type) +
-                        "</i>', <b>autoSave</b> <i>" + onOff(element.autoSave) +
-                        "</i>, </i> <b>autoDelete</b> <i>" + onOff(element.autoDelete) + "</i>}";
-        logRecord(Priority::debug, "Form Element: %s = '%s' {type:%s, autoSave:%d autoDelete:%d}",
-                  name.c_str(), masked ? ui::password_placeholder : value.raw.c_str(),
-                  element.type.c_str(), element.autoSave ? 1 : 0, element.autoDelete ? 1 : 0);
-    }
-
-    bool refuseMarkup(const FormElem &element, const CgiValue &value) {
-        if (!value.hasMarkup())
-            return false;
-        const std::string message = "<i>" + element.label + "</i> can not contain markup.";
-        logRecord(Priority::error, "%s", message.c_str());
-        cgi_.addError(message);
-        return true;
-    }
-
-    /// Told before anything is put into the store: all of a form is saved, or nothing.
-    bool isStorable(const FormElem &element, const std::string &value) {
-        if (ConfigManager::canHold(value))
-            return true;
-        cgi_.addError("<i>" + element.label + "</i> can not contain control characters.");
-        return false;
-    }
-
-    bool accepts(const FormElem &element, const CgiValue &value) {
-        if (element.type == "text")
-            return !refuseMarkup(element, value);
-        const FormElemType *type = ElemTypeRegistry::find(element.type);
-        if (type == nullptr) {
-            cgi_.addError("No registered type <i>" + encodeSafe(element.type) + "</i>");
-            return false;
-        }
-        if (type->allowMarkup)
-            logRecord(Priority::debug, "Accepting unsafe value: %s", element.label.c_str());
-        else if (refuseMarkup(element, value))
-            return false;
-        if (type->validator(value.raw))
-            return isStorable(element, value.raw);
-        std::string message =
-            "<i>" + element.label + "</i> must be assigned a <i>" + type->description + "</i>.";
-        if (element.type != "password")
-            message += " The value '<i>" + value.safe + "</i>' is invalid.";
-        cgi_.addError(message);
-        return false;
-    }
-
-    void queue(const std::string &name, const FormElem &element, const std::string &value) {
-        if (name == system_password && !engine_.config().hasPlainTextPasswords())
-            queuePassword(value);
-        else if (element.autoSave)
-            pending_.sets[name] = value;
-        else
-            logRecord(Priority::debug, "Skipping element: %s, autoSave is off", name.c_str());
-    }
-
-    void queuePassword(const std::string &password) {
-        logRecord(Priority::debug, "Found password: %s", system_password);
-        if (password == ui::password_placeholder) {
-            logRecord(Priority::info, "System password is unchanged");
-            return;
-        }
-        const std::string hash = user_getcryptedpassword(password);
-        if (hash.empty())
-            cgi_.addError("The password could not be encrypted and was not saved.");
-        else
-            pending_.sets[system_password] = hash;
-    }
-
-    Engine &engine_;
-    Cgi &cgi_;
-    Pending pending_;
-};
+/// Tells the page, in debug mode, and the log what was submitted.
+void report(Cgi &cgi, bool toPage, const std::string &name, const FormElem &element,
+            const std::string &value) {
+    const bool masked = element.isSecret(name) && !value.empty();
+    const std::string shown = masked ? settings::password_placeholder : value;
+    if (toPage)
+        cgi << "Form Element: <b>" + encodeSafe(name) + "</b> = '<i>" + encodeSafe(shown) +
+                   "</i>' {<b>type</b>:'<i>" + encodeSafe(element.type) +
+                   "</i>', <b>autoSave</b> <i>" + onOff(element.autoSave) +
+                   "</i>, </i> <b>autoDelete</b> <i>" + onOff(element.autoDelete) + "</i>}";
+    logRecord(Priority::debug, "Form Element: %s = '%s' {type:%s, autoSave:%d autoDelete:%d}",
+              name.c_str(), shown.c_str(), element.type.c_str(), element.autoSave ? 1 : 0,
+              element.autoDelete ? 1 : 0);
+}
 
 } // namespace
 
+settings::Fingerprint Engine::openedWith() const {
+    constexpr std::size_t longest = std::size_t{32} * 1024;
+    settings::Fingerprint fingerprint(session_.sessionId());
+    if (cgi_)
+        fingerprint.read(cgi_->getVarString(settings::fingerprint_field, longest).raw);
+    return fingerprint;
+}
+
+bool Engine::lockSettings() {
+    constexpr const char *path = "/etc/config/.settings.lock";
+    if (settingsLock_)
+        return true;
+    settingsLock_ = lockFile(appliancePath(path));
+    if (settingsLock_ && configManager_.read())
+        return true;
+    logRecord(Priority::error, "Failed to lock the settings: %s", std::strerror(errno));
+    if (Cgi *request = requireCgi())
+        request->addError("The settings can not be changed now. Nothing was saved; try again.");
+    return false;
+}
+
 bool Engine::acceptsValue(const FormElem &element, const std::string &value) {
     Cgi *request = requireCgi();
-    CgiValue both;
-    fillCgiValue(both, value);
-    return request != nullptr && Validation(*this, *request).isAccepted(element, both);
+    settings::Problems problems;
+    settings::acceptsType(element, "", value, problems);
+    if (request != nullptr)
+        for (const settings::Problem &problem : problems.all())
+            request->addError(problem.message);
+    return request != nullptr && problems.empty();
 }
 
 void Engine::validateForm() {
@@ -154,11 +75,23 @@ void Engine::validateForm() {
     Cgi *request = requireCgi();
     if (request == nullptr)
         return;
-    Validation validation(*this, *request);
-    for (const auto &[name, element] : elements_)
-        validation.check(name, element);
-    if (formWasSubmitted() && !request->hasErrors())
-        validation.save();
+    const CgiSubmission submission(*request);
+    const settings::Fingerprint fingerprint = openedWith();
+    settings::FormCheck check(configManager_, submission, fingerprint);
+    for (const auto &[name, element] : elements_) {
+        const std::string value = check.submitted(name, element);
+        report(*request, debugMode_, name, element, value);
+        check.check(name, element, value);
+    }
+    for (const settings::Problem &problem : check.problems().all())
+        request->addError(problem.message);
+    if (!formWasSubmitted())
+        return;
+    for (const auto &effect : effects_)
+        if (!request->hasErrors())
+            effect();
+    if (!request->hasErrors())
+        check.save(configManager_);
 }
 
 } // namespace zandorin

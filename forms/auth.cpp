@@ -1,13 +1,12 @@
-#include "engine/engine.h"
-#include "framework/formlet.h"
-#include "ui/settings_page.h"
+#include "platform/libzandorin/config_manager.h"
+#include "settings/registry.h"
 
 // Who may log in is decided here or by a server: which, and how sessions last.
 
-namespace zandorin {
+namespace zandorin::settings {
 namespace {
 
-constexpr ui::Choice types[] = {
+constexpr Choice types[] = {
     {"Local", "Local"},
     {"LocalTACACS", "Local, then TACACS+"},
     {"TACACS", "TACACS+"},
@@ -23,43 +22,54 @@ constexpr ui::Choice types[] = {
     {"LDAPDownLocal", "LDAP, Local when no server answers"},
 };
 
+constexpr When needs_tacacs = {"config.auth.type",
+                               "LocalTACACS TACACS TACACSLocal TACACSDownLocal"};
+constexpr When needs_radius = {"config.auth.type",
+                               "LocalRADIUS RADIUS RADIUSLocal RADIUSDownLocal"};
+constexpr When needs_ldap = {"config.auth.type", "LocalLDAP LDAP LDAPLocal LDAPDownLocal"};
+
 constexpr const char *servers_help =
     "Addresses or host names, separated by commas without blanks; they are asked in this order.";
 constexpr const char *accounting_help =
     "Where logins and logouts are reported to. Empty: to the servers above.";
 
-constexpr ui::Setting method[] = {
+constexpr Field method[] = {
     {.label = "Authentication Method",
      .key = "config.auth.type",
-     .input = ui::Input::menu,
+     .input = Input::menu,
      .choices = types,
      .help = "Where names and passwords are checked. <b>Local</b> means the users of this "
              "appliance. A method that ends with it lets them in while the servers cannot be "
              "reached."},
 };
 
-constexpr ui::Setting sessions[] = {
+constexpr Field sessions[] = {
     {.label = "Session Lifetime",
      .key = "config.auth.sessionlifetime",
      .help = "Minutes, 10 to 1440, after which an idle web session ends. Empty: 20.",
-     .maxlength = 8},
+     .maxlength = 8,
+     .least = 10,
+     .most = 1440,
+     .refusal = "Session lifetime must be between 10 and 1440 minutes"},
     {.label = "Fixed Session Lifetime",
      .key = "config.auth.autorefresh.disabled",
      .type = "boolean",
-     .input = ui::Input::check,
+     .input = Input::check,
      .help = "End a session when its lifetime is over even while it is in use."},
     {.label = "Long Session Identifiers",
      .key = "config.auth.extendedsessionids",
      .type = "boolean",
-     .input = ui::Input::check,
+     .input = Input::check,
      .help = "Identify sessions by 32 instead of 16 hexadecimal digits."},
 };
 
-constexpr ui::Setting tacacs[] = {
+constexpr Field tacacs[] = {
     {.label = "TACACS+ Servers",
      .key = "config.auth.tacacs.auth_server",
      .type = "addresslist",
-     .help = servers_help},
+     .help = servers_help,
+     .required = needs_tacacs,
+     .missing = "TACACS+ Authentication and Authorization Server Address must be specified"},
     {.label = "TACACS+ Accounting Servers",
      .key = "config.auth.tacacs.acct_server",
      .type = "addresslist",
@@ -67,19 +77,24 @@ constexpr ui::Setting tacacs[] = {
     {.label = "TACACS+ Password",
      .key = "config.auth.tacacs.password",
      .type = "password",
-     .input = ui::Input::password,
-     .help = "The secret that the servers share with this appliance."},
+     .input = Input::password,
+     .help = "The secret that the servers share with this appliance.",
+     .required = needs_tacacs,
+     .missing = "TACACS+ Server Password must be specified"},
     {.label = "Confirm TACACS+ Password",
      .key = "config.auth.tacacs.confirm",
-     .input = ui::Input::confirmation,
+     .input = Input::confirmation,
+     .refusal = "TACACS Password does not match confirmation.",
      .confirms = "config.auth.tacacs.password"},
 };
 
-constexpr ui::Setting radius[] = {
+constexpr Field radius[] = {
     {.label = "RADIUS Servers",
      .key = "config.auth.radius.auth_server",
      .type = "addresslist",
-     .help = servers_help},
+     .help = servers_help,
+     .required = needs_radius,
+     .missing = "RADIUS Authentication and Authorization Server Address must be specified"},
     {.label = "RADIUS Accounting Servers",
      .key = "config.auth.radius.acct_server",
      .type = "addresslist",
@@ -87,19 +102,24 @@ constexpr ui::Setting radius[] = {
     {.label = "RADIUS Password",
      .key = "config.auth.radius.password",
      .type = "password",
-     .input = ui::Input::password,
-     .help = "The secret that the servers share with this appliance."},
+     .input = Input::password,
+     .help = "The secret that the servers share with this appliance.",
+     .required = needs_radius,
+     .missing = "RADIUS Server Password must be specified"},
     {.label = "Confirm RADIUS Password",
      .key = "config.auth.radius.confirm",
-     .input = ui::Input::confirmation,
+     .input = Input::confirmation,
+     .refusal = "RADIUS Password does not match confirmation.",
      .confirms = "config.auth.radius.password"},
 };
 
-constexpr ui::Setting ldap[] = {
+constexpr Field ldap[] = {
     {.label = "LDAP Server",
      .key = "config.auth.ldap.server",
      .type = "address",
-     .help = "Address or host name."},
+     .help = "Address or host name.",
+     .required = needs_ldap,
+     .missing = "LDAP Server Address must be specified"},
     {.label = "LDAP Base DN",
      .key = "config.auth.ldap.basedn",
      .type = "distinguishedname",
@@ -111,26 +131,29 @@ constexpr ui::Setting ldap[] = {
     {.label = "LDAP Bind Password",
      .key = "config.auth.ldap.password",
      .type = "password",
-     .input = ui::Input::password},
+     .input = Input::password,
+     .required = needs_ldap,
+     .missing = "LDAP Server Password must be specified"},
     {.label = "Confirm LDAP Bind Password",
      .key = "config.auth.ldap.confirm",
-     .input = ui::Input::confirmation,
+     .input = Input::confirmation,
+     .refusal = "LDAP Password does not match confirmation.",
      .confirms = "config.auth.ldap.password"},
 };
 
-constexpr ui::Setting pmshell[] = {
+constexpr Field pmshell[] = {
     {.label = "Port Login Prompt",
      .key = "config.auth.pmshell.enabled",
      .type = "boolean",
-     .input = ui::Input::check,
+     .input = Input::check,
      .help = "Enables extra login prompt for users connecting to serial consoles."},
 };
 
-bool isPmshellAvailable(Engine &engine) {
-    return engine.config().getBoolean("config.auth.pmshell.available");
+bool isPmshellAvailable(const ConfigManager &config) {
+    return config.getBoolean("config.auth.pmshell.available");
 }
 
-constexpr ui::Section sections[] = {
+constexpr Section sections[] = {
     {"Authentication", method},
     {"Web Sessions", sessions},
     {"TACACS+", tacacs},
@@ -139,8 +162,9 @@ constexpr ui::Section sections[] = {
     {"Additional Port Authentication", pmshell, isPmshellAvailable},
 };
 
-const AutoRegisterFormlet registration("auth", ui::defineSettings<sections>,
-                                       ui::renderSettings<sections>);
+constexpr Page page = {.sections = sections};
+
+const AutoRegisterPage registration("auth", packed<page>());
 
 } // namespace
-} // namespace zandorin
+} // namespace zandorin::settings

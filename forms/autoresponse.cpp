@@ -3,7 +3,7 @@
 
 #include "cgi/cgi.h"
 #include "engine/engine.h"
-#include "framework/formlet.h"
+#include "engine/formlet.h"
 #include "util/log.h"
 
 // Rules that watch the appliance and act on it: their list, the page of one rule, and their status.

@@ -1,9 +1,9 @@
 #include "forms/autoresponse_choices.h"
 
-#include "forms/serial_ports.h"
-#include "framework/predicates.h"
 #include "platform/libzandorin/config_manager.h"
-#include "ui/settings_page.h"
+#include "platform/libzandorin/serial_ports.h"
+#include "types/predicates.h"
+#include "settings/page.h"
 
 #include <algorithm>
 #include <span>
@@ -13,42 +13,42 @@ namespace zandorin::autoresponse {
 
 namespace {
 
-constexpr ui::Choice comparisons[] = {
+constexpr settings::Choice comparisons[] = {
     {"above", "Above the trigger value"},
     {"below", "Below the trigger value"},
 };
 
-constexpr ui::Choice ups_conditions[] = {
+constexpr settings::Choice ups_conditions[] = {
     {"on_battery", "Running on battery"},      {"low_battery", "Battery is low"},
     {"online", "Mains power is back"},         {"overload", "Overloaded"},
     {"replace_battery", "Battery has failed"}, {"unreachable", "UPS does not answer"},
 };
 
-constexpr ui::Choice signals[] = {
+constexpr settings::Choice signals[] = {
     {"CTS", "CTS (Clear To Send)"},
     {"DCD", "DCD (Data Carrier Detect)"},
     {"DSR", "DSR (Data Set Ready)"},
     {"RI", "RI (Ring Indicator)"},
 };
 
-constexpr ui::Choice levels[] = {
+constexpr settings::Choice levels[] = {
     {"1", "On (asserted, high)"},
     {"0", "Off (deasserted, low)"},
 };
 
-constexpr ui::Choice connection_actions[] = {
+constexpr settings::Choice connection_actions[] = {
     {"up", "Bring up"},
     {"down", "Take down"},
     {"restart", "Restart"},
 };
 
-constexpr ui::Choice outlet_actions[] = {
+constexpr settings::Choice outlet_actions[] = {
     {"on", "Turn on"},
     {"off", "Turn off"},
     {"cycle", "Turn off and on again"},
 };
 
-constexpr ui::Choice return_codes[] = {
+constexpr settings::Choice return_codes[] = {
     {"0", "0 (OK)"},
     {"1", "1 (WARNING)"},
     {"2", "2 (CRITICAL)"},
@@ -139,9 +139,9 @@ std::vector<ui::Option> outletChoices(const ConfigManager &config) {
     return choices;
 }
 
-std::vector<ui::Option> fixedChoices(std::span<const ui::Choice> choices) {
+std::vector<ui::Option> fixedChoices(std::span<const settings::Choice> choices) {
     std::vector<ui::Option> options;
-    for (const ui::Choice &choice : choices)
+    for (const settings::Choice &choice : choices)
         options.emplace_back(choice.value, choice.label);
     return options;
 }

@@ -3,7 +3,7 @@
 #include "cgi/cgi.h"
 #include "engine/engine.h"
 #include "forms/autoresponse_records.h"
-#include "forms/serial_ports.h"
+#include "platform/libzandorin/serial_ports.h"
 #include "ui/unsafe_inputs.h"
 #include "util/strings.h"
 

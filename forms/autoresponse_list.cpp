@@ -4,11 +4,11 @@
 #include "engine/engine.h"
 #include "forms/autoresponse_records.h"
 #include "forms/autoresponse_settings.h"
-#include "ui/escape.h"
 #include "ui/form.h"
 #include "ui/inputs.h"
 #include "ui/page.h"
 #include "ui/table.h"
+#include "util/escape.h"
 
 namespace zandorin::autoresponse {
 

@@ -3,11 +3,11 @@
 #include "cgi/cgi.h"
 #include "engine/engine.h"
 #include "forms/autoresponse_records.h"
-#include "ui/escape.h"
 #include "ui/form.h"
 #include "ui/inputs.h"
 #include "ui/page.h"
 #include "ui/table.h"
+#include "util/escape.h"
 
 namespace zandorin::autoresponse {
 

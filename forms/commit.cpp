@@ -1,10 +1,10 @@
 #include "cgi/cgi.h"
 #include "engine/engine.h"
-#include "framework/formlet.h"
-#include "ui/escape.h"
+#include "engine/formlet.h"
 #include "ui/form.h"
 #include "ui/inputs.h"
 #include "ui/page.h"
+#include "util/escape.h"
 #include "util/log.h"
 
 // Delayed configuration: what is queued, and the two buttons that commit or drop it.

@@ -1,7 +1,7 @@
 #include "cgi/cgi.h"
 #include "cgi/session_file.h"
 #include "engine/engine.h"
-#include "framework/formlet.h"
+#include "engine/formlet.h"
 #include "ui/table.h"
 #include "ui/template_functions.h"
 

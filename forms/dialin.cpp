@@ -1,89 +1,46 @@
-#include "forms/dialin.h"
-
-#include "cgi/cgi.h"
-#include "engine/engine.h"
-#include "forms/serial_ports.h"
-#include "framework/formlet.h"
-#include "ui/escape.h"
-#include "ui/markup.h"
-#include "ui/page.h"
-#include "ui/settings_page.h"
-#include "util/strings.h"
+#include "platform/libzandorin/serial_ports.h"
+#include "settings/registry.h"
 
 // PPP over a modem at one of the serial ports: calls from outside, calling back, calling out.
 
-namespace zandorin {
-
-std::string dialinPort(Engine &engine) {
-    if (const Cgi *cgi = engine.cgi()) {
-        std::string asked = cgi->getVarString("port").raw;
-        if (!asked.empty())
-            return asked;
-    }
-    return engine.formArgs().empty() ? "console" : engine.formArgs();
-}
-
-bool isDialinPort(Engine &engine, const std::string &name) {
-    if (name == "console")
-        return true;
-    constexpr std::string_view serial = "port";
-    if (!name.starts_with(serial))
-        return false;
-    const std::int64_t number = parseWhole(name.substr(serial.size())).value_or(0);
-    return number >= 1 && number <= engine.config().getSerialPortCount() &&
-           name == "port" + std::to_string(number);
-}
-
+namespace zandorin::settings {
 namespace {
 
-constexpr ui::Choice protocols[] = {
+std::vector<Option> ports(const ConfigManager &config, const std::string &) {
+    std::vector<Option> options = {{"console", "Console"}};
+    for (unsigned number = 1; number <= portCount(config); ++number)
+        options.emplace_back("port" + std::to_string(number), portLabel(config, number));
+    return options;
+}
+
+constexpr Choice protocols[] = {
     {"mschapv2", "MS-CHAP v2"},
     {"chap", "CHAP"},
     {"pap", "PAP (password in clear)"},
     {"none", "None"},
 };
 
-std::string portChoices(Engine &engine) {
-    const std::string current = dialinPort(engine);
-    const auto choice = [&](const std::string &name, const std::string &label) {
-        if (name == current)
-            return "<b>" + encodeSafe(label) + "</b>";
-        return ui::link("?form=" + engine.formId() + "&port=" + name, label);
-    };
-    std::string html = choice("console", "Console");
-    const unsigned ports = portCount(engine.config());
-    for (unsigned number = 1; number <= ports; ++number) {
-        const std::string name = "port" + std::to_string(number);
-        html += ", " + choice(name, portLabel(engine.config(), number));
-    }
-    return html + "<input type=\"hidden\"" + ui::attribute("name", "port") +
-           ui::attribute("value", current) + ">";
-}
-
-constexpr ui::Setting port[] = {
-    {.label = "Serial Port",
-     .input = ui::Input::custom,
-     .help = "Every port with a modem has settings of its own. Apply before you change to another.",
-     .markup = portChoices},
-};
-
-constexpr ui::Setting dialin[] = {
+constexpr Field dialin[] = {
     {.label = "Enable Dial-In",
      .key = ".ppp.enabled",
      .type = "boolean",
-     .input = ui::Input::check,
+     .input = Input::check,
      .help = "Answer calls with PPP."},
     {.label = "Remote Address",
      .key = ".ppp.remoteip",
      .type = "ip",
-     .help = "The IP address that a caller gets."},
+     .help = "The IP address that a caller gets.",
+     .required = {".ppp.enabled"},
+     .missing = "Dial-In configuration requires a <i>Remote Address</i>"},
     {.label = "Local Address",
      .key = ".ppp.localip",
      .type = "ip",
-     .help = "The IP address at which a caller finds this appliance."},
+     .help = "The IP address at which a caller finds this appliance.",
+     .required = {".ppp.enabled"},
+     .missing = "Dial-In configuration requires a <i>Local Address</i>"},
     {.label = "Authentication Type",
      .key = ".ppp.auth",
-     .input = ui::Input::menu,
+     .input = Input::menu,
      .choices = protocols,
      .help = "How a caller proves who it is."},
     {.label = "Dial-In Username",
@@ -93,74 +50,74 @@ constexpr ui::Setting dialin[] = {
     {.label = "Dial-In Password",
      .key = ".ppp.password",
      .type = "password",
-     .input = ui::Input::password},
+     .input = Input::password},
     {.label = "Confirm Dial-In Password",
      .key = ".ppp.confirm",
-     .input = ui::Input::confirmation,
+     .input = Input::confirmation,
+     .refusal = "Dial-In password does not match confirmation.",
      .confirms = ".ppp.password"},
     {.label = "Modem Initialization",
      .key = ".ppp.initstring",
      .type = "unsafe_printable",
-     .input = ui::Input::unsafeText,
+     .input = Input::unsafeText,
      .help = "Sent to the modem before it is used, such as AT&amp;C1&amp;D2."},
 };
 
-constexpr ui::Setting callback[] = {
+constexpr Field callback[] = {
     {.label = "Enable Dial-Back",
      .key = ".ppp.callback.enabled",
      .type = "boolean",
-     .input = ui::Input::check,
+     .input = Input::check,
      .help = "Hang up on a caller and call back."},
     {.label = "Dial-Back Phone Number",
      .key = ".ppp.callback.phone1",
      .type = "phonenumber",
-     .help = "At least three digits without blanks between them, such as +61730001000."},
+     .help = "At least three digits without blanks between them, such as +61730001000.",
+     .required = {".ppp.callback.enabled"},
+     .missing = "Dial-Back requires a Phone Number."},
     {.label = "Second Dial-Back Phone Number",
      .key = ".ppp.callback.phone2",
      .type = "phonenumber",
      .help = "Tried when the first does not answer."},
 };
 
-constexpr ui::Setting dialer[] = {
+constexpr Field dialer[] = {
     {.label = "Enable Dial-Out",
      .key = ".ppp.dialer.enabled",
      .type = "boolean",
-     .input = ui::Input::check,
+     .input = Input::check,
      .help = "Let the appliance call a provider itself."},
     {.label = "Dial-Out Phone Number", .key = ".ppp.dialer.phone1", .type = "phonenumber"},
     {.label = "Dial-Out Username", .key = ".ppp.dialer.username", .type = "printable"},
     {.label = "Dial-Out Password",
      .key = ".ppp.dialer.password",
      .type = "password",
-     .input = ui::Input::password},
+     .input = Input::password},
     {.label = "Confirm Dial-Out Password",
      .key = ".ppp.dialer.confirm",
-     .input = ui::Input::confirmation,
+     .input = Input::confirmation,
+     .refusal = "Dial-out password does not match confirmation.",
      .confirms = ".ppp.dialer.password"},
 };
 
-constexpr ui::Section sections[] = {
-    {"Port", port},
+constexpr Section sections[] = {
     {"Dial-In", dialin},
     {"Dial-Back", callback},
     {"Dial-Out", dialer},
 };
 
-void define(Engine &engine) {
-    const std::string name = dialinPort(engine);
-    if (isDialinPort(engine, name))
-        ui::defineSettings<sections>(engine, "config." + name);
-    else if (Cgi *cgi = engine.requireCgi())
-        cgi->addError("No such port: " + encodeSafe(name));
-}
+constexpr Page page = {
+    .sections = sections,
+    .chooser = {.variable = "port",
+                .label = "Serial Port",
+                .help = "Every port with a modem has settings of its own. Apply before you change "
+                        "to another.",
+                .prefix = "config.",
+                .options = ports,
+                .unknown = "No such port: "},
+};
 
-void render(Engine &engine) {
-    const std::string name = dialinPort(engine);
-    if (isDialinPort(engine, name))
-        ui::renderSettings<sections>(engine, "config." + name);
-}
-
-const AutoRegisterFormlet registration("dialin", define, render);
+const AutoRegisterPage registration("dialin", packed<page>());
 
 } // namespace
-} // namespace zandorin
+} // namespace zandorin::settings

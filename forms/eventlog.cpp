@@ -1,12 +1,11 @@
-#include "framework/formlet.h"
-#include "ui/settings_page.h"
+#include "settings/registry.h"
 
 // Which events are logged, and where the log is kept besides.
 
-namespace zandorin {
+namespace zandorin::settings {
 namespace {
 
-constexpr ui::Choice servers[] = {
+constexpr Choice servers[] = {
     {"", "None"},
     {"syslog", "Remote Syslog"},
     {"nfs", "NFS share"},
@@ -14,35 +13,35 @@ constexpr ui::Choice servers[] = {
 };
 
 // The words of syslog.conf(5).
-constexpr ui::Choice facilities[] = {
+constexpr Choice facilities[] = {
     {"daemon", "Daemon"},  {"local0", "Local 0"}, {"local1", "Local 1"},
     {"local2", "Local 2"}, {"local3", "Local 3"}, {"local4", "Local 4"},
     {"local5", "Local 5"}, {"local6", "Local 6"}, {"local7", "Local 7"},
 };
 
-constexpr ui::Choice levels[] = {
+constexpr Choice levels[] = {
     {"info", "Information and above"}, {"notice", "Notices and above"},
     {"warning", "Warnings and above"}, {"err", "Errors and above"},
     {"crit", "Critical events only"},  {"debug", "Everything, debugging included"},
 };
 
-constexpr ui::Setting events[] = {
+constexpr Field events[] = {
     {.label = "Log Level",
      .key = "config.eventlog.level",
-     .input = ui::Input::menu,
+     .input = Input::menu,
      .choices = levels,
      .help = "How grave an event must be to be logged."},
     {.label = "Syslog Facility",
      .key = "config.eventlog.facility",
-     .input = ui::Input::menu,
+     .input = Input::menu,
      .choices = facilities,
      .help = "The facility under which events are sent to a syslog server."},
 };
 
-constexpr ui::Setting server[] = {
+constexpr Field server[] = {
     {.label = "Server Type",
      .key = "config.eventlog.server.type",
-     .input = ui::Input::menu,
+     .input = Input::menu,
      .choices = servers,
      .help = "Where a copy of the log is kept outside of the appliance."},
     {.label = "Server Address",
@@ -61,26 +60,28 @@ constexpr ui::Setting server[] = {
     {.label = "Username",
      .key = "config.eventlog.server.username",
      .type = "unsafe_printable",
-     .input = ui::Input::unsafeText,
+     .input = Input::unsafeText,
      .help = "Of a Windows share, such as LOGS\\console."},
     {.label = "Password",
      .key = "config.eventlog.server.password",
      .type = "password",
-     .input = ui::Input::password,
+     .input = Input::password,
      .help = "Of a Windows share."},
     {.label = "Confirm Password",
      .key = "config.eventlog.server.confirm",
-     .input = ui::Input::confirmation,
+     .input = Input::confirmation,
+     .refusal = "Password does not match confirmation.",
      .confirms = "config.eventlog.server.password"},
 };
 
-constexpr ui::Section sections[] = {
+constexpr Section sections[] = {
     {"Events", events},
     {"Remote Log", server},
 };
 
-const AutoRegisterFormlet registration("eventlog", ui::defineSettings<sections>,
-                                       ui::renderSettings<sections>);
+constexpr Page page = {.sections = sections};
+
+const AutoRegisterPage registration("eventlog", packed<page>());
 
 } // namespace
-} // namespace zandorin
+} // namespace zandorin::settings

@@ -1,6 +1,6 @@
 #include "cgi/cgi.h"
 #include "engine/engine.h"
-#include "framework/formlet.h"
+#include "engine/formlet.h"
 #include "util/log.h"
 #include "util/paths.h"
 

@@ -1,17 +1,18 @@
-#include "framework/formlet.h"
-#include "ui/settings_page.h"
+#include "settings/problems.h"
+#include "settings/registry.h"
+#include "settings/values.h"
 
 // Addresses of the appliance's own network interfaces.
 
-namespace zandorin {
+namespace zandorin::settings {
 namespace {
 
-constexpr ui::Choice modes[] = {
+constexpr Choice modes[] = {
     {"dhcp", "DHCP"},
     {"static", "Static"},
 };
 
-constexpr ui::Choice failover_interfaces[] = {
+constexpr Choice failover_interfaces[] = {
     {"", "None"},
     {"lan", "Management LAN"},
     {"oobfo", "Out-of-band network"},
@@ -27,10 +28,10 @@ constexpr const char *gateway_help = "The router to other networks.";
 constexpr const char *dns_help = "The name server that is asked first.";
 constexpr const char *dns2_help = "The name server that is asked when the first does not answer.";
 
-constexpr ui::Setting wan[] = {
+constexpr Field wan[] = {
     {.label = "Configuration Method",
      .key = "config.interfaces.wan.mode",
-     .input = ui::Input::menu,
+     .input = Input::menu,
      .choices = modes,
      .help = mode_help},
     {.label = "IP Address",
@@ -52,11 +53,11 @@ constexpr ui::Setting wan[] = {
      .help = dns2_help},
 };
 
-constexpr ui::Setting failover[] = {
+constexpr Field failover[] = {
     {.label = "Failover Interface",
      .key = "config.interfaces.wan.failover.interface",
      .type = "nic",
-     .input = ui::Input::menu,
+     .input = Input::menu,
      .choices = failover_interfaces,
      .help = "Takes over while none of the probe addresses answers."},
     {.label = "Primary Probe Address",
@@ -68,10 +69,10 @@ constexpr ui::Setting failover[] = {
      .type = "address"},
 };
 
-constexpr ui::Setting lan[] = {
+constexpr Field lan[] = {
     {.label = "LAN Configuration Method",
      .key = "config.interfaces.lan.mode",
-     .input = ui::Input::menu,
+     .input = Input::menu,
      .choices = modes,
      .help = mode_help},
     {.label = "LAN IP Address",
@@ -96,14 +97,36 @@ constexpr ui::Setting lan[] = {
      .help = dns2_help},
 };
 
-constexpr ui::Section sections[] = {
+constexpr Section sections[] = {
     {"Network", wan},
     {"Failover", failover},
     {"Management LAN", lan},
 };
 
-const AutoRegisterFormlet registration("ipconfig", ui::defineSettings<sections>,
-                                       ui::renderSettings<sections>);
+/// Settles what belongs together: one message for both, in the words of the labels.
+void requireAddresses(const Values &values, Problems &problems) {
+    for (const std::string interface : {"config.interfaces.wan", "config.interfaces.lan"}) {
+        const std::string address = interface + ".address";
+        const std::string netmask = interface + ".netmask";
+        problems.require(values.text(interface + ".mode") != "static" ||
+                             (values.isGiven(address) && values.isGiven(netmask)),
+                         values.isGiven(address) ? netmask : address,
+                         "'" + values.label(address) + "' and '" + values.label(netmask) +
+                             "' values are required for a statically assigned IP configuration.");
+    }
+    const std::string prefix = "config.interfaces.wan.failover.";
+    const std::string first = prefix + "address1";
+    const std::string second = prefix + "address2";
+    problems.require(!values.isGiven(prefix + "interface") || values.isGiven(first) ||
+                         values.isGiven(second),
+                     first,
+                     "'" + values.label(first) + "' and/or '" + values.label(second) +
+                         "' values are required for failover mode.");
+}
+
+constexpr Page page = {.sections = sections, .rule = requireAddresses};
+
+const AutoRegisterPage registration("ipconfig", packed<page>());
 
 } // namespace
-} // namespace zandorin
+} // namespace zandorin::settings

@@ -1,6 +1,6 @@
 #include "cgi/cgi.h"
 #include "engine/engine.h"
-#include "framework/formlet.h"
+#include "engine/formlet.h"
 #include "ui/table.h"
 #include "util/lldp.h"
 #include "util/paths.h"

@@ -2,7 +2,7 @@
 #include "cgi/cgi.h"
 #include "cgi/session.h"
 #include "engine/engine.h"
-#include "framework/formlet.h"
+#include "engine/formlet.h"
 #include "platform/libzdsupport/infod.h"
 #include "ui/form.h"
 #include "ui/page.h"

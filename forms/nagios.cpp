@@ -1,21 +1,20 @@
-#include "framework/formlet.h"
-#include "ui/settings_page.h"
+#include "settings/registry.h"
 
 // How the appliance is monitored by a Nagios server.
 
-namespace zandorin {
+namespace zandorin::settings {
 namespace {
 
 // The numbers of send_nsca.cfg; the server must have the same.
-constexpr ui::Choice encryptions[] = {
+constexpr Choice encryptions[] = {
     {"0", "None"}, {"1", "XOR"}, {"2", "DES"}, {"3", "3DES"}, {"14", "AES-128"}, {"16", "AES-256"},
 };
 
-constexpr ui::Setting host[] = {
+constexpr Field host[] = {
     {.label = "Enable Nagios",
      .key = "config.system.nagios.enabled",
      .type = "boolean",
-     .input = ui::Input::check,
+     .input = Input::check,
      .help = "Report the state of this appliance and its managed devices."},
     {.label = "Nagios Host Name",
      .key = "config.system.nagios.name",
@@ -32,11 +31,11 @@ constexpr ui::Setting host[] = {
      .help = "Address or host name."},
 };
 
-constexpr ui::Setting nsca[] = {
+constexpr Field nsca[] = {
     {.label = "Enable NSCA",
      .key = "config.system.nagios.nsca.enabled",
      .type = "boolean",
-     .input = ui::Input::check,
+     .input = Input::check,
      .help = "Send check results to the server instead of waiting to be asked."},
     {.label = "NSCA Server Address",
      .key = "config.system.nagios.nsca.server",
@@ -49,31 +48,36 @@ constexpr ui::Setting nsca[] = {
      .maxlength = 5},
     {.label = "NSCA Encryption",
      .key = "config.system.nagios.nsca.encryption",
-     .input = ui::Input::menu,
+     .input = Input::menu,
      .choices = encryptions,
      .help = "As in the server's decryption_method."},
     {.label = "NSCA Secret",
      .key = "config.system.nagios.nsca.secret",
      .type = "password",
-     .input = ui::Input::password,
+     .input = Input::password,
      .help = "The server's password."},
     {.label = "Confirm NSCA Secret",
      .key = "config.system.nagios.nsca.confirm",
-     .input = ui::Input::confirmation,
+     .input = Input::confirmation,
+     .refusal = "NSCA Secret does not match confirmation.",
      .confirms = "config.system.nagios.nsca.secret"},
     {.label = "NSCA Interval",
      .key = "config.system.nagios.nsca.interval",
      .help = "Minutes between two reports. Empty: 5.",
-     .maxlength = 9},
+     .maxlength = 9,
+     .most = 999999999,
+     .refusal = "NSCA Interval must be assigned a <i>number of minutes</i>. The value <i>{}</i> is "
+                "invalid."},
 };
 
-constexpr ui::Section sections[] = {
+constexpr Section sections[] = {
     {"Nagios Host", host},
     {"NSCA", nsca},
 };
 
-const AutoRegisterFormlet registration("nagios", ui::defineSettings<sections>,
-                                       ui::renderSettings<sections>);
+constexpr Page page = {.sections = sections};
+
+const AutoRegisterPage registration("nagios", packed<page>());
 
 } // namespace
-} // namespace zandorin
+} // namespace zandorin::settings

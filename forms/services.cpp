@@ -1,16 +1,18 @@
-#include "framework/formlet.h"
-#include "ui/settings_page.h"
+#include "settings/problems.h"
+#include "settings/registry.h"
+#include "settings/values.h"
+#include "types/predicates.h"
 
 // The network services of the appliance, and what protects their logins from guessing.
 
-namespace zandorin {
+namespace zandorin::settings {
 namespace {
 
-constexpr ui::Setting web[] = {
+constexpr Field web[] = {
     {.label = "Enable HTTP",
      .key = "config.services.http.enabled",
      .type = "boolean",
-     .input = ui::Input::check,
+     .input = Input::check,
      .help = "The management console without encryption."},
     {.label = "HTTP Port",
      .key = "config.services.http.port",
@@ -20,7 +22,7 @@ constexpr ui::Setting web[] = {
     {.label = "Enable HTTPS",
      .key = "config.services.https.enabled",
      .type = "boolean",
-     .input = ui::Input::check,
+     .input = Input::check,
      .help = "The management console with encryption. Needs an SSL certificate and its private key "
              "installed on the appliance."},
     {.label = "HTTPS Port",
@@ -30,11 +32,11 @@ constexpr ui::Setting web[] = {
      .maxlength = 5},
 };
 
-constexpr ui::Setting terminal[] = {
+constexpr Field terminal[] = {
     {.label = "Enable SSH",
      .key = "config.services.ssh.enabled",
      .type = "boolean",
-     .input = ui::Input::check,
+     .input = Input::check,
      .help = "Command line access with encryption."},
     {.label = "SSH Port",
      .key = "config.services.ssh.port",
@@ -44,7 +46,7 @@ constexpr ui::Setting terminal[] = {
     {.label = "Enable Telnet",
      .key = "config.services.telnet.enabled",
      .type = "boolean",
-     .input = ui::Input::check,
+     .input = Input::check,
      .help = "Command line access <b>without</b> encryption: passwords can be read on the way."},
     {.label = "Telnet Port",
      .key = "config.services.telnet.port",
@@ -53,11 +55,11 @@ constexpr ui::Setting terminal[] = {
      .maxlength = 5},
 };
 
-constexpr ui::Setting snmp[] = {
+constexpr Field snmp[] = {
     {.label = "Enable SNMP",
      .key = "config.services.snmp.enabled",
      .type = "boolean",
-     .input = ui::Input::check,
+     .input = Input::check,
      .help = "The agent that answers to network management; the page <b>SNMP</b> has its "
              "settings."},
     {.label = "SNMP Port",
@@ -67,32 +69,51 @@ constexpr ui::Setting snmp[] = {
      .maxlength = 5},
 };
 
-constexpr ui::Setting protection[] = {
+constexpr Field protection[] = {
     {.label = "Enable Brute Force Protection",
      .key = "config.bfprotection.enabled",
      .type = "boolean",
-     .input = ui::Input::check,
+     .input = Input::check,
      .help = "Refuse web logins from addresses, and under names, for which they keep failing. "
              "Other ways to log in stay open."},
     {.label = "Failed Login Limit",
      .key = "config.bfprotection.limit",
      .help = "Failed logins in a row, at least 1, after which an address is shut out. Empty: 3.",
-     .maxlength = 9},
+     .maxlength = 9,
+     .least = 1,
+     .refusal =
+         "The Failed Login Limit value must greater than 0. Clear the field to revert to the "
+         "default value."},
     {.label = "Lockout Time",
      .key = "config.bfprotection.timeout",
      .help = "Minutes, at least 1, that it stays shut out after the last of them. Empty: 60.",
-     .maxlength = 9},
+     .maxlength = 9,
+     .least = 1,
+     .refusal = "The Lockout Time value must greater than 0. Clear the field to revert to the "
+                "default value."},
 };
 
-constexpr ui::Section sections[] = {
+constexpr Section sections[] = {
     {"Web Access", web},
     {"Command Line Access", terminal},
     {"Network Management", snmp},
     {"Brute Force Protection", protection},
 };
 
-const AutoRegisterFormlet registration("services", ui::defineSettings<sections>,
-                                       ui::renderSettings<sections>);
+/// The files that the web server reads.
+void requireCertificate(const Values &values, Problems &problems) {
+    constexpr const char *key = "config.services.https.enabled";
+    if (values.isGiven(key))
+        problems.require(isValidUnixFilePath("/etc/config/ssl_cert.pem") &&
+                             isValidUnixFilePath("/etc/config/ssl_key.pem"),
+                         key,
+                         "An SSL Local certificate '/etc/config/ssl_cert.pem' and an SSL Private "
+                         "key '/etc/config/ssl_key.pem' must be installed before enabling HTTPS.");
+}
+
+constexpr Page page = {.sections = sections, .rule = requireCertificate};
+
+const AutoRegisterPage registration("services", packed<page>());
 
 } // namespace
-} // namespace zandorin
+} // namespace zandorin::settings

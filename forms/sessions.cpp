@@ -1,7 +1,7 @@
 #include "cgi/cgi.h"
 #include "cgi/session_activity.h"
 #include "engine/engine.h"
-#include "framework/formlet.h"
+#include "engine/formlet.h"
 #include "ui/page.h"
 #include "ui/table.h"
 

@@ -1,18 +1,17 @@
-#include "framework/formlet.h"
-#include "ui/settings_page.h"
+#include "settings/registry.h"
 
 // The mail server that alerts are sent through.
 
-namespace zandorin {
+namespace zandorin::settings {
 namespace {
 
-constexpr ui::Choice securities[] = {
+constexpr Choice securities[] = {
     {"", "None"},
     {"starttls", "STARTTLS"},
     {"tls", "TLS from the start"},
 };
 
-constexpr ui::Setting server[] = {
+constexpr Field server[] = {
     {.label = "SMTP Server",
      .key = "config.system.smtp.server",
      .type = "address",
@@ -24,12 +23,12 @@ constexpr ui::Setting server[] = {
      .maxlength = 5},
     {.label = "Secure Connection",
      .key = "config.system.smtp.security",
-     .input = ui::Input::menu,
+     .input = Input::menu,
      .choices = securities,
      .help = "How the connection to the server is encrypted."},
 };
 
-constexpr ui::Setting mail[] = {
+constexpr Field mail[] = {
     {.label = "Sender Address",
      .key = "config.system.smtp.sender",
      .type = "email",
@@ -40,7 +39,7 @@ constexpr ui::Setting mail[] = {
      .help = "Of mails whose alert has no subject of its own."},
 };
 
-constexpr ui::Setting login[] = {
+constexpr Field login[] = {
     {.label = "SMTP Username",
      .key = "config.system.smtp.username",
      .type = "printable",
@@ -48,21 +47,23 @@ constexpr ui::Setting login[] = {
     {.label = "SMTP Password",
      .key = "config.system.smtp.password",
      .type = "password",
-     .input = ui::Input::password},
+     .input = Input::password},
     {.label = "Confirm SMTP Password",
      .key = "config.system.smtp.confirm",
-     .input = ui::Input::confirmation,
+     .input = Input::confirmation,
+     .refusal = "Password does not match confirmation.",
      .confirms = "config.system.smtp.password"},
 };
 
-constexpr ui::Section sections[] = {
+constexpr Section sections[] = {
     {"Mail Server", server},
     {"Mails", mail},
     {"Server Login", login},
 };
 
-const AutoRegisterFormlet registration("smtp", ui::defineSettings<sections>,
-                                       ui::renderSettings<sections>);
+constexpr Page page = {.sections = sections};
+
+const AutoRegisterPage registration("smtp", packed<page>());
 
 } // namespace
-} // namespace zandorin
+} // namespace zandorin::settings

@@ -1,46 +1,12 @@
-#include "forms/time.h"
+#include "settings/registry.h"
 
-#include "cgi/cgi.h"
-#include "engine/engine.h"
-#include "framework/formlet.h"
-#include "ui/form.h"
-#include "ui/form_values.h"
-#include "ui/settings_page.h"
-#include "ui/table.h"
-#include "ui/template_functions.h"
+// What the clock is kept by. It is set by hand in time_page.cpp.
 
-#include <algorithm>
-#include <ctime>
-
-// Two forms: the clock, which is set at once, and the settings it is kept by. So neither has to be
-// sent with the other.
-
-namespace zandorin {
+namespace zandorin::settings {
 namespace {
 
-constexpr const char *zone_key = "config.system.timezone";
-
-/// A field of the manual setting with the values that its menu offers.
-struct ClockField {
-    const char *name;
-    int from;
-    int to;
-    int std::tm::*part;
-    int offset; ///< of the value from what std::tm counts
-};
-
-constexpr ClockField date_fields[] = {
-    {"time.year", 2020, 2050, &std::tm::tm_year, 1900},
-    {"time.month", 1, 12, &std::tm::tm_mon, 1},
-    {"time.day", 1, 31, &std::tm::tm_mday, 0},
-};
-constexpr ClockField time_fields[] = {
-    {"time.hour", 0, 23, &std::tm::tm_hour, 0},
-    {"time.minute", 0, 59, &std::tm::tm_min, 0},
-};
-
 // Rules of the TZ variable (POSIX, Base Definitions 8.3): they need no database of zones.
-constexpr ui::Choice zones[] = {
+constexpr Choice zones[] = {
     {"UTC0", "UTC"},
     {"HST10", "UTC-10:00 Honolulu"},
     {"AKST9AKDT,M3.2.0,M11.1.0", "UTC-09:00 Anchorage"},
@@ -90,20 +56,20 @@ constexpr ui::Choice zones[] = {
     {"TOT-13", "UTC+13:00 Nuku'alofa"},
 };
 
-constexpr ui::Setting zone[] = {
+constexpr Field zone[] = {
     {.label = "Time Zone",
-     .key = zone_key,
+     .key = "config.system.timezone",
      .type = "asciigraphical",
-     .input = ui::Input::menu,
+     .input = Input::menu,
      .choices = zones,
      .help = "Summer time is kept where the place keeps it."},
 };
 
-constexpr ui::Setting ntp[] = {
+constexpr Field ntp[] = {
     {.label = "Enable NTP",
      .key = "config.ntp.enabled",
      .type = "boolean",
-     .input = ui::Input::check,
+     .input = Input::check,
      .help = "Keep the clock right by time servers of the network."},
     {.label = "NTP Servers",
      .key = "config.ntp.servers",
@@ -111,65 +77,14 @@ constexpr ui::Setting ntp[] = {
      .help = "Addresses or host names, separated by commas without blanks."},
 };
 
-constexpr ui::Section sections[] = {
+constexpr Section sections[] = {
     {"Time Zone", zone},
     {"Network Time Protocol", ntp},
 };
 
-void define(Engine &engine) {
-    // Settings that were not sent with the clock are not cleared by it.
-    if (isClockSent(engine) && !engine.cgi()->varStringExists(zone_key))
-        return;
-    ui::defineSettings<sections>(engine);
-}
+constexpr Page page = {.sections = sections};
 
-/// The menus of one row show what was refused, otherwise the time it is.
-std::string clockMenus(Engine &engine, const std::tm &now, std::span<const ClockField> fields) {
-    const bool sent = ui::showsSubmission(engine) && isClockSent(engine);
-    std::string html;
-    for (const ClockField &field : fields)
-        html += ui::menuInputNumRange(field.name, field.from, field.to,
-                                      sent ? engine.cgi()->getVarNumber(field.name)
-                                           : now.*field.part + field.offset) +
-                " ";
-    return html;
-}
-
-void renderClock(Engine &engine, Cgi &cgi) {
-    const std::time_t seconds = std::time(nullptr);
-    std::tm now = {};
-    ::localtime_r(&seconds, &now);
-    ui::Form form(cgi, engine.formId());
-    form.openForm("post", "clock");
-    ui::Table table(cgi);
-    table.open();
-    table.titleRow("System Clock");
-    table.labelledTextRow("Current Time", ui::getTime(engine));
-    table.inputRow("Date", clockMenus(engine, now, date_fields), "Year, month, day.");
-    table.inputRow("Time", clockMenus(engine, now, time_fields),
-                   "Hour and minute, in the appliance's time zone.");
-    table.applyButtonRow("Set Clock");
-    table.close();
-    form.closeForm();
-}
-
-void render(Engine &engine) {
-    if (Cgi *cgi = engine.requireCgi())
-        renderClock(engine, *cgi);
-    ui::renderSettings<sections>(engine);
-}
-
-const AutoRegisterFormlet registration("time", define, render);
+const AutoRegisterPage registration("time", packed<page>());
 
 } // namespace
-
-bool isClockSent(Engine &engine) {
-    const auto sent = [&](const ClockField &field) {
-        return engine.cgi()->varStringExists(field.name);
-    };
-    return engine.cgi() != nullptr &&
-           (std::any_of(std::begin(date_fields), std::end(date_fields), sent) ||
-            std::any_of(std::begin(time_fields), std::end(time_fields), sent));
-}
-
-} // namespace zandorin
+} // namespace zandorin::settings

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "forms/account_file.h"
+#include "platform/accounts/account_file.h"
 
 #include <optional>
 #include <string>

@@ -1,10 +1,10 @@
 #include "cgi/cgi.h"
 #include "engine/engine.h"
-#include "forms/user_store.h"
 #include "forms/users_account.h"
 #include "forms/users_form.h"
 #include "forms/users_pages.h"
-#include "ui/escape.h"
+#include "platform/accounts/user_store.h"
+#include "util/escape.h"
 #include "util/exception.h"
 
 // What the links and the confirmation page do.

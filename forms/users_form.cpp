@@ -2,12 +2,12 @@
 
 #include "cgi/cgi.h"
 #include "engine/engine.h"
-#include "forms/serial_ports.h"
-#include "ui/escape.h"
+#include "platform/libzandorin/serial_ports.h"
 #include "ui/form.h"
 #include "ui/inputs.h"
 #include "ui/markup.h"
 #include "ui/table.h"
+#include "util/escape.h"
 #include "util/strings.h"
 
 #include <string_view>

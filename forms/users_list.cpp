@@ -3,11 +3,11 @@
 #include "forms/users_account.h"
 #include "forms/users_form.h"
 #include "forms/users_pages.h"
-#include "ui/escape.h"
 #include "ui/form.h"
 #include "ui/inputs.h"
 #include "ui/page.h"
 #include "ui/table.h"
+#include "util/escape.h"
 
 // The page of both lists, and the question before a record is deleted.
 

@@ -3,7 +3,7 @@
 
 #include "fuzz/support/support.h"
 
-#include "ui/escape.h"
+#include "util/escape.h"
 
 #include <map>
 

@@ -3,8 +3,8 @@
 
 #include "fuzz/support/support.h"
 
-#include "framework/elem_type.h"
-#include "framework/predicates.h"
+#include "types/elem_type.h"
+#include "types/predicates.h"
 
 namespace zandorin::fuzz {
 

@@ -1,6 +1,6 @@
 #include "ui/filter_stream.h"
 
-#include "ui/escape.h"
+#include "util/escape.h"
 
 #include <algorithm>
 #include <string_view>

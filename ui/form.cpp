@@ -1,8 +1,8 @@
 #include "ui/form.h"
 
 #include "cgi/cgi.h"
-#include "ui/escape.h"
 #include "ui/markup.h"
+#include "util/escape.h"
 #include "util/log.h"
 
 namespace zandorin::ui {

@@ -28,14 +28,14 @@ bool showsSubmission(Engine &engine) {
 
 std::string storedValue(Engine &engine, const std::string &name) {
     std::string value = engine.config().getElement(name);
-    if (!value.empty() && isPassword(name, elementOf(engine, name)))
+    if (!value.empty() && elementOf(engine, name).isSecret(name))
         return password_placeholder;
     return value;
 }
 
 std::string shownValue(Engine &engine, const std::string &name, int maxlength) {
     const FormElem element = elementOf(engine, name);
-    if (!showsSubmitted(engine, name) || isPassword(name, element))
+    if (!showsSubmitted(engine, name) || element.isSecret(name))
         return storedValue(engine, name);
     // As much of what was typed as validation reads, unless the input itself takes less.
     const std::size_t limit =

@@ -1,7 +1,7 @@
 #include "ui/inputs.h"
 
-#include "ui/escape.h"
 #include "ui/markup.h"
+#include "util/escape.h"
 #include "util/log.h"
 #include "util/strings.h"
 

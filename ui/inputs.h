@@ -1,5 +1,8 @@
 #pragma once
 
+#include "settings/option.h"
+#include "settings/submission.h"
+
 #include <string>
 #include <vector>
 
@@ -8,20 +11,9 @@
 
 namespace zandorin::ui {
 
-/// What a password input shows when a password is stored; posted unchanged it keeps the password.
-inline constexpr const char *password_placeholder = "********";
+using settings::password_placeholder;
 
-/// A choice of a menu or of radio buttons.
-struct Option {
-    Option(std::string both) : value(both), label(std::move(both)) {}
-    Option(const char *both) : Option(std::string(both)) {}
-    Option(std::string valueText, std::string labelText, std::string groupLabel = "")
-        : value(std::move(valueText)), label(std::move(labelText)), group(std::move(groupLabel)) {}
-
-    std::string value;
-    std::string label;
-    std::string group; ///< options of one group follow each other; "" for none
-};
+using settings::Option;
 
 struct TextInput {
     std::string name;

@@ -1,6 +1,6 @@
 #include "ui/markup.h"
 
-#include "ui/escape.h"
+#include "util/escape.h"
 #include "util/strings.h"
 
 namespace zandorin::ui {

@@ -1,163 +1,239 @@
 #include "ui/settings_page.h"
 
 #include "cgi/cgi.h"
+#include "engine/cgi_submission.h"
 #include "engine/engine.h"
+#include "settings/form_check.h"
+#include "settings/records.h"
+#include "settings/registry.h"
+#include "settings/rules.h"
 #include "ui/form.h"
 #include "ui/form_values.h"
-#include "ui/inputs.h"
+#include "ui/page.h"
+#include "ui/setting_input.h"
 #include "ui/table.h"
-#include "ui/unsafe_inputs.h"
+#include "util/escape.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace zandorin::ui {
 
 namespace {
 
-constexpr int area_rows = 5;
-constexpr int area_cols = 60;
+using settings::Field;
+using settings::Input;
+using settings::Place;
+using settings::Value;
+using settings::Values;
 
-bool isUnsafe(const Setting &setting) {
-    return setting.input == Input::unsafeText || setting.input == Input::unsafeTextArea;
+bool isUnsafe(const Field &field) {
+    return field.input == Input::unsafeText || field.input == Input::unsafeTextArea;
 }
 
-bool declaresElement(const Setting &setting) {
-    return setting.input != Input::confirmation && setting.input != Input::custom;
+/// A single value as the form's element.
+FormElem elementOf(const Value &value, const char *label, bool save) {
+    const Field &field = *value.field;
+    FormElem element(label, field.type.name(), save, save && !isUnsafe(field),
+                     field.maxlength < 1 ? 0 : field.maxlength + 1);
+    if (value.key != value.name)
+        element.key = value.key;
+    const auto isNone = [](const settings::Option &option) { return option.value.empty(); };
+    if (!value.options.empty() && field.input == Input::menu &&
+        std::none_of(value.options.begin(), value.options.end(), isNone))
+        element.standard = value.options.front().value;
+    return element;
 }
 
-bool isChoice(const Setting &setting, const std::string &value) {
-    return std::any_of(setting.choices.begin(), setting.choices.end(),
-                       [&](const Choice &choice) { return value == choice.value; });
-}
-
-std::string fullKey(const char *key, const std::string &prefix) {
-    return key[0] == '.' ? prefix + key : key;
-}
-
-void refuseOtherChoices(Engine &engine, const Setting &setting, const std::string &key) {
-    Cgi *cgi = engine.cgi();
-    if (cgi == nullptr || setting.choices.empty())
+/// Calls `use(name, element)` for each element that stands for the value.
+template <typename Use> void forElements(const Value &value, const Use &use) {
+    const Field &field = *value.field;
+    switch (field.input) {
+    case Input::note:
+    case Input::confirmation:
+    case Input::set:
         return;
-    const CgiValue value = cgi->getVarString(key);
-    if (value.raw.empty() || isChoice(setting, value.raw) ||
-        value.raw == engine.config().getElement(key))
-        return;
-    cgi->addError("<i>" + std::string(setting.label) +
-                  "</i> must be one of the choices. The value '<i>" + value.safe +
-                  "</i>' is invalid.");
-}
-
-/// One setting of the page that the request is for.
-class Row {
-  public:
-    Row(Engine &engine, const Setting &setting, const std::string &prefix)
-        : engine_(engine), setting_(setting), prefix_(prefix), key_(fullKey(setting.key, prefix)) {}
-
-    std::string markup() const {
-        return (setting_.markup == nullptr ? "" : setting_.markup(engine_)) + input();
-    }
-
-  private:
-    std::string shown() const { return shownValue(engine_, key_, setting_.maxlength); }
-
-    /// What is stored and no choice, another tool's word for instance, stays offered.
-    std::vector<Option> options(const std::string &selected) const {
-        std::vector<Option> result;
-        for (const Choice &choice : setting_.choices)
-            result.emplace_back(std::string(choice.value), std::string(choice.label));
-        if (!selected.empty() && !isChoice(setting_, selected))
-            result.emplace_back(selected);
-        return result;
-    }
-
-    std::string passwordInput(const std::string &storedKey) const {
-        return textInput({.name = key_,
-                          .value = engine_.config().getElement(storedKey),
-                          .type = "password",
-                          .maxlength = setting_.maxlength,
-                          .allowAutocomplete = false});
-    }
-
-    UnsafeInput unsafeInput() const {
-        UnsafeInput input{.name = key_,
-                          .current = engine_.config().getElement(key_),
-                          .maxlength = setting_.maxlength};
-        if (showsSubmission(engine_))
-            input.submitted = shown();
-        return input;
-    }
-
-    std::string choiceInput(decltype(menuInput) &markupOf) const {
-        const std::string selected = shown();
-        return markupOf(key_, options(selected), selected, "");
-    }
-
-    std::string input() const {
-        switch (setting_.input) {
-        case Input::text:
-            return textInput({.name = key_, .value = shown(), .maxlength = setting_.maxlength});
-        case Input::password:
-            return passwordInput(key_);
-        case Input::confirmation:
-            return passwordInput(fullKey(setting_.confirms, prefix_));
-        case Input::textArea:
-            return textAreaInput(key_, shown(), area_rows, area_cols);
-        case Input::unsafeText:
-            return unsafeTextInput(unsafeInput());
-        case Input::unsafeTextArea:
-            return unsafeTextAreaInput(unsafeInput(), area_rows, area_cols);
-        case Input::check:
-            return checkInput(key_, shownChecked(engine_, key_));
-        case Input::menu:
-            return choiceInput(menuInput);
-        case Input::radio:
-            return choiceInput(radioInput);
-        case Input::custom:
-            break;
+    case Input::flags:
+        for (const settings::Option &option : value.options) {
+            FormElem element(escapeXmlText(option.label), field.type.name(), true, true);
+            if (value.key != value.name)
+                element.key = value.key + option.value;
+            use(boxName(value, option), element);
         }
-        return "";
+        return;
+    case Input::texts:
+        for (std::size_t number = 1; number <= value.storedList.size(); ++number)
+            use(textName(value, number), elementOf(value, field.label, false));
+        use(value.name, elementOf(value, field.label, false));
+        return;
+    default:
+        if (*field.file == '\0')
+            use(value.name, elementOf(value, field.label, true));
     }
+}
 
-    Engine &engine_;
-    const Setting &setting_;
-    const std::string &prefix_;
-    std::string key_;
-};
+bool isList(const Value &value) {
+    return value.field->input == Input::set || value.field->input == Input::texts;
+}
 
-void defineSetting(Engine &engine, const Setting &setting, const std::string &key) {
-    const int buffer = setting.maxlength < 1 ? 0 : setting.maxlength + 1;
-    engine.addElement(key, FormElem(setting.label, setting.type, true, !isUnsafe(setting), buffer));
-    refuseOtherChoices(engine, setting, key);
+std::string joined(const std::vector<std::string> &texts) {
+    std::string all;
+    for (const std::string &text : texts)
+        (all += text) += '\n';
+    return all;
+}
+
+/// A list that this user changed after somebody else did.
+void checkConflict(Engine &engine, const Value &value) {
+    const settings::Fingerprint opened = engine.openedWith();
+    const std::string stored = joined(value.storedList);
+    if (isList(value) && opened.isKnown() && value.list != value.storedList &&
+        !opened.holds(value.key, stored, false) &&
+        !opened.holds(value.key, joined(value.list), false))
+        engine.cgi()->addError(std::string("<i>") + value.field->label +
+                               "</i> was changed by somebody else after this page was opened. "
+                               "Nothing was saved; apply again to replace what is stored.");
+}
+
+void saveList(Engine &engine, const std::string &key, const std::string &word,
+              const std::vector<std::string> &list, const std::string &stored) {
+    // What its user left as it was shown stays as it is by now.
+    const settings::Fingerprint opened = engine.openedWith();
+    if (!opened.isKnown() || !opened.holds(key, joined(list), false) || stored == joined(list))
+        settings::writeTextList(engine.config(), key, word, list);
+}
+
+/// Where the fields of the page are: none, with an error, when the request chose a place that is
+/// not there.
+std::optional<Place> placeOf(Engine &engine, const settings::Chooser &chooser) {
+    if (chooser.options == nullptr)
+        return Place{};
+    const std::string name = chosenPlace(engine, chooser);
+    const auto offered = chooser.options(engine.config(), "");
+    if (std::any_of(offered.begin(), offered.end(),
+                    [&](const settings::Option &option) { return option.value == name; })) {
+        const std::string key = chooser.prefix + name;
+        return Place{.names = key, .keys = key};
+    }
+    return std::nullopt;
 }
 
 } // namespace
 
-void defineSettings(Engine &engine, const SettingsTable &table, const std::string &prefix) {
-    table.forEach(
-        engine, [](const char *) {},
-        [&](const Setting &setting) {
-            if (declaresElement(setting))
-                defineSetting(engine, setting, fullKey(setting.key, prefix));
-        });
+const settings::Page *settingsPage(Engine &engine) {
+    auto &loaded = engine.pageTable();
+    if (!loaded)
+        if (const settings::PackedPage *packed = settings::PageRegistry::find(engine.formFile()))
+            loaded = settings::load(*packed);
+    return loaded ? &loaded->page : nullptr;
 }
 
-void renderSettings(Engine &engine, const SettingsTable &settings, const std::string &prefix) {
+void defineValues(Engine &engine, const Values &values, settings::Rule rule) {
     Cgi *cgi = engine.requireCgi();
     if (cgi == nullptr)
         return;
-    Form form(*cgi, engine.formId());
-    form.openForm("post", engine.formId());
-    Table table(*cgi);
-    table.open();
-    settings.forEach(
-        engine, [&](const char *title) { table.titleRow(title); },
-        [&](const Setting &setting) {
-            table.inputRow(setting.label, Row(engine, setting, prefix).markup(), setting.help);
+    for (const Value &value : values.all())
+        forElements(value, [&](const std::string &name, const FormElem &element) {
+            engine.addElement(name, element);
         });
-    table.applyButtonRow();
-    table.close();
-    form.closeForm();
+    if (!values.isSubmitted())
+        return;
+    settings::Problems problems;
+    settings::checkRules(values, rule, problems);
+    for (const settings::Problem &problem : problems.all())
+        cgi->addError(problem.message);
+    for (const Value &value : values.all()) {
+        if (!isList(value))
+            continue;
+        checkConflict(engine, value);
+        engine.onAccepted(
+            [&engine, key = value.key, word = std::string(value.field->word), list = value.list,
+             stored = joined(value.storedList)] { saveList(engine, key, word, list, stored); });
+    }
+}
+
+Values shownValues(Engine &engine, std::span<const settings::Section> sections,
+                   const Place &place) {
+    const bool isRefused = showsSubmission(engine);
+    std::optional<CgiSubmission> submission;
+    if (isRefused)
+        submission.emplace(*engine.cgi());
+    Values values(engine.config(), isRefused ? &*submission : nullptr, place);
+    values.add(sections);
+    return values;
+}
+
+void fingerprintInput(Engine &engine, Form &form, const Values &values) {
+    settings::Fingerprint fingerprint(engine.session().sessionId());
+    for (const Value &value : values.all()) {
+        if (isList(value))
+            fingerprint.add(value.key, joined(value.storedList), false);
+        else
+            forElements(value, [&](const std::string &name, const FormElem &element) {
+                const std::string &key = element.key.empty() ? name : element.key;
+                fingerprint.add(key, settings::shownValue(element, engine.config().getElement(key)),
+                                element.isSecret(key));
+            });
+    }
+    form.hiddenInput(settings::fingerprint_field, fingerprint.text());
+}
+
+void sectionRows(Engine &engine, Table &table, std::span<const settings::Section> sections,
+                 const Values &values) {
+    auto value = values.all().begin();
+    for (const settings::Section &section : sections) {
+        if (section.offered != nullptr && !section.offered(engine.config()))
+            continue;
+        table.titleRow(section.title);
+        for (std::size_t row = 0; row < section.fields.size(); ++row)
+            valueRow(engine, table, *value++);
+    }
+}
+
+void valueRow(Engine &engine, Table &table, const Value &value) {
+    table.inputRow(value.field->label, settingInput(engine, value), value.field->help);
+}
+
+void defineSettings(Engine &engine) {
+    const settings::Page *page = settingsPage(engine);
+    Cgi *cgi = engine.requireCgi();
+    if (page == nullptr || cgi == nullptr)
+        return;
+    const auto place = placeOf(engine, page->chooser);
+    if (!place) {
+        cgi->addError(page->chooser.unknown + encodeSafe(chosenPlace(engine, page->chooser)));
+        return;
+    }
+    const CgiSubmission submission(*cgi);
+    const bool isSubmitted = engine.formWasSubmitted();
+    if (isSubmitted && !engine.lockSettings())
+        return;
+    Values values(engine.config(), isSubmitted ? &submission : nullptr, *place);
+    values.add(page->sections);
+    defineValues(engine, values, page->rule);
+}
+
+void renderSettings(Engine &engine) {
+    const settings::Page *page = settingsPage(engine);
+    Cgi *cgi = engine.requireCgi();
+    if (page == nullptr || cgi == nullptr)
+        return;
+    const auto place = placeOf(engine, page->chooser);
+    if (!place)
+        return;
+    if (!page->sections.empty()) {
+        const Values values = shownValues(engine, page->sections, *place);
+        Form form(*cgi, engine.formId());
+        form.openForm("post", engine.formId());
+        Table table(*cgi);
+        table.open();
+        if (page->chooser.options != nullptr)
+            chooserRow(engine, table, page->chooser);
+        sectionRows(engine, table, page->sections, values);
+        table.applyButtonRow();
+        table.close();
+        fingerprintInput(engine, form, values);
+        form.closeForm();
+    }
 }
 
 } // namespace zandorin::ui

@@ -1,42 +1,53 @@
 #pragma once
 
-#include "ui/settings_table.h"
+#include "settings/packed.h"
+#include "settings/values.h"
 
-#include <string>
+#include <optional>
+#include <span>
 
-// A settings page as a table of rows, from which both callbacks of its formlet follow:
-//
-//     constexpr ui::Setting server[] = {
-//         {.label = "Server", .key = "config.system.smtp.server", .type = "address"},
-//     };
-//     constexpr ui::Section sections[] = {{"Mail server", server}};
-//     const AutoRegisterFormlet registration("smtp", ui::defineSettings<sections>,
-//                                            ui::renderSettings<sections>);
-//
-// All of it is data that the compiler packs (ui/settings_table.h): a page costs a request for
-// another one nothing. A page whose keys lie below one that the request chooses (a serial port's,
-// say) writes them from their "." on and hands the rest to defineSettings and renderSettings as
-// `prefix`.
+namespace zandorin {
+class Engine;
+}
+
+// A page of settings from its table (settings/page.h): both callbacks of a formlet. A page with
+// something of its own besides registers callbacks that call these, in forms/<id>_page.cpp.
 
 namespace zandorin::ui {
 
-/// Declares the elements of every section's settings and refuses a submitted value that its menu
-/// does not offer.
-void defineSettings(Engine &engine, const SettingsTable &table, const std::string &prefix);
-template <const auto &sections> void defineSettings(Engine &engine, const std::string &prefix) {
-    defineSettings(engine, packed<sections>(), prefix);
-}
-template <const auto &sections> void defineSettings(Engine &engine) {
-    defineSettings<sections>(engine, "");
-}
+class Form;
+class Table;
 
-/// Writes the form: a titled group of rows for each section, and an apply button.
-void renderSettings(Engine &engine, const SettingsTable &table, const std::string &prefix);
-template <const auto &sections> void renderSettings(Engine &engine, const std::string &prefix) {
-    renderSettings(engine, packed<sections>(), prefix);
-}
-template <const auto &sections> void renderSettings(Engine &engine) {
-    renderSettings<sections>(engine, "");
-}
+/// Declares the elements of every section, adds an error for each rule of the table that the
+/// submission breaks, and has lists of values saved with the form. Without a table for the page:
+/// nothing.
+void defineSettings(Engine &engine);
+
+/// Writes the form: a titled group of rows for each section, and an apply button; then the page's
+/// lists.
+void renderSettings(Engine &engine);
+
+/// The table of the request's page, loaded once; null when it has none.
+const settings::Page *settingsPage(Engine &engine);
+
+// The pieces, for pages that are made of more than one form.
+
+/// Declares the elements of these values, adds an error for each rule that they break, and has
+/// what is no single value saved with the form.
+void defineValues(Engine &engine, const settings::Values &values, settings::Rule rule);
+
+/// The values of a page's sections as the request leaves them: submitted, where the page shows a
+/// submission again that was refused, else stored.
+settings::Values shownValues(Engine &engine, std::span<const settings::Section> sections,
+                             const settings::Place &place);
+
+/// The rows of the sections that are offered, each under its title.
+void sectionRows(Engine &engine, Table &table, std::span<const settings::Section> sections,
+                 const settings::Values &values);
+/// One row.
+void valueRow(Engine &engine, Table &table, const settings::Value &value);
+
+/// The hidden field that says what the values were when the page was made.
+void fingerprintInput(Engine &engine, Form &form, const settings::Values &values);
 
 } // namespace zandorin::ui

@@ -1,8 +1,8 @@
 #include "ui/table.h"
 
-#include "ui/escape.h"
 #include "ui/markup.h"
 #include "ui/page.h"
+#include "util/escape.h"
 #include "util/log.h"
 #include "util/strings.h"
 

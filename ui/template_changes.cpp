@@ -2,9 +2,9 @@
 
 #include "cgi/cgi.h"
 #include "engine/engine.h"
-#include "ui/escape.h"
 #include "ui/inputs.h"
 #include "ui/json.h"
+#include "util/escape.h"
 
 #include "util/strings.h"
 

@@ -2,13 +2,13 @@
 
 #include "cgi/cgi.h"
 #include "engine/engine.h"
-#include "ui/escape.h"
+#include "platform/libzandorin/snmp_engine_id.h"
 #include "ui/form_values.h"
 #include "ui/inputs.h"
 #include "ui/markup.h"
+#include "util/escape.h"
 #include "util/log.h"
 #include "util/paths.h"
-#include "util/process_pipe.h"
 #include "util/strings.h"
 
 #include <algorithm>
@@ -16,7 +16,6 @@
 #include <optional>
 
 #include <regex.h>
-#include <sys/stat.h>
 
 namespace zandorin::ui {
 
@@ -90,34 +89,6 @@ std::string pagePattern(Engine &engine, Cgi &cgi) {
     return submitted.empty() ? engine.config().getElement(pattern_key) : submitted;
 }
 
-/// The rest of the first line that starts with `prefix`.
-std::string lineAfter(const std::string &path, std::string_view prefix) {
-    std::ifstream file(appliancePath(path));
-    if (!file)
-        logRecord(Priority::debug, "Could not open file: %s", path.c_str());
-    for (std::string line; std::getline(file, line);)
-        if (line.starts_with(prefix))
-            return line.substr(prefix.size());
-    return "";
-}
-
-std::string managerEngineId() {
-    constexpr const char *path = "/var/run/snmpd/snmpapp.conf";
-    struct stat status = {};
-    if (::stat(appliancePath(path).c_str(), &status) != 0) {
-        ipipestream generate("/bin/bash " + appliancePath("/etc/scripts/initsnmpappconf"), 5000);
-        if (!generate.success(5000))
-            logRecord(Priority::error, "Failed to generate snmpapp.conf");
-    }
-    return lineAfter(path, "oldEngineID ");
-}
-
-std::string foundEngineId(const std::string &key) {
-    if (key == "config.services.snmp.engineid")
-        return lineAfter("/var/run/snmpd/snmpd.conf", "oldEngineID ");
-    return key.starts_with("config.system.snmp.engineid") ? managerEngineId() : "";
-}
-
 } // namespace
 
 std::string getFile(Engine &engine, const Arguments &arguments) {
@@ -158,10 +129,7 @@ std::string getPmshellPamElements(Engine &engine, const Arguments &) {
 }
 
 std::string getSnmpEngineIdLabel(Engine &engine, const Arguments &arguments) {
-    const std::string key(trim(arguments[0]));
-    if (!engine.config().getElement(key).empty())
-        return "";
-    const std::string engineId = foundEngineId(key);
+    const std::string engineId = snmpEngineId(engine.config(), std::string(trim(arguments[0])));
     return engineId.empty() ? "" : "<b>" + encodeSafe(engineId) + "</b><br/>";
 }
 

@@ -2,11 +2,11 @@
 
 #include "cgi/cgi.h"
 #include "engine/engine.h"
-#include "ui/escape.h"
 #include "ui/form_values.h"
 #include "ui/inputs.h"
 #include "ui/markup.h"
 #include "ui/unsafe_inputs.h"
+#include "util/escape.h"
 #include "util/log.h"
 #include "util/strings.h"
 

@@ -3,9 +3,9 @@
 #include "cgi/cgi.h"
 #include "engine/engine.h"
 #include "platform/libzandorin/folder_names.h"
-#include "ui/escape.h"
 #include "ui/markup.h"
 #include "ui/page.h"
+#include "util/escape.h"
 #include "util/paths.h"
 #include "util/strings.h"
 

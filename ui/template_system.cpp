@@ -2,8 +2,8 @@
 
 #include "cgi/cgi.h"
 #include "engine/engine.h"
-#include "ui/escape.h"
 #include "ui/inputs.h"
+#include "util/escape.h"
 #include "util/files.h"
 #include "util/paths.h"
 #include "util/strings.h"

@@ -1,8 +1,8 @@
 #include "ui/unsafe_inputs.h"
 
-#include "ui/escape.h"
 #include "ui/inputs.h"
 #include "ui/markup.h"
+#include "util/escape.h"
 #include "util/log.h"
 #include "util/strings.h"
 

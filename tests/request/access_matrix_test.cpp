@@ -1,4 +1,5 @@
-#include "framework/formlet.h"
+#include "engine/formlet.h"
+#include "settings/registry.h"
 #include "platform/libzandorin/xml_tree.h"
 #include "tests/support/request_test.h"
 
@@ -40,6 +41,8 @@ class AccessMatrix : public RequestTest, public ::testing::WithParamInterface<As
                 if (leaf.value == "leaf")
                     roles.emplace(*leaf.attribute("id"), rolesOf(branch, general));
         for (const auto &[name, formlet] : FormletRegistry::entries())
+            roles.emplace(name, general);
+        for (const auto &[name, page] : settings::PageRegistry::entries())
             roles.emplace(name, general);
         for (const auto &file : std::filesystem::directory_iterator(onHost("/home/httpd/forms")))
             roles.emplace(file.path().stem().string(), general);

@@ -93,7 +93,7 @@ TEST_F(StartedPrograms, AreStartedFromKnownPlacesOnly) {
     const std::regex call("\\b(exec[lv]p?e?|fexecve|popen|system|posix_spawnp?|fork|vfork|clone|"
                           "runProgram|startProgram|zandorin_proc_exec_nowait|ipipestream \\w+)\\(");
     Set found;
-    for (const char *folder : {"util", "platform", "cgi", "framework", "ui", "engine", "forms"})
+    for (const char *folder : {"util", "types", "platform", "settings", "cgi", "ui", "engine", "forms"})
         for (const auto &entry :
              fs::recursive_directory_iterator(fs::path(ZANDORIN_SOURCE_DIR) / folder))
             if (const std::string path = entry.path();

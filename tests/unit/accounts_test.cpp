@@ -1,4 +1,4 @@
-#include "platform/libzandorin/accounts.h"
+#include "platform/accounts/accounts.h"
 #include "tests/support/appliance_test.h"
 
 #include <gmock/gmock.h>

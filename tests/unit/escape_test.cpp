@@ -1,5 +1,5 @@
 #include "tests/support/log_capture.h"
-#include "ui/escape.h"
+#include "util/escape.h"
 #include "ui/filter_stream.h"
 
 #include <array>

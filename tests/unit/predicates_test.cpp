@@ -1,5 +1,5 @@
-#include "framework/elem_type.h"
-#include "framework/predicates.h"
+#include "types/elem_type.h"
+#include "types/predicates.h"
 #include "tests/support/appliance_test.h"
 #include "tests/support/log_capture.h"
 #include "util/paths.h"

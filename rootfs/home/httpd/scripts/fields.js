@@ -3,7 +3,7 @@
 (function () {
     "use strict";
 
-    // Examples by element type, for which the rules stand in the server alone (framework/elem_types.cpp).
+    // Examples by element type, for which the rules stand in the server alone (types/elem_types.cpp).
     var EXAMPLES = {
         address: "192.0.2.10, 2001:db8::10 or host.example.net",
         addresslist: "192.0.2.10, ntp.example.net",

@@ -1,0 +1,23 @@
+#include "platform/libzandorin/serial_ports.h"
+
+#include "platform/libzandorin/config_manager.h"
+
+#include <algorithm>
+
+namespace zandorin {
+
+unsigned portCount(const ConfigManager &config) {
+    constexpr unsigned most = 1024;
+    return std::min(config.getSerialPortCount(), most);
+}
+
+std::string portReference(unsigned number) {
+    return "config.ports.port" + std::to_string(number);
+}
+
+std::string portLabel(const ConfigManager &config, unsigned number) {
+    const std::string label = config.getElement(portReference(number) + ".label");
+    return label.empty() ? "Port " + std::to_string(number) : label;
+}
+
+} // namespace zandorin

@@ -1,0 +1,145 @@
+#include "settings/form_check.h"
+
+#include "platform/accounts/accounts.h"
+#include "platform/libzandorin/config_manager.h"
+#include "platform/libzandorin/config_text.h"
+#include "types/elem_type.h"
+#include "util/escape.h"
+#include "util/log.h"
+
+namespace zandorin::settings {
+
+namespace {
+
+std::string labelled(const FormElem &element) {
+    return "<i>" + element.label + "</i>";
+}
+
+std::string keyOf(const std::string &name, const FormElem &element) {
+    return element.key.empty() ? name : element.key;
+}
+
+bool refusesMarkup(const FormElem &element, const std::string &name, const std::string &value,
+                   Problems &problems) {
+    if (encodeSafe(value) == value)
+        return false;
+    const std::string message = labelled(element) + " can not contain markup.";
+    logRecord(Priority::error, "%s", message.c_str());
+    problems.add(name, message);
+    return true;
+}
+
+} // namespace
+
+bool acceptsType(const FormElem &element, const std::string &name, const std::string &value,
+                 Problems &problems) {
+    if (element.type == "text")
+        return !refusesMarkup(element, name, value, problems);
+    const FormElemType *type = ElemTypeRegistry::find(element.type);
+    if (type == nullptr) {
+        problems.add(name, "No registered type <i>" + encodeSafe(element.type) + "</i>");
+        return false;
+    }
+    if (type->allowMarkup)
+        logRecord(Priority::debug, "Accepting unsafe value: %s", element.label.c_str());
+    else if (refusesMarkup(element, name, value, problems))
+        return false;
+    if (type->validator(value)) {
+        // Said before anything is put into the store: all of a form is saved, or nothing.
+        problems.require(ConfigManager::canHold(value), name,
+                         labelled(element) + " can not contain control characters.");
+        return ConfigManager::canHold(value);
+    }
+    problems.add(name, labelled(element) + " must be assigned a <i>" + type->description + "</i>." +
+                           (element.type == "password"
+                                ? ""
+                                : " The value '<i>" + encodeSafe(value) + "</i>' is invalid."));
+    return false;
+}
+
+std::string shownValue(const FormElem &element, const std::string &stored) {
+    if (element.type == "boolean")
+        return platform::isTrue(stored) ? "on" : "";
+    return stored.empty() ? element.standard : stored;
+}
+
+std::string FormCheck::submitted(const std::string &name, const FormElem &element) const {
+    const auto text = submission_.text(name, element.bufferSize());
+    return text || submission_.isWhole() ? text.value_or("")
+                                         : config_.getElement(keyOf(name, element));
+}
+
+/// Of an empty input without a delete box nothing is known: it may have been emptied.
+bool FormCheck::isUntouched(const FormElem &element, const std::string &key,
+                            const std::string &value, bool boxed) const {
+    if (!fingerprint_.isKnown() || boxed)
+        return false;
+    return fingerprint_.holds(key, value, element.isSecret(key));
+}
+
+bool FormCheck::isConflict(const FormElem &element, const std::string &key,
+                           const std::string &value) const {
+    const std::string stored = shownValue(element, config_.getElement(key));
+    return fingerprint_.isKnown() && element.autoSave && stored != value &&
+           !fingerprint_.holds(key, stored, element.isSecret(key));
+}
+
+void FormCheck::check(const std::string &name, const FormElem &element, const std::string &value) {
+    const std::string key = keyOf(name, element);
+    // The box of an unsafe input; it has no say over what is not saved at all.
+    const bool boxed = value.empty() && element.autoSave &&
+                       !submission_.text(name + ".delete", 2).value_or("").empty();
+    if (element.type == "password" && value == password_placeholder)
+        return;
+    if (!value.empty() && !acceptsType(element, name, value, problems_))
+        return;
+    const bool changes = !value.empty() || element.autoDelete || boxed;
+    if (!changes || isUntouched(element, key, value, boxed))
+        return;
+    if (isConflict(element, key, value)) {
+        const bool isShown = !element.isSecret(key);
+        problems_.add(name, labelled(element) +
+                                " was changed by somebody else after this page was opened" +
+                                (isShown ? ": '<i>" + encodeSafe(config_.getElement(key)) +
+                                               "</i>' is stored now, '<i>" + encodeSafe(value) +
+                                               "</i>' was to be saved"
+                                         : "") +
+                                ". Nothing was saved; apply again to replace what is stored.");
+        return;
+    }
+    if (value.empty())
+        deletes_.push_back(key);
+    else
+        note(key, element, value);
+}
+
+void FormCheck::note(const std::string &key, const FormElem &element, const std::string &value) {
+    if (key == system_password && !config_.hasPlainTextPasswords())
+        notePassword(value);
+    else if (element.autoSave)
+        sets_[key] = value;
+    else
+        logRecord(Priority::debug, "Skipping element: %s, autoSave is off", key.c_str());
+}
+
+void FormCheck::notePassword(const std::string &password) {
+    logRecord(Priority::debug, "Found password: %s", system_password);
+    if (password == password_placeholder) {
+        logRecord(Priority::info, "System password is unchanged");
+        return;
+    }
+    const std::string hash = user_getcryptedpassword(password);
+    if (hash.empty())
+        problems_.add(system_password, "The password could not be encrypted and was not saved.");
+    else
+        sets_[system_password] = hash;
+}
+
+void FormCheck::save(ConfigManager &config) const {
+    for (const std::string &key : deletes_)
+        config.delElement(key);
+    for (const auto &[key, value] : sets_)
+        config.setElement(key, value);
+}
+
+} // namespace zandorin::settings

@@ -1,0 +1,198 @@
+#include "settings/values.h"
+
+#include "platform/libzandorin/config_manager.h"
+#include "settings/records.h"
+#include "util/files.h"
+#include "util/paths.h"
+#include "util/split.h"
+
+#include <algorithm>
+
+namespace zandorin::settings {
+
+namespace {
+
+bool isUnsafe(const Field &field) {
+    return field.input == Input::unsafeText || field.input == Input::unsafeTextArea;
+}
+
+bool contains(const std::vector<std::string> &texts, const std::string &text) {
+    return std::find(texts.begin(), texts.end(), text) != texts.end();
+}
+
+} // namespace
+
+std::string boxName(const Value &value, const Option &option) {
+    const Field &field = *value.field;
+    if (*field.posted != '\0')
+        return field.posted + option.boxName();
+    return value.name + (field.input == Input::set ? "." : "") + option.boxName();
+}
+
+std::size_t bufferOf(const Field &field) {
+    constexpr std::size_t usual = 256;
+    constexpr std::size_t ssh_key = 16384;
+    if (field.maxlength > 0)
+        return static_cast<std::size_t>(field.maxlength) + 1;
+    return field.type == TypeName("sshauthkey") ? ssh_key : usual;
+}
+
+std::vector<Option> optionsOf(const Field &field, const ConfigManager &config,
+                              const std::string &place) {
+    std::vector<Option> options;
+    for (const Choice &choice : field.choices)
+        options.emplace_back(std::string(choice.value), std::string(choice.label));
+    if (field.options != nullptr)
+        for (Option &option : field.options(config, place))
+            options.push_back(std::move(option));
+    return options;
+}
+
+void Values::add(std::span<const Section> sections) {
+    for (const Section &section : sections)
+        if (section.offered == nullptr || section.offered(config_))
+            add(section.fields, section.suffix);
+}
+
+void Values::add(std::span<const Field> fields, const char *suffix) {
+    values_.reserve(values_.size() + fields.size());
+    for (const Field &field : fields) {
+        Value value{.field = &field,
+                    .suffix = suffix,
+                    .name = *field.key == '.' ? place_.names + field.key : field.key,
+                    .key = keyOf(field.key, suffix),
+                    .stored = "",
+                    .text = "",
+                    .submitted = submission_ != nullptr};
+        value.name += suffix;
+        read(value);
+        values_.push_back(std::move(value));
+    }
+}
+
+std::string Values::keyOf(std::string_view key, std::string_view suffix) const {
+    std::string whole = key.starts_with('.') ? place_.keys : "";
+    return whole.append(key).append(suffix);
+}
+
+std::string Values::submittedText(const std::string &name, std::size_t longest,
+                                  const std::string &stored) const {
+    if (submission_ == nullptr)
+        return stored;
+    return submission_->text(name, longest).value_or(submission_->isWhole() ? "" : stored);
+}
+
+bool Values::isTicked(const std::string &name, bool stored) const {
+    return !submittedText(name, 2, stored ? "x" : "").empty();
+}
+
+void Values::read(Value &value) const {
+    const Field &field = *value.field;
+    switch (field.input) {
+    case Input::note:
+        return;
+    case Input::flags:
+        readFlags(value);
+        return;
+    case Input::set:
+        readSet(value);
+        return;
+    case Input::texts:
+        readTexts(value);
+        return;
+    case Input::confirmation:
+        value.stored = config_.getElement(keyOf(field.confirms, value.suffix));
+        break;
+    case Input::menu:
+    case Input::radio:
+        value.options = optionsOf(field, config_, place_.keys);
+        [[fallthrough]];
+    default:
+        value.stored =
+            *field.file == '\0'
+                ? config_.getElement(value.key)
+                : readFile(appliancePath(field.file), std::size_t{64} * 1024).value_or("");
+    }
+    value.text = submittedText(value.name, bufferOf(field), value.stored);
+    value.cleared = isUnsafe(field) && isTicked(value.name + ".delete", false);
+}
+
+void Values::readFlags(Value &value) const {
+    value.options = optionsOf(*value.field, config_, place_.keys);
+    for (const Option &option : value.options) {
+        const bool isStored = config_.getBoolean(value.key + option.value);
+        if (isStored)
+            value.storedList.push_back(option.value);
+        if (isTicked(boxName(value, option), isStored))
+            value.list.push_back(option.value);
+    }
+}
+
+void Values::readSet(Value &value) const {
+    value.options = optionsOf(*value.field, config_, place_.keys);
+    value.storedList = readTextList(config_, value.key, value.field->word);
+    // What is stored and not offered any more stays until somebody takes it out.
+    for (const std::string &stored : value.storedList)
+        if (std::none_of(value.options.begin(), value.options.end(),
+                         [&](const Option &option) { return option.value == stored; }))
+            value.options.emplace_back(stored);
+    for (const Option &option : value.options)
+        if (isTicked(boxName(value, option), contains(value.storedList, option.value)))
+            value.list.push_back(option.value);
+}
+
+void Values::readTexts(Value &value) const {
+    value.storedList = readTextList(config_, value.key, value.field->word);
+    const std::size_t longest = bufferOf(*value.field);
+    for (std::size_t number = 1; number <= value.storedList.size(); ++number) {
+        const std::string &stored = value.storedList[number - 1];
+        const std::string name = value.name + "." + value.field->word + std::to_string(number);
+        // An empty input keeps its entry, a box deletes it, a new value wins over both.
+        if (const std::string typed = submittedText(name, longest, ""); !typed.empty())
+            value.list.push_back(typed);
+        else if (!isTicked(name + ".delete", false))
+            value.list.push_back(stored);
+    }
+    value.text = submittedText(value.name, longest, "");
+    if (!value.text.empty())
+        value.list.push_back(value.text);
+}
+
+const Value *Values::find(std::string_view key) const {
+    const std::string whole = keyOf(key);
+    const auto found = std::find_if(values_.begin(), values_.end(),
+                                    [&](const Value &value) { return value.key == whole; });
+    return found == values_.end() ? nullptr : &*found;
+}
+
+std::string Values::text(std::string_view key) const {
+    const Value *value = find(key);
+    return value == nullptr ? "" : value->text;
+}
+
+std::string Values::after(std::string_view key) const {
+    const Value *value = find(key);
+    if (value == nullptr)
+        return "";
+    const bool isKept = value->field->type == TypeName("password")
+                            ? value->text == password_placeholder
+                            : isUnsafe(*value->field) && value->text.empty() && !value->cleared;
+    return isKept ? value->stored : value->text;
+}
+
+bool Values::holds(const When &when, std::string_view suffix) const {
+    if (*when.key == '\0')
+        return true;
+    const std::string value = after(keyOf(when.key, suffix));
+    if (*when.values == '\0')
+        return !value.empty();
+    const auto words = utilities::split(when.values, " ");
+    return contains(words, value);
+}
+
+std::string Values::label(std::string_view key) const {
+    const Value *value = find(key);
+    return value == nullptr ? std::string(key) : value->field->label;
+}
+
+} // namespace zandorin::settings

@@ -1,0 +1,173 @@
+#include "ui/setting_input.h"
+
+#include "cgi/cgi.h"
+#include "engine/engine.h"
+#include "ui/inputs.h"
+#include "ui/markup.h"
+#include "ui/page.h"
+#include "ui/table.h"
+#include "ui/unsafe_inputs.h"
+#include "util/escape.h"
+#include "util/strings.h"
+
+#include <algorithm>
+
+namespace zandorin::ui {
+
+namespace {
+
+using settings::Input;
+using settings::Value;
+
+constexpr int area_rows = 5;
+constexpr int area_cols = 60;
+
+bool contains(const std::vector<std::string> &texts, const std::string &text) {
+    return std::find(texts.begin(), texts.end(), text) != texts.end();
+}
+
+std::string passwordInput(const Value &value) {
+    return textInput({.name = value.name,
+                      .value = value.stored,
+                      .type = "password",
+                      .maxlength = value.field->maxlength,
+                      .allowAutocomplete = false});
+}
+
+UnsafeInput unsafeInput(const Value &value) {
+    return {.name = value.name,
+            .current = value.stored,
+            .submitted = value.submitted ? value.text : "",
+            .maxlength = value.field->maxlength};
+}
+
+/// What is stored and no choice, another tool's word for instance, stays offered.
+std::string choiceInput(const Value &value, decltype(menuInput) &markupOf) {
+    std::vector<Option> options = value.options;
+    const auto isChosen = [&](const Option &option) { return option.value == value.text; };
+    if (!value.text.empty() && std::none_of(options.begin(), options.end(), isChosen))
+        options.emplace_back(value.text);
+    return markupOf(value.name, options, value.text, "");
+}
+
+std::string boxes(const Value &value) {
+    std::string html;
+    for (const Option &option : value.options)
+        html += (html.empty() ? "" : "<br>") + labelledBox(boxName(value, option),
+                                                           contains(value.list, option.value),
+                                                           option.label, option.title);
+    return html;
+}
+
+/// The boxes' names end with the numbers of the ports.
+std::string portBoxes(const Value &value) {
+    std::vector<PortChoice> ports;
+    std::string prefix;
+    for (const Option &option : value.options) {
+        const std::string name = boxName(value, option);
+        const auto digits = name.find_last_not_of("0123456789") + 1;
+        prefix = name.substr(0, digits);
+        ports.push_back({.number = static_cast<unsigned>(leadingNumber(name.substr(digits))),
+                         .label = option.label,
+                         .checked = contains(value.list, option.value)});
+    }
+    return ports.empty() ? "" : getPortCheckboxes(prefix, ports);
+}
+
+std::string textInputs(Engine &engine, const Value &value) {
+    std::string html;
+    for (std::size_t number = 1; number <= value.storedList.size(); ++number) {
+        UnsafeInput input = {.name = textName(value, number),
+                             .current = value.storedList[number - 1],
+                             .maxlength = value.field->maxlength};
+        if (value.submitted)
+            input.submitted = engine.cgi()->getVarString(input.name, bufferOf(*value.field)).raw;
+        html += unsafeTextInput(input);
+    }
+    return html + textInput({.name = value.name,
+                             .value = value.text,
+                             .maxlength = value.field->maxlength,
+                             .unsafe = true});
+}
+
+std::string bareInput(Engine &engine, const Value &value) {
+    const settings::Field &field = *value.field;
+    switch (field.input) {
+    case Input::text:
+        return textInput({.name = value.name, .value = value.text, .maxlength = field.maxlength});
+    case Input::password:
+    case Input::confirmation:
+        return passwordInput(value);
+    case Input::textArea:
+        return textAreaInput(value.name, value.text, area_rows, area_cols);
+    case Input::unsafeText:
+        return unsafeTextInput(unsafeInput(value));
+    case Input::unsafeTextArea:
+        return unsafeTextAreaInput(unsafeInput(value), area_rows, area_cols);
+    case Input::check:
+        return checkInput(value.name, value.submitted ? !value.text.empty()
+                                                      : engine.config().getBoolean(value.key));
+    case Input::menu:
+        return choiceInput(value, menuInput);
+    case Input::radio:
+        return choiceInput(value, radioInput);
+    case Input::flags:
+    case Input::set:
+        return field.grid ? portBoxes(value) : boxes(value);
+    case Input::texts:
+        return textInputs(engine, value);
+    case Input::note:
+        break;
+    }
+    return "";
+}
+
+} // namespace
+
+std::string textName(const Value &value, std::size_t number) {
+    return value.name + "." + value.field->word + std::to_string(number);
+}
+
+std::string labelledBox(const std::string &name, bool checked, const std::string &text,
+                        const std::string &title, bool fixed) {
+    return "<label>" + checkInput(name, checked, fixed) + "<span" +
+           optionalAttribute("title", title) + ">" + escapeXmlText(text) + "</span></label>";
+}
+
+std::string settingInput(Engine &engine, const Value &value) {
+    std::string status;
+    if (value.field->status != nullptr)
+        status = value.field->status(engine.config(), value.key);
+    return (status.empty() ? "" : "<b>" + encodeSafe(status) + "</b><br/>") +
+           bareInput(engine, value);
+}
+
+std::string chosenPlace(Engine &engine, const settings::Chooser &chooser) {
+    if (const Cgi *cgi = engine.cgi()) {
+        std::string asked = cgi->getVarString(chooser.variable).raw;
+        if (!asked.empty())
+            return asked;
+    }
+    if (!engine.formArgs().empty())
+        return engine.formArgs();
+    const auto options = chooser.options(engine.config(), "");
+    return options.empty() ? "" : options.front().value;
+}
+
+void chooserRow(Engine &engine, Table &table, const settings::Chooser &chooser) {
+    const std::string current = chosenPlace(engine, chooser);
+    std::string html;
+    for (const settings::Option &option : chooser.options(engine.config(), ""))
+        html +=
+            (html.empty() ? "" : ", ") +
+            (option.value == current
+                 ? "<b>" + encodeSafe(option.label) + "</b>"
+                 : link("?form=" + engine.formId() + "&" + chooser.variable + "=" + option.value,
+                        option.label));
+    table.inputRow(chooser.label,
+                   html + "<input type=\"hidden\"" + attribute("name", chooser.variable) +
+                       attribute("value", current) + ">",
+                   chooser.help);
+}
+
+} // namespace zandorin::ui

@@ -53,6 +53,16 @@ void checkChoice(const Value &value, Problems &problems) {
                          encodeSafe(value.text) + "</i>' is invalid.");
 }
 
+/// Of a password whether it was repeated.
+void checkConfirmation(const Values &values, const Value &password, Problems &problems) {
+    if (password.field->input != Input::password)
+        return;
+    for (const Value &value : values.all())
+        if (value.field->input == Input::confirmation &&
+            values.keyOf(value.field->confirms, value.suffix) == password.key)
+            problems.require(value.text == password.text, value.name, value.field->refusal);
+}
+
 void checkRequired(const Values &values, const Value &value, Problems &problems) {
     const Field &field = *value.field;
     if (*field.missing == '\0' || !values.holds(field.required, value.suffix) ||
@@ -79,10 +89,9 @@ void checkRules(const Values &values, Rule rule, Problems &problems) {
     for (const Value &value : values.all()) {
         const Field &field = *value.field;
         checkChoice(value, problems);
-        if (field.input == Input::confirmation)
-            problems.require(value.text == values.text(values.keyOf(field.confirms, value.suffix)),
-                             value.name, field.refusal);
-        else if (!value.text.empty() && value.text != password_placeholder)
+        checkConfirmation(values, value, problems);
+        if (field.input != Input::confirmation && !value.text.empty() &&
+            value.text != password_placeholder)
             checkLimits(field, value.name, value.text, problems);
         checkRequired(values, value, problems);
     }

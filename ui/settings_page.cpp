@@ -117,6 +117,19 @@ std::optional<Place> placeOf(Engine &engine, const settings::Chooser &chooser) {
     return std::nullopt;
 }
 
+/// A form for a place that is not there; names, too, what it gave settings that need others.
+void refusePlace(Engine &engine, Cgi &cgi, const settings::Page &page,
+                 const settings::Submission &submission) {
+    const std::string name = chosenPlace(engine, page.chooser);
+    const std::string key = page.chooser.prefix + name;
+    cgi.addError(page.chooser.unknown + encodeSafe(name));
+    for (const settings::Section &section : page.sections)
+        for (const Field &field : section.fields)
+            if (*field.required.key == '.' &&
+                !submission.text(key + field.required.key, 2).value_or("").empty())
+                cgi.addError("No such form element: " + encodeSafe(key + field.key));
+}
+
 } // namespace
 
 const settings::Page *settingsPage(Engine &engine) {
@@ -153,11 +166,17 @@ void defineValues(Engine &engine, const Values &values, settings::Rule rule) {
 
 Values shownValues(Engine &engine, std::span<const settings::Section> sections,
                    const Place &place) {
-    const bool isRefused = showsSubmission(engine);
-    std::optional<CgiSubmission> submission;
-    if (isRefused)
-        submission.emplace(*engine.cgi());
-    Values values(engine.config(), isRefused ? &*submission : nullptr, place);
+    Values stored(engine.config(), nullptr, place);
+    stored.add(sections);
+    // Of several forms on one page only one was sent; the others keep what is stored.
+    const auto isDeclared = [&](const Value &value) {
+        return engine.elements().contains(value.name);
+    };
+    if (!showsSubmission(engine) ||
+        std::none_of(stored.all().begin(), stored.all().end(), isDeclared))
+        return stored;
+    const CgiSubmission submission(*engine.cgi());
+    Values values(engine.config(), &submission, place);
     values.add(sections);
     return values;
 }
@@ -199,11 +218,11 @@ void defineSettings(Engine &engine) {
     if (page == nullptr || cgi == nullptr)
         return;
     const auto place = placeOf(engine, page->chooser);
+    const CgiSubmission submission(*cgi);
     if (!place) {
-        cgi->addError(page->chooser.unknown + encodeSafe(chosenPlace(engine, page->chooser)));
+        refusePlace(engine, *cgi, *page, submission);
         return;
     }
-    const CgiSubmission submission(*cgi);
     const bool isSubmitted = engine.formWasSubmitted();
     if (isSubmitted && !engine.lockSettings())
         return;

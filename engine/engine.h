@@ -7,6 +7,7 @@
 #include "settings/fingerprint.h"
 #include "settings/form_elem.h"
 #include "settings/packed.h"
+#include "settings/values.h"
 #include "util/fd.h"
 
 #include <functional>
@@ -67,6 +68,8 @@ class Engine : public ConfigManagerListener {
 
     /// The table of the page, once something has loaded it (see ui/settings_page.h).
     std::optional<settings::LoadedPage> &pageTable() { return pageTable_; }
+    /// The values of the page, from its first callback for its second.
+    std::optional<settings::Values> &pageValues() { return pageValues_; }
 
     /// Makes the request count as a submission even without "apply".
     void setForceSubmit(bool force) { forceSubmit_ = force; }
@@ -152,6 +155,7 @@ class Engine : public ConfigManagerListener {
     std::vector<std::string> extraConfigurators_;
     std::vector<std::function<void()>> effects_;
     std::optional<settings::LoadedPage> pageTable_;
+    std::optional<settings::Values> pageValues_;
     UniqueFd settingsLock_; ///< held from lockSettings until the form is saved
     NavTree navTree_;
     std::string favicon_;

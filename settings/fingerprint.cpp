@@ -3,9 +3,7 @@
 #include "util/hash.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
-#include <cstdio>
 
 namespace zandorin::settings {
 
@@ -23,10 +21,10 @@ std::string Fingerprint::markOf(std::string_view key, std::string_view value, bo
     if (isSecret)
         hash.add(secret_);
     const std::uint64_t state = hash.value();
-    std::array<char, digits + 1> text = {};
-    std::snprintf(text.data(), text.size(), "%08x",
-                  static_cast<unsigned>((state ^ (state >> 32)) & 0xffffffffU));
-    return text.data();
+    std::string mark(digits, '0');
+    for (std::size_t i = 0; i < digits; ++i)
+        mark[i] = "0123456789abcdef"[((state ^ (state >> 32)) >> (4 * i)) & 0xfU];
+    return mark;
 }
 
 void Fingerprint::read(std::string_view text) {

@@ -4,8 +4,6 @@
 #include "engine/engine.h"
 #include "ui/inputs.h"
 #include "ui/markup.h"
-#include "ui/page.h"
-#include "ui/table.h"
 #include "ui/unsafe_inputs.h"
 #include "util/escape.h"
 #include "util/strings.h"
@@ -140,34 +138,6 @@ std::string settingInput(Engine &engine, const Value &value) {
         status = value.field->status(engine.config(), value.key);
     return (status.empty() ? "" : "<b>" + encodeSafe(status) + "</b><br/>") +
            bareInput(engine, value);
-}
-
-std::string chosenPlace(Engine &engine, const settings::Chooser &chooser) {
-    if (const Cgi *cgi = engine.cgi()) {
-        std::string asked = cgi->getVarString(chooser.variable).raw;
-        if (!asked.empty())
-            return asked;
-    }
-    if (!engine.formArgs().empty())
-        return engine.formArgs();
-    const auto options = chooser.options(engine.config(), "");
-    return options.empty() ? "" : options.front().value;
-}
-
-void chooserRow(Engine &engine, Table &table, const settings::Chooser &chooser) {
-    const std::string current = chosenPlace(engine, chooser);
-    std::string html;
-    for (const settings::Option &option : chooser.options(engine.config(), ""))
-        html +=
-            (html.empty() ? "" : ", ") +
-            (option.value == current
-                 ? "<b>" + encodeSafe(option.label) + "</b>"
-                 : link("?form=" + engine.formId() + "&" + chooser.variable + "=" + option.value,
-                        option.label));
-    table.inputRow(chooser.label,
-                   html + "<input type=\"hidden\"" + attribute("name", chooser.variable) +
-                       attribute("value", current) + ">",
-                   chooser.help);
 }
 
 } // namespace zandorin::ui

@@ -10,8 +10,6 @@ class Engine;
 
 namespace zandorin::ui {
 
-class Table;
-
 /// The markup of a setting's input: what `status` answers, then the input with the value's text, or
 /// what is stored of it where the page shows no submission.
 std::string settingInput(Engine &engine, const settings::Value &value);
@@ -22,10 +20,5 @@ std::string textName(const settings::Value &value, std::size_t number);
 /// A box with its text, raw, which shows `title` when it is pointed at; one of several.
 std::string labelledBox(const std::string &name, bool checked, const std::string &text,
                         const std::string &title = "", bool fixed = false);
-
-/// The place that the request names, or the page's own, or the first.
-std::string chosenPlace(Engine &engine, const settings::Chooser &chooser);
-/// A link to the page for every other place, and the hidden field that keeps this one.
-void chooserRow(Engine &engine, Table &table, const settings::Chooser &chooser);
 
 } // namespace zandorin::ui

@@ -7,9 +7,9 @@
 #include "settings/records.h"
 #include "settings/registry.h"
 #include "settings/rules.h"
+#include "ui/chooser.h"
 #include "ui/form.h"
 #include "ui/form_values.h"
-#include "ui/page.h"
 #include "ui/setting_input.h"
 #include "ui/table.h"
 #include "util/escape.h"
@@ -102,27 +102,11 @@ void saveList(Engine &engine, const std::string &key, const std::string &word,
         settings::writeTextList(engine.config(), key, word, list);
 }
 
-/// Where the fields of the page are: none, with an error, when the request chose a place that is
-/// not there.
-std::optional<Place> placeOf(Engine &engine, const settings::Chooser &chooser) {
-    if (chooser.options == nullptr)
-        return Place{};
-    const std::string name = chosenPlace(engine, chooser);
-    const auto offered = chooser.options(engine.config(), "");
-    if (std::any_of(offered.begin(), offered.end(),
-                    [&](const settings::Option &option) { return option.value == name; })) {
-        const std::string key = chooser.prefix + name;
-        return Place{.names = key, .keys = key};
-    }
-    return std::nullopt;
-}
-
 /// A form for a place that is not there; names, too, what it gave settings that need others.
-void refusePlace(Engine &engine, Cgi &cgi, const settings::Page &page,
+void refusePlace(Cgi &cgi, const settings::Page &page, const Chosen &chosen,
                  const settings::Submission &submission) {
-    const std::string name = chosenPlace(engine, page.chooser);
-    const std::string key = page.chooser.prefix + name;
-    cgi.addError(page.chooser.unknown + encodeSafe(name));
+    const std::string key = chosen.place().keys;
+    cgi.addError(page.chooser.unknown + encodeSafe(chosen.name()));
     for (const settings::Section &section : page.sections)
         for (const Field &field : section.fields)
             if (*field.required.key == '.' &&
@@ -189,8 +173,10 @@ void fingerprintInput(Engine &engine, Form &form, const Values &values) {
         else
             forElements(value, [&](const std::string &name, const FormElem &element) {
                 const std::string &key = element.key.empty() ? name : element.key;
-                fingerprint.add(key, settings::shownValue(element, engine.config().getElement(key)),
-                                element.isSecret(key));
+                // Only of flags there is one key for each box.
+                const std::string stored =
+                    key == value.key ? value.stored : engine.config().getElement(key);
+                fingerprint.add(key, settings::shownValue(element, stored), element.isSecret(key));
             });
     }
     form.hiddenInput(settings::fingerprint_field, fingerprint.text());
@@ -217,18 +203,20 @@ void defineSettings(Engine &engine) {
     Cgi *cgi = engine.requireCgi();
     if (page == nullptr || cgi == nullptr)
         return;
-    const auto place = placeOf(engine, page->chooser);
+    const Chosen chosen(engine, page->chooser);
     const CgiSubmission submission(*cgi);
-    if (!place) {
-        refusePlace(engine, *cgi, *page, submission);
+    if (!chosen.isKnown()) {
+        refusePlace(*cgi, *page, chosen, submission);
         return;
     }
     const bool isSubmitted = engine.formWasSubmitted();
     if (isSubmitted && !engine.lockSettings())
         return;
-    Values values(engine.config(), isSubmitted ? &submission : nullptr, *place);
+    Values values(engine.config(), isSubmitted ? &submission : nullptr, chosen.place());
     values.add(page->sections);
     defineValues(engine, values, page->rule);
+    if (!isSubmitted)
+        engine.pageValues().emplace(std::move(values));
 }
 
 void renderSettings(Engine &engine) {
@@ -236,17 +224,18 @@ void renderSettings(Engine &engine) {
     Cgi *cgi = engine.requireCgi();
     if (page == nullptr || cgi == nullptr)
         return;
-    const auto place = placeOf(engine, page->chooser);
-    if (!place)
+    const Chosen chosen(engine, page->chooser);
+    if (!chosen.isKnown())
         return;
     if (!page->sections.empty()) {
-        const Values values = shownValues(engine, page->sections, *place);
+        auto &opened = engine.pageValues();
+        const Values values =
+            opened ? std::move(*opened) : shownValues(engine, page->sections, chosen.place());
         Form form(*cgi, engine.formId());
         form.openForm("post", engine.formId());
         Table table(*cgi);
         table.open();
-        if (page->chooser.options != nullptr)
-            chooserRow(engine, table, page->chooser);
+        chosen.row(engine, table);
         sectionRows(engine, table, page->sections, values);
         table.applyButtonRow();
         table.close();

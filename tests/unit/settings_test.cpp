@@ -1,0 +1,225 @@
+#include "platform/libzandorin/config_manager.h"
+#include "settings/form_check.h"
+#include "settings/packed.h"
+#include "settings/records.h"
+#include "settings/rules.h"
+#include "tests/support/appliance_test.h"
+#include "tests/support/log_capture.h"
+
+#include <map>
+
+namespace zandorin::settings {
+namespace {
+
+using Texts = std::map<std::string, std::string>;
+
+class Sent : public Submission {
+  public:
+    explicit Sent(Texts texts, bool whole = true) : texts_(std::move(texts)), whole_(whole) {}
+    std::optional<std::string> text(const std::string &name, std::size_t longest) const override {
+        const auto found = texts_.find(name);
+        return found == texts_.end() ? std::nullopt
+                                     : std::optional(found->second.substr(0, longest - 1));
+    }
+    bool isWhole() const override { return whole_; }
+
+  private:
+    Texts texts_;
+    bool whole_;
+};
+
+class Settings : public test::ApplianceTest {
+  protected:
+    void SetUp() override {
+        ApplianceTest::SetUp();
+        put("/etc/config/config.xml", "<config/>");
+        ASSERT_TRUE(config.read());
+    }
+    void store(const std::string &key, const std::string &value) {
+        if (value.empty())
+            config.delElement(key);
+        else
+            config.setElement(key, value);
+    }
+
+    ConfigManager config{"/etc/config/config.xml", "."};
+};
+
+// What a submission makes of a value that somebody else may have changed since its page was made.
+struct Race {
+    const char *name;
+    FormElem element;
+    const char *opened; ///< stored when the page was made
+    const char *now;    ///< stored by now
+    const char *sent;
+    const char *after; ///< stored in the end
+    bool refused = false;
+};
+
+TEST_F(Settings, NoSubmissionUndoesWhatSomebodyElseSaved) {
+    const FormElem text("Port", "tcpport", true, true);
+    const FormElem box("On", "boolean", true, true);
+    const FormElem kept("Name", "unsafe_printable", true, false);
+    const FormElem password("Password", "password", true, true);
+    FormElem menu("Protocol", "text", true, true);
+    menu.standard = "SHA";
+    const Race races[] = {
+        {"nobody else, changed", text, "25", "25", "26", "26"},
+        {"nobody else, emptied", text, "25", "25", "", ""},
+        {"others only", text, "25", "587", "25", "587"},
+        {"others only, filled in", text, "", "587", "", "587"},
+        {"others only, emptied", text, "25", "", "25", ""},
+        {"both the same", text, "25", "26", "26", "26"},
+        {"both", text, "25", "587", "26", "587", true},
+        {"both, emptied here", text, "25", "587", "", "587", true},
+        {"both, emptied there", text, "25", "", "26", "", true},
+        {"refused whoever changed it", text, "25", "587", "banana", "587", true},
+        {"box in other words", box, "yes", "yes", "on", "yes"},
+        {"box cleared by others", box, "on", "", "on", ""},
+        {"input that keeps its value", kept, "a", "b", "", "b"},
+        {"input that keeps its value, both", kept, "a", "b", "c", "b", true},
+        {"password unchanged here", password, "one", "two", password_placeholder, "two"},
+        {"password, both", password, "one", "two", "three", "two", true},
+        {"menu that showed its first choice", menu, "", "MD5", "SHA", "MD5"},
+    };
+    const std::string key = "config.x.y";
+    for (const Race &race : races) {
+        SCOPED_TRACE(race.name);
+        Fingerprint opened("session");
+        opened.add(key, shownValue(race.element, race.opened), race.element.isSecret(key));
+        Fingerprint sent("session");
+        sent.read(opened.text());
+        store(key, race.now);
+        FormCheck check(config, Sent({{key, race.sent}}), sent);
+        check.check(key, race.element, race.sent);
+        EXPECT_EQ(!check.problems().empty(), race.refused);
+        for (const Problem &problem : check.problems().all())
+            EXPECT_EQ(problem.message.find("three"), std::string::npos) << "a password is shown";
+        if (check.problems().empty())
+            check.save(config);
+        EXPECT_EQ(config.getElement(key), race.after);
+    }
+}
+
+TEST_F(Settings, AFingerprintOfAnotherKindCountsAsNone) {
+    for (const char *text : {"", "abcdefg", "ABCDEF01", "<b>12345", "deadbee"}) {
+        Fingerprint fingerprint("session");
+        fingerprint.read(text);
+        EXPECT_FALSE(fingerprint.isKnown()) << text;
+    }
+}
+
+// Every kind of rule that a table can hold.
+
+bool isEven(const std::string &value) {
+    return value.size() % 2 == 0;
+}
+constexpr Choice words[] = {{"a", "A"}, {"b", "B"}};
+constexpr Field fields[] = {
+    {.label = "Word", .key = "config.word", .input = Input::menu, .choices = words},
+    {.label = "Count",
+     .key = "config.count",
+     .least = 10,
+     .most = 20,
+     .refusal = "count {}",
+     .required = {"config.word", "b c"},
+     .missing = "count for {}"},
+    {.label = "Even", .key = "config.even", .accepts = isEven},
+    {.label = "Code",
+     .key = "config.code",
+     .type = "password",
+     .input = Input::password,
+     .least = 4,
+     .refusal = "code is short"},
+    {.label = "Again",
+     .key = "config.again",
+     .input = Input::confirmation,
+     .refusal = "code is not repeated",
+     .confirms = "config.code"},
+};
+void notBoth(const Values &values, Problems &problems) {
+    problems.require(!values.isGiven("config.even") || !values.isGiven("config.code"), "", "both");
+}
+constexpr Section sections[] = {{.title = "Section", .fields = fields}};
+constexpr Page page = {.sections = sections, .rule = notBoth};
+
+TEST_F(Settings, RulesOfATable) {
+    const LoadedPage loaded = load(packed<page>());
+    config.setElement("config.code", "stored");
+    config.setElement("config.word", "legacy");
+    struct Row {
+        Texts sent;
+        const char *problems;
+    };
+    const Row rows[] = {
+        {{{"config.word", "a"}}, ""},
+        {{{"config.word", "legacy"}}, ""},
+        {{{"config.word", "x<"}},
+         "<i>Word</i> must be one of the choices. The value '<i>x&lt;</i>' is invalid.|"},
+        {{{"config.word", "b"}}, "count for b|"},
+        {{{"config.word", "b"}, {"config.count", "10"}}, ""},
+        {{{"config.count", "20"}}, ""},
+        {{{"config.count", "21"}}, "count 21|"},
+        {{{"config.count", "9"}}, "count 9|"},
+        {{{"config.count", "1<"}}, "count 1&lt;|"},
+        {{{"config.even", "odd"}}, "<i>Even</i> is invalid.|"},
+        {{{"config.code", "abc"}, {"config.again", "abc"}}, "code is short|"},
+        {{{"config.code", "abc"}}, "code is not repeated|code is short|"},
+        {{{"config.code", "abcd"}, {"config.again", "abcd"}, {"config.even", "ab"}}, "both|"},
+        {{{"config.code", "********"}, {"config.again", "********"}, {"config.even", "ab"}},
+         "both|"},
+    };
+    for (const Row &row : rows) {
+        const Sent sent(row.sent);
+        Values values(config, &sent);
+        values.add(loaded.page.sections);
+        Problems problems;
+        checkRules(values, loaded.page.rule, problems);
+        std::string found;
+        for (const Problem &problem : problems.all())
+            found += problem.message + "|";
+        EXPECT_EQ(found, row.problems);
+    }
+}
+
+TEST_F(Settings, RecordsKeepAllTheyHoldWhereverTheyMove) {
+    const RecordList list("config.users", "user");
+    // Somebody has left a hole.
+    for (const auto &[number, name] : {std::pair(1U, "ann"), {2, "bea"}, {4, "dan"}, {10, "eve"}})
+        config.setElement(list.keyOf(number) + ".name", name);
+    config.setElement("config.users.user4.vendor.deep.key", "kept");
+    config.setElement("config.users.user2.description", "of bea");
+    const auto names = [&] {
+        std::string text = config.getElement("config.users.total") + ":";
+        for (const unsigned number : list.numbers(config))
+            text += " " + std::to_string(number) + config.getElement(list.keyOf(number) + ".name");
+        return text;
+    };
+    EXPECT_EQ(list.checkedNumbers(config).size(), 4U);
+    list.remove(config, 3);
+    EXPECT_EQ(names(), "4: 1ann 2bea 3dan 4eve");
+    EXPECT_EQ(config.getElement("config.users.user3.vendor.deep.key"), "kept");
+    const std::string before = list.hashOf(config, 3);
+    list.move(config, 3, 1);
+    EXPECT_EQ(names(), "4: 1dan 2ann 3bea 4eve");
+    EXPECT_EQ(list.hashOf(config, 1), before);
+    EXPECT_EQ(config.getElement("config.users.user1.vendor.deep.key"), "kept");
+    EXPECT_EQ(config.getElement("config.users.user3.description"), "of bea");
+    for (const unsigned outside : {0U, 5U}) {
+        list.remove(config, outside);
+        list.move(config, 1, outside);
+        list.move(config, outside, 1);
+        EXPECT_EQ(list.copy(config, outside), 0U);
+        EXPECT_EQ(list.hashOf(config, outside), "");
+    }
+    EXPECT_EQ(names(), "4: 1dan 2ann 3bea 4eve");
+    EXPECT_EQ(list.copy(config, 1), 5U);
+    EXPECT_EQ(list.hashOf(config, 5), before);
+    for (int i = 0; i < 5; ++i)
+        list.remove(config, 1);
+    EXPECT_EQ(names(), ":");
+    EXPECT_EQ(list.next(config), 1U);
+}
+
+} // namespace
+} // namespace zandorin::settings

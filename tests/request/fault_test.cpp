@@ -204,6 +204,8 @@ class Fault : public Users {
             seen.push_back(now);
             post(fields, login());
             EXPECT_EQ(state(), after_) << call.line;
+            for (const auto &entry : fs::directory_iterator(onHost(folder)))
+                EXPECT_FALSE(entry.path().filename().string().starts_with(".new-")) << call.line;
         }
         EXPECT_GT(points, 5U);
         // What waits for a process may take a call more or less than when it was recorded.

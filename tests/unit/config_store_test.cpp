@@ -75,7 +75,7 @@ TEST_F(ConfigStore, RefusesKeysAndValuesThatTheFileCannotHold) {
         deep += ".a";
     for (const std::string &key :
          {std::string("config"), std::string("config.1"), std::string("config.a><b"),
-          std::string("config..a"), deep + ".a"})
+          std::string("config..a"), std::string("config.a<b"), deep + ".a"})
         EXPECT_THROW(store.setElement(key, "x"), utilities::Exception) << key;
     EXPECT_THROW(store.setElement("config.a", "\x1b[2J"), utilities::Exception);
     EXPECT_FALSE(store.isDirty());
@@ -253,6 +253,20 @@ TEST_F(ConfigStore, DelayedChangesWaitForTheirCommit) {
                                   "  <c>3</c>\n"));
     EXPECT_FALSE(exists(delayed_file));
     EXPECT_FALSE(exists(queue));
+}
+
+TEST_F(ConfigStore, NothingRunsOfAChangeThatCouldNotBeQueued) {
+    for (const char *obstacle : {queue, delayed_file}) {
+        SetUp();
+        putConfig("<delayed>on</delayed>");
+        Store store;
+        ASSERT_TRUE(store.read());
+        store.setElement("config.a", "2");
+        store.schedule("first");
+        makeFolder(obstacle);
+        EXPECT_FALSE(store.write()) << obstacle;
+        EXPECT_FALSE(store.hasConfiguratorsScheduled()) << obstacle;
+    }
 }
 
 TEST_F(ConfigStore, ModeIsJudgedWhenWriting) {

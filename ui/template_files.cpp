@@ -80,14 +80,16 @@ class LinePattern {
 
 /// The pattern of the page's own filter field, which it also keeps in the configuration.
 std::string pagePattern(Engine &engine, Cgi &cgi) {
+    const std::string submitted = cgi.getVarString(pattern_key).raw;
+    if (!submitted.empty())
+        return submitted;
     if (!cgi.getVarString(std::string(pattern_key) + ".delete").raw.empty()) {
         engine.config().delElement(pattern_key);
         if (!engine.config().write())
             cgi.addError("Failed to save configuration changes.");
         return "";
     }
-    const std::string submitted = cgi.getVarString(pattern_key).raw;
-    return submitted.empty() ? engine.config().getElement(pattern_key) : submitted;
+    return engine.config().getElement(pattern_key);
 }
 
 /// The rest of the first line that starts with `prefix`.

@@ -3,6 +3,7 @@
 #include "util/log.h"
 #include "util/paths.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <exception>
 
@@ -24,12 +25,15 @@ extern "C" void __wrap__ZNSt5ctypeIwE19_M_initialize_ctypeEv(void * /*ctype*/) {
 
 namespace {
 
-/// A maintenance task holds every request while it keeps this file.
+/// A maintenance task holds every request while it keeps this file. Anybody may write to its
+/// folder: it counts when root or the program's own account owns it, and so does a link by its own
+/// owner.
 void waitForMaintenance() {
     constexpr unsigned step_seconds = 5;
     struct stat status = {};
     const std::string path = zandorin::appliancePath("/tmp/wait");
-    while (::stat(path.c_str(), &status) == 0)
+    while (::lstat(path.c_str(), &status) == 0 &&
+           (status.st_uid == 0 || status.st_uid == ::geteuid()))
         ::sleep(step_seconds);
 }
 
@@ -37,6 +41,8 @@ void waitForMaintenance() {
 
 int main(int /*argc*/, char **argv) {
     using namespace zandorin;
+    // A reader that has gone is a failed write, and no end of what the request is about.
+    std::signal(SIGPIPE, SIG_IGN);
     waitForMaintenance();
     openLog(argv[0]);
     logRecord(Priority::debug, "cgi starting");

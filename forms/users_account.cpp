@@ -1,7 +1,6 @@
 #include "forms/users_account.h"
 
 #include "cgi/cgi.h"
-#include "cgi/session_file.h"
 #include "engine/engine.h"
 #include "forms/user_store.h"
 #include "forms/users_form.h"
@@ -126,14 +125,6 @@ bool applyAccount(const AccountTask &task) {
                                          .enabled = !task.disabled}) == 0;
     return user_adduser(task.name, task.password.value_or(""), task.description) == 0 &&
            (!task.disabled || user_changeuser(task.name, {.enabled = false}) == 0);
-}
-
-void endSessions(const std::string &name, const std::string &own) {
-    for (const std::string &id : listSessionIds()) {
-        const auto session = id == own ? std::nullopt : readSessionRecord(id);
-        if (session && session->username == name)
-            removeSessionRecord(id);
-    }
 }
 
 } // namespace zandorin::users

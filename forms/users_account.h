@@ -45,7 +45,4 @@ void checkAccount(const RecordForm &form, const std::string &name);
 /// without a user becomes this user's. False, with the reason in the log, when that failed.
 bool applyAccount(const AccountTask &task);
 
-/// Ends the web sessions of a user, but that of the id `own`.
-void endSessions(const std::string &name, const std::string &own);
-
 } // namespace zandorin::users

@@ -1,4 +1,5 @@
 #include "cgi/cgi.h"
+#include "cgi/session_file.h"
 #include "engine/engine.h"
 #include "forms/authorized_keys.h"
 #include "forms/user_store.h"
@@ -276,7 +277,7 @@ void saveUser(const RecordForm &form) {
         return;
     }
     if (!form.isNew() && (task.password || task.disabled || task.name != task.oldName))
-        endSessions(task.oldName, engine.session().sessionId());
+        removeSessionsOf(task.oldName, engine.session().sessionId());
     saveConfiguration(engine, cgi, "User " + quoted(task.name) + " has been saved.");
 }
 

@@ -2,6 +2,7 @@
 
 #include <crypt.h>
 #include <filesystem>
+#include <regex>
 
 // Logins from outside: the real program, the real helper, PAM.
 
@@ -44,6 +45,8 @@ TEST_F(Login, AlwaysMakesASessionOfItsOwn) {
     for (const std::string planted : {"0123456789abcdef", "ffffffffffffffffffffffffffffffff"}) {
         const Response response = logIn("root", "kestrel", "ZdSessionId=" + planted);
         EXPECT_TRUE(isIn(response));
+        EXPECT_TRUE(response.has("window.location=\"?\"")) << "the engine knows what comes first";
+        EXPECT_NE(log().find("WebUI User: root - LOGIN from"), std::string::npos);
         const std::string cookie = cookieOf(response);
         EXPECT_NE(cookie, "ZdSessionId=" + planted) << "set beforehand";
         EXPECT_FALSE(exists("/var/run/.sessions/session-" + planted));
@@ -109,6 +112,48 @@ TEST_F(Login, GuessingIsStoppedWhereItComesFrom) {
         logOut(cookieOf(response));
         configure("config.bfprotection.enabled", "off");
     }
+}
+
+TEST_F(Login, IsAPostOfItsFormAndOfNoOther) {
+    configure(formData("config.bfprotection.enabled=on&config.bfprotection.limit=1"));
+    const std::string rest = "&action=login_userpass&username=root&password=kestrel";
+    for (const std::string form : {"form=time", "form=index", "form=", "GET"}) {
+        const Response response =
+            form == "GET" ? get("form=login" + rest) : post(formData(form + rest));
+        EXPECT_EQ(response.headerLine("Set-Cookie"), "") << form;
+        EXPECT_TRUE(response.has("name=\"username\"") && response.boxes().empty()) << form;
+    }
+    EXPECT_EQ(log().find("WebUI User"), std::string::npos);
+    EXPECT_TRUE(isIn(logIn("root", "kestrel"))) << "nothing counted as a failure";
+}
+
+TEST_F(Login, EndsOlderSessions) {
+    configure("config.auth.maxsessions", "2");
+    for (const char *id : {"one", "two"})
+        login("root", id);
+    login("ann", "hers");
+    put("/var/run/.sessions/session-one",
+        std::regex_replace(read("/var/run/.sessions/session-one"), std::regex("session_start = .*"),
+                           "session_start = 1"));
+    const std::string own = cookieOf(logIn("root", "kestrel"));
+    const auto isThere = [&](const char *id) {
+        return exists(std::string("/var/run/.sessions/session-") + id);
+    };
+    EXPECT_TRUE(!isThere("one") && isThere("two") && isThere("hers"));
+
+    // A new password of root's ends the others, at once or with its commit.
+    const Fields change = formData("form=systemsettings&apply=1&config.system.password=new-one&"
+                                   "config.system.confirm=new-one");
+    EXPECT_TRUE(post(change, own).has("Changes to configuration succeeded."));
+    EXPECT_TRUE(!isThere("two") && isThere("hers"));
+    login("root", "two");
+    configure("config.delayed", "on");
+    EXPECT_TRUE(post(change, own).has("queued"));
+    EXPECT_TRUE(isThere("two"));
+    EXPECT_FALSE(post("form=commit&apply=Apply", own).has("error-message"));
+    EXPECT_TRUE(!isThere("two") && isThere("hers"));
+    EXPECT_TRUE(get("form=sessions", own).has("Web Sessions")) << "its own goes on";
+    logOut(own);
 }
 
 TEST_F(Login, SeveralGuessesAtOnceDoNotGetPast) {

@@ -256,16 +256,26 @@ TEST_F(ConfigStore, DelayedChangesWaitForTheirCommit) {
 }
 
 TEST_F(ConfigStore, NothingRunsOfAChangeThatCouldNotBeQueued) {
-    for (const char *obstacle : {queue, delayed_file}) {
+    const std::string on = document("  <delayed>on</delayed>\n");
+    const struct {
+        const char *name, *obstacle; ///< a folder where a file is to be
+        bool lateMode;               ///< switched on by another request meanwhile
+    } rows[] = {
+        {"list", queue, false},
+        {"delayed file", delayed_file, false},
+        {"list, mode judged when writing", queue, true},
+    };
+    for (const auto &row : rows) {
         SetUp();
-        putConfig("<delayed>on</delayed>");
+        put(file, row.lateMode ? document("") : on);
         Store store;
         ASSERT_TRUE(store.read());
         store.setElement("config.a", "2");
         store.schedule("first");
-        makeFolder(obstacle);
-        EXPECT_FALSE(store.write()) << obstacle;
-        EXPECT_FALSE(store.hasConfiguratorsScheduled()) << obstacle;
+        put(file, on);
+        makeFolder(row.obstacle);
+        EXPECT_FALSE(store.write()) << row.name;
+        EXPECT_FALSE(store.hasConfiguratorsScheduled()) << row.name;
     }
 }
 

@@ -102,10 +102,12 @@ int gcgiFieldSize(const char *name, std::size_t *size);
 /// Copies at most max - 1 bytes of the text and terminates it; "" when absent.
 int gcgiCopyString(const char *name, char *buffer, std::size_t max);
 
-/// The text as a base 10 integer; `defaultValue` when absent, empty or no number.
+/// The number that the text begins with, in base 10; `defaultValue` when the field is absent or
+/// empty, begins with none, or with one that is no int.
 int gcgiCopyInteger(const char *name, int *result, int defaultValue);
 
-/// Copies min(size, stored size) bytes of the value. `subtype` and `fileName`, when given, receive
+/// Copies min(size, stored size) bytes of the value; when that is none, GCGI_NOT_FOUND, and only
+/// `*subtype` and `*fileName` are set, to null. `subtype` and `fileName`, when given, receive
 /// texts made with malloc that the caller frees; *fileName is null for an ordinary field.
 int gcgiFetchData(const char *name, void *buffer, std::size_t size, int *type, char **subtype,
                   int *encoding, char **fileName, int *truncated);

@@ -66,7 +66,7 @@ void Engine::displayPage() {
     }
     establishUser();
     labelPage();
-    cgi_->sendHttpHeader(200, "text/html");
+    cgi_->sendHttpHeader(cgi_->status(), "text/html");
 
     if (formId_ != "login") {
         authorized_ = isAuthorized("");

@@ -82,6 +82,11 @@ constexpr ui::Setting protection[] = {
      .key = "config.bfprotection.timeout",
      .help = "Minutes, at least 1, that it stays shut out after the last of them. Empty: 60.",
      .maxlength = 9},
+    {.label = "Trusted Networks",
+     .key = "config.bfprotection.networks",
+     .type = "subnetlist",
+     .help = "Such as 192.168.0.0/24, separated by commas. What fails from elsewhere under a name "
+             "does not keep these from using it."},
 };
 
 constexpr ui::Section sections[] = {

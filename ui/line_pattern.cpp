@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t most_bytes = 255;
 constexpr std::uint64_t most_pieces = 300;
-constexpr std::size_t line_bytes = 1024;
+constexpr std::size_t line_bytes = 512;
 
 bool isDigit(char c) {
     return c >= '0' && c <= '9';

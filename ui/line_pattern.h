@@ -20,7 +20,7 @@ class LinePattern {
     LinePattern &operator=(const LinePattern &) = delete;
 
     bool valid() const { return valid_; }
-    /// Whether it matches the line's first 1024 bytes.
+    /// Whether it matches the line's first 512 bytes.
     bool matches(std::string_view line);
 
     /// True for an expression of more than 255 bytes, of more than 300 pieces when its repetitions

@@ -253,6 +253,16 @@ std::vector<std::string> Session::getSessionCookies() {
     return {ids.begin(), ids.end()};
 }
 
+bool Session::isLoggedIn() {
+    constexpr std::size_t most_looked_at = 8;
+    std::vector<std::string> ids = getSessionCookies();
+    ids.resize(std::min(ids.size(), most_looked_at));
+    return std::any_of(ids.begin(), ids.end(), [](const std::string &id) {
+        const auto record = readSessionRecord(id);
+        return record && record->authState == state_authenticated && record->expiryTime > now();
+    });
+}
+
 void Session::clearOldSessions(const std::string &except) {
     ZANDORIN_TRACE();
     const std::int64_t time = now();

@@ -74,6 +74,9 @@ class Session {
 
     /// Session ids in the request's cookies, in the order they were sent.
     static std::vector<std::string> getSessionCookies();
+    /// True when a cookie of the request names a session whose user is logged in. Nothing is
+    /// refreshed or cleared: it is asked before the request is read.
+    static bool isLoggedIn();
     /// Loads every stored session once: expired ones are deleted, those that refresh themselves
     /// get a new expiry, whoever they belong to. The one called `except` is left alone.
     /// Of many sessions it loads some, each in its turn, and keeps the others alive all the same

@@ -73,7 +73,7 @@ void Engine::displayPage() {
     logRecord(Priority::trace, "%s:%d using form: %s file: %s", __func__, __LINE__, formId_.c_str(),
               formFile_.c_str());
     labelPage();
-    cgi_->sendHttpHeader(200, "text/html");
+    cgi_->sendHttpHeader(cgi_->status(), "text/html");
 
     if (formId_ != "login") {
         authorized_ = isAuthorized("");

@@ -1,9 +1,12 @@
 #include "cgi/cgi.h"
 #include "engine/engine.h"
+#include "engine/program_limit.h"
+#include "util/environment.h"
 #include "util/log.h"
 #include "util/paths.h"
 
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <exception>
 
@@ -37,6 +40,13 @@ void waitForMaintenance() {
         ::sleep(step_seconds);
 }
 
+/// The whole answer of a program that does no work.
+void answerBusy() {
+    std::fputs("HTTP/1.1 503 Busy\r\nContent-Type: text/plain\r\nRetry-After: 2\r\n\r\n"
+               "The console is busy with other requests. Please try again in a moment.\n",
+               stdout);
+}
+
 } // namespace
 
 int main(int /*argc*/, char **argv) {
@@ -48,7 +58,16 @@ int main(int /*argc*/, char **argv) {
     logRecord(Priority::debug, "cgi starting");
     ::umask(077);
     try {
-        Engine engine;
+        ProgramLimit limit;
+        if (!limit.admitAddress(environmentVariable("REMOTE_ADDR"))) {
+            answerBusy();
+            return 0;
+        }
+        Engine engine; // reads the request
+        if (!limit.admitProgram()) {
+            answerBusy();
+            return 0;
+        }
         engine.displayPage();
         // The browser has its page, and need not wait until all this is taken apart.
         if (engine.cgi() != nullptr)

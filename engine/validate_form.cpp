@@ -126,7 +126,11 @@ class Validation {
             logRecord(Priority::info, "System password is unchanged");
             return;
         }
-        const std::string hash = user_getcryptedpassword(password);
+        const bool strongest =
+            passwordHashNamed(engine_.config().getElement("config.auth.passwordhash")) ==
+            PasswordHash::yescrypt;
+        const std::string hash = user_getcryptedpassword(
+            password, strongest ? PasswordHash::yescrypt : PasswordHash::sha512);
         if (hash.empty())
             cgi_.addError("The password could not be encrypted and was not saved.");
         else

@@ -55,6 +55,22 @@ constexpr ui::Setting sessions[] = {
      .help = "Identify sessions by 32 instead of 16 hexadecimal digits."},
 };
 
+constexpr ui::Choice hashes[] = {
+    {"md5", "MD5"},
+    {"sha512", "SHA-512"},
+    {"yescrypt", "yescrypt"},
+};
+
+constexpr ui::Setting passwords[] = {
+    {.label = "Password Hash",
+     .key = "config.auth.passwordhash",
+     .input = ui::Input::menu,
+     .choices = hashes,
+     .help = "How new passwords of users are stored; those that are stored stay as they are. A "
+             "stolen account file yields MD5 hashes quickly. <b>yescrypt</b> is the strongest, and "
+             "takes 16 MB of memory at each login; root's password is never stored as MD5."},
+};
+
 constexpr ui::Setting tacacs[] = {
     {.label = "TACACS+ Servers",
      .key = "config.auth.tacacs.auth_server",
@@ -133,6 +149,7 @@ bool isPmshellAvailable(Engine &engine) {
 constexpr ui::Section sections[] = {
     {"Authentication", method},
     {"Web Sessions", sessions},
+    {"Passwords", passwords},
     {"TACACS+", tacacs},
     {"RADIUS", radius},
     {"LDAP", ldap},

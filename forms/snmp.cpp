@@ -47,12 +47,12 @@ constexpr ui::Setting communities[] = {
     {.label = "Read Only Community",
      .key = "config.services.snmp.rocommunity",
      .type = "unsafe_printable",
-     .input = ui::Input::unsafeText,
+     .input = ui::Input::unsafeSecret,
      .help = "Who knows it may read everything by SNMPv1 and SNMPv2c. None: nobody may."},
     {.label = "Read Write Community",
      .key = "config.services.snmp.rwcommunity",
      .type = "unsafe_printable",
-     .input = ui::Input::unsafeText,
+     .input = ui::Input::unsafeSecret,
      .help = "Who knows it may change settings, too."},
 };
 
@@ -141,7 +141,7 @@ constexpr Manager manager(const ManagerKeys &keys) {
         {.label = "Community",
          .key = keys.community,
          .type = "unsafe_printable",
-         .input = Input::unsafeText},
+         .input = Input::unsafeSecret},
         {.label = "Manager Engine ID",
          .key = keys.engineId,
          .type = "asciigraphical",

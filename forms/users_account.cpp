@@ -121,9 +121,10 @@ bool applyAccount(const AccountTask &task) {
     if (accountNamed(oldName) || accountNamed(task.name))
         return user_changeuser(oldName, {.name = task.name,
                                          .password = task.password,
+                                         .way = task.way,
                                          .description = task.description,
                                          .enabled = !task.disabled}) == 0;
-    return user_adduser(task.name, task.password.value_or(""), task.description) == 0 &&
+    return user_adduser(task.name, task.password.value_or(""), task.description, task.way) == 0 &&
            (!task.disabled || user_changeuser(task.name, {.enabled = false}) == 0);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "forms/account_file.h"
+#include "platform/libzandorin/password_hash.h"
 
 #include <optional>
 #include <string>
@@ -30,6 +31,7 @@ struct AccountTask {
     std::string description;
     std::optional<std::string> password = std::nullopt; ///< in clear; none: as it is
     bool disabled = false;
+    PasswordHash way = PasswordHash::md5; ///< that a new password is hashed
 };
 
 /// The submitted password when it is a new one; "" when the account is to have none. Adds an error

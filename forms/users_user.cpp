@@ -252,12 +252,13 @@ void showUser(const RecordForm &form) {
 void saveUser(const RecordForm &form) {
     Engine &engine = form.engine();
     Cgi &cgi = form.cgi();
-    AccountTask task = {.oldName = form.record().name,
-                        .name = isRoot(form) ? root_name
-                                             : form.value(name_field.key, name_field.maxlength),
-                        .description = form.value(description_field.key),
-                        .password = std::nullopt,
-                        .disabled = form.isOn(disabled_field.key)};
+    AccountTask task = {
+        .oldName = form.record().name,
+        .name = isRoot(form) ? root_name : form.value(name_field.key, name_field.maxlength),
+        .description = form.value(description_field.key),
+        .password = std::nullopt,
+        .disabled = form.isOn(disabled_field.key),
+        .way = passwordHashNamed(engine.config().getElement("config.auth.passwordhash"))};
     checkUser(form, task.name);
     const std::vector<std::string> groups = tickedGroups(form);
     if (!isRoot(form))

@@ -19,7 +19,8 @@ constexpr int area_rows = 5;
 constexpr int area_cols = 60;
 
 bool isUnsafe(const Setting &setting) {
-    return setting.input == Input::unsafeText || setting.input == Input::unsafeTextArea;
+    return setting.input == Input::unsafeText || setting.input == Input::unsafeSecret ||
+           setting.input == Input::unsafeTextArea;
 }
 
 bool declaresElement(const Setting &setting) {
@@ -82,7 +83,8 @@ class Row {
     UnsafeInput unsafeInput() const {
         UnsafeInput input{.name = key_,
                           .current = engine_.config().getElement(key_),
-                          .maxlength = setting_.maxlength};
+                          .maxlength = setting_.maxlength,
+                          .secret = setting_.input == Input::unsafeSecret};
         if (showsSubmission(engine_))
             input.submitted = shown();
         return input;
@@ -104,6 +106,7 @@ class Row {
         case Input::textArea:
             return textAreaInput(key_, shown(), area_rows, area_cols);
         case Input::unsafeText:
+        case Input::unsafeSecret:
             return unsafeTextInput(unsafeInput());
         case Input::unsafeTextArea:
             return unsafeTextAreaInput(unsafeInput(), area_rows, area_cols);

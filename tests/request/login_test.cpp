@@ -1,6 +1,5 @@
-#include "tests/support/request_test.h"
+#include "tests/request/users_page.h"
 
-#include <crypt.h>
 #include <filesystem>
 #include <regex>
 
@@ -39,6 +38,34 @@ class Login : public RequestTest {
 
 bool isIn(const Response &response) {
     return response.has("You have successfully logged in.");
+}
+
+TEST_F(Login, TakesEachKindOfPasswordHash) {
+    const std::pair<const char *, const char *> rows[] = {
+        {"", "$1$"}, {"md5", "$1$"}, {"sha512", "$6$"}, {"yescrypt", "$y$"}};
+    int index = 0;
+    for (const auto &[way, prefix] : rows) {
+        const std::string name = "user" + std::to_string(++index);
+        if (*way != '\0')
+            configure("config.auth.passwordhash", way);
+        const std::string admin = login();
+        EXPECT_TRUE(post(userFields(index, "", name, "merlin"), admin).has("succeeded")) << way;
+        EXPECT_NE(read(passwd).find("\n" + name + ":" + prefix), std::string::npos) << way;
+        EXPECT_FALSE(isIn(logIn(name, "merlins"))) << way;
+        const Response response = logIn(name, "merlin");
+        EXPECT_TRUE(isIn(response)) << way;
+        logOut(cookieOf(response));
+    }
+    post({{"form", "systemsettings"},
+          {"apply", "on"},
+          {"config.system.name", "zandorin"},
+          {"config.system.password", "merlin"},
+          {"config.system.confirm", "merlin"}},
+         login());
+    EXPECT_TRUE(read(passwd).starts_with("root:$y$")) << read(passwd);
+    const Response response = logIn("root", "merlin");
+    EXPECT_TRUE(isIn(response));
+    EXPECT_EQ(cookieOf(response).size(), std::string("ZdSessionId=").size() + 32);
 }
 
 TEST_F(Login, AlwaysMakesASessionOfItsOwn) {

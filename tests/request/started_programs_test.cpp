@@ -57,6 +57,7 @@ class StartedPrograms : public RequestTest {};
 
 TEST_F(StartedPrograms, GetAnAllowListOfWhatTheRequestHas) {
     expectLog("can not contain markup");
+    configure("config.auth.extendedsessionids", "off");
     for (const auto &row : rows) {
         put("/tmp/started", "");
         const std::string place = onHost(row.program);

@@ -186,13 +186,14 @@ TEST_F(Templates, PatternsThatWouldTakeForeverAreRefused) {
         const std::string shown =
             show("", "CGI_CALL(ui::getFile,/log)", {{"config.ui.syslog.filepattern", pattern}});
         EXPECT_NE(shown.find("</pre>") == std::string::npos,
-                  shown.find("Invalid regular expression: ") == std::string::npos);
+                  shown.find(" regular expression: ") == std::string::npos);
         return shown.find("</pre>") != std::string::npos;
     };
-    for (const char *pattern : {"^a{200}$", "(a{1,3}\\.){1,3}|a"})
+    for (const char *pattern : {"^a{200}$", "(a{1,3}\\.){1,3}|a", "([[:alpha:]]+[(+{9}])*|a+"})
         EXPECT_TRUE(isTaken(pattern)) << pattern;
     for (const char *pattern : {"a{2000000000000000000000}", "((a{1,255}){1,255}){1,100}",
-                                "(a{1,32767}){1,32767}", "(.*)(.*)(.*)(.*)\\1\\2\\3\\4x", "a\\"})
+                                "(a{1,32767}){1,32767}", "a{301}", "(a[])]+){151}",
+                                "((((((((a+)+)+)+)+)+)+)+)+", "(.*)(.*)(.*)(.*)\\1\\2\\3\\4x", "a\\"})
         EXPECT_FALSE(isTaken(pattern)) << pattern;
 }
 

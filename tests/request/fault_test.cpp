@@ -28,6 +28,8 @@ struct Change {
     // Regular expressions: of paths whose calls fail, and of how the page tells that.
     const char *files = "/etc/config[/\">]";
     const char *told = "error-message|<b>Fatal</b>";
+
+    friend void PrintTo(const Change &change, std::ostream *out) { *out << change.name; }
 };
 
 const Change changes[] = {

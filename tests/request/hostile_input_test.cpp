@@ -318,7 +318,7 @@ std::vector<std::string> pageIds() {
 }
 
 INSTANTIATE_TEST_SUITE_P(Page, HostileText, ::testing::ValuesIn(pageIds()),
-                         [](const auto &parameter) { return parameter.param; });
+                         [](const auto &parameter) { return testName(parameter.param); });
 
 TEST_F(HostileInput, InTheVariablesOfARequest) {
     const struct {

@@ -64,7 +64,7 @@ TEST_F(StartedPrograms, GetAnAllowListOfWhatTheRequestHas) {
         fs::create_directories(fs::path(place).parent_path());
         fs::remove(place);
         if (row.isScript)
-            put(row.program, "exec " ZANDORIN_RECORDER "\n");
+            put(row.program, "exec '" ZANDORIN_RECORDER "'\n");
         else
             fs::copy_file(ZANDORIN_RECORDER, place);
         // A web server that leaves descriptors open, and what a client may send.

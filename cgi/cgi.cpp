@@ -1,6 +1,8 @@
 #include "cgi/cgi.h"
 
 #include "cgi/decoder.h"
+#include "cgi/session.h"
+#include "util/environment.h"
 #include "util/escape.h"
 #include "util/fd.h"
 #include "util/log.h"
@@ -21,11 +23,46 @@ namespace {
 constexpr unsigned field_limit = 1048576; // bytes
 constexpr unsigned no_limit = 0;
 
+// Bytes of a body.
+constexpr std::int64_t stranger_limit = std::int64_t{64} * 1024;
+constexpr std::int64_t form_limit = std::int64_t{2} * 1024 * 1024;
+constexpr std::int64_t upload_limit = std::int64_t{64} * 1024 * 1024;
+
 std::string processBaseUri;
 
 std::string variable(gcgi_variable index) {
     const char *value = gcgiEnvironment(index);
     return value == nullptr ? "" : value;
+}
+
+/// How long a body this request may have. Who asks is only looked up where it matters.
+std::int64_t bodyLimit() {
+    const auto announced = parseWhole(environmentVariable("CONTENT_LENGTH"));
+    if (!announced || *announced <= stranger_limit || !Session::isLoggedIn())
+        return stranger_limit;
+    return startsWithIgnoreCase(environmentVariable("CONTENT_TYPE"), "multipart/form-data")
+               ? upload_limit
+               : form_limit;
+}
+
+const char *faultMessage() {
+    switch (gcgiFault()) {
+    case GCGI_FAULT_SIZE:
+        return "The request is larger than is taken here: 64 KiB from whoever is not logged in, "
+               "2 MiB of a form. Nothing of it was read, and nothing has been changed.";
+    case GCGI_FAULT_FIELDS:
+        return "The request has more or longer fields than any form here. None of them was used, "
+               "and nothing has been changed.";
+    case GCGI_FAULT_CUT:
+        return "The request was cut short on its way. Nothing of it was used, and nothing has been "
+               "changed. Please send it once more.";
+    case GCGI_FAULT_TIME:
+        return "The request took too long to arrive. Nothing of it was used, and nothing has been "
+               "changed. Please send it once more.";
+    case GCGI_FAULT_NONE:
+        break;
+    }
+    return nullptr;
 }
 
 /// Links begin with it: not with "javascript:" or the like.
@@ -62,11 +99,17 @@ void Cgi::begin() {
         logRecord(Priority::fatal, "Failed to set CGI limits: %d", result);
         return;
     }
+    gcgiLimitAnnounced(bodyLimit());
     if (const int result = gcgiDecodeRequest(); result != 0) {
         logRecord(Priority::fatal, "Failed to initialise CGI: %d", result);
         return;
     }
     setFile(gcgiOut);
+    if (const char *message = faultMessage()) {
+        logRecord(Priority::info, "Refused a request from %s: %s", getRemoteAddress().c_str(),
+                  message);
+        addError(message);
+    }
     if (const char *value = std::getenv("HTTP_X_BASE_URI"))
         baseUri_ = leadsToWeb(value) ? value : "";
     processBaseUri = baseUri_;
@@ -175,6 +218,19 @@ std::uint16_t Cgi::getRemotePort() const {
 bool Cgi::getHttps() const {
     ZANDORIN_TRACE();
     return equalsIgnoreCase(variable(GCGI_HTTPS), "on");
+}
+
+int Cgi::status() const {
+    switch (gcgiFault()) {
+    case GCGI_FAULT_NONE:
+        return 200;
+    case GCGI_FAULT_TIME:
+        return 408;
+    case GCGI_FAULT_CUT:
+        return 400;
+    default:
+        return 413;
+    }
 }
 
 std::string Cgi::getRequestMethod() const {

@@ -38,7 +38,9 @@ class Cgi : public cgi::FileOutputStream {
     ~Cgi() override;
 
     /// Decodes the request and attaches the output; no effect when that was done already. Failures
-    /// are logged and leave every field missing.
+    /// are logged and leave every field missing. So does a request that is too large, or did not
+    /// arrive whole (cgi/decoder.h), which is an error for the page as well: a body has at most
+    /// 64 KiB where no session is logged in, and 2 MiB, with files 64 MiB, where one is.
     void begin();
     /// Releases what the decoder holds.
     void end();
@@ -62,6 +64,8 @@ class Cgi : public cgi::FileOutputStream {
     std::uint16_t getRemotePort() const;
     /// True when HTTPS is "on" in any letter case.
     bool getHttps() const;
+    /// 200, or what a page says to a request whose fields were left out.
+    int status() const;
     /// The request method as sent, "" when missing.
     std::string getRequestMethod() const;
 

@@ -13,14 +13,15 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <map>
 #include <new>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 using zandorin::logRecord;
@@ -39,19 +40,38 @@ constexpr std::array<const char *, GCGI_VARIABLES> variable_names = {
     "SCRIPT_NAME",       "SERVER_NAME",  "SERVER_PORT",     "SERVER_PROTOCOL", "SERVER_SOFTWARE",
     "DONT_READ_STDIN",   "HTTPS"};
 
+// More than any form of the console sends.
+constexpr std::size_t most_fields = 4096;
+constexpr std::size_t longest_name = 1024;                    // bytes
+constexpr std::size_t most_stored = std::size_t{2048} * 1024; // bytes of all names and values
+
+// A body has this long to arrive, and one second more for each so many bytes of it.
+constexpr std::int64_t body_seconds = 20;
+constexpr std::int64_t bytes_per_second = 32768;
+
 unsigned fieldLimit = UINT_MAX;
 unsigned bodyLimit = 0;
+std::int64_t announcedLimit = INT64_MAX;
 std::array<std::optional<std::string>, GCGI_VARIABLES> environment;
-// An ordered map: a request cannot choose names that make it slow, as it could with hashing.
-std::map<std::string, std::vector<Field>, std::less<>> fields;
+// An ordered map: a request cannot choose names that make it slow, as it could with hashing. Of a
+// name only the first field is ever read, so that no other is kept.
+std::map<std::string, Field, std::less<>> fields;
+std::size_t stored = 0; // bytes of all names and values
+gcgi_fault fault = GCGI_FAULT_NONE;
 
 void store(std::string &&name, Field &&field) {
-    fields[std::move(name)].push_back(std::move(field));
+    if (fault != GCGI_FAULT_NONE || fields.contains(name))
+        return;
+    stored += name.size() + field.value.size();
+    if (fields.size() == most_fields || name.size() > longest_name || stored > most_stored)
+        fault = GCGI_FAULT_FIELDS;
+    else
+        fields.emplace(std::move(name), std::move(field));
 }
 
 const Field *firstField(const char *name) {
     const auto found = fields.find(std::string_view(name));
-    return found == fields.end() ? nullptr : &found->second.front();
+    return found == fields.end() ? nullptr : &found->second;
 }
 
 std::string_view textOf(const Field &field) {
@@ -81,18 +101,45 @@ void openOutput() {
         ::close(fd);
 }
 
+std::int64_t milliseconds() {
+    timespec time = {};
+    ::clock_gettime(CLOCK_MONOTONIC, &time);
+    return std::int64_t{time.tv_sec} * 1000 + time.tv_nsec / 1000000;
+}
+
+/// False, with the fault, when nothing more of the body arrives until then.
+bool awaitBody(std::int64_t deadline) {
+    pollfd input = {.fd = STDIN_FILENO, .events = POLLIN, .revents = 0};
+    for (;;) {
+        const std::int64_t left = deadline - milliseconds();
+        const int ready = left <= 0 ? 0 : ::poll(&input, 1, static_cast<int>(left));
+        if (ready == 0)
+            fault = GCGI_FAULT_TIME;
+        if (ready >= 0 || errno != EINTR)
+            return ready > 0;
+    }
+}
+
 /// Hands at most `length` bytes of standard input to `use`, block by block as they arrive, until it
-/// answers false.
+/// answers false. All of them have one time to arrive: a client that sends a byte now and then
+/// keeps no program.
 template <typename Use> void readBody(std::int64_t length, const Use &use) {
     char block[16 * 1024];
     if (bodyLimit != 0)
         length = std::min<std::int64_t>(length, bodyLimit);
+    const std::int64_t seconds = body_seconds + std::min(length, announcedLimit) / bytes_per_second;
+    const std::int64_t deadline =
+        milliseconds() + 1000 * std::min<std::int64_t>(seconds, INT_MAX / 1000);
     while (length > 0) {
+        if (!awaitBody(deadline))
+            return;
         const auto wanted =
             static_cast<std::size_t>(std::min<std::int64_t>(length, std::int64_t{sizeof block}));
         const ssize_t got = ::read(STDIN_FILENO, block, wanted);
         if (got < 0 && errno == EINTR)
             continue;
+        if (got <= 0)
+            fault = GCGI_FAULT_CUT;
         if (got <= 0 || !use(std::string_view(block, static_cast<std::size_t>(got))))
             return;
         length -= got;
@@ -115,7 +162,9 @@ void decodeMultipartBody(const char *contentType, std::int64_t length) {
         return;
     }
     zandorin::cgi::MultipartParser parser(*boundary, fieldLimit, store);
-    readBody(length, [&parser](std::string_view block) { return parser.feed(block); });
+    readBody(length, [&parser](std::string_view block) {
+        return parser.feed(block) && fault == GCGI_FAULT_NONE;
+    });
     if (!parser.finish())
         logRecord(Priority::warn, "Multipart body ends before its closing line");
 }
@@ -128,6 +177,10 @@ int decodePost() {
         return -1;
     if (!length || type == nullptr)
         return 0;
+    if (*length > announcedLimit) {
+        fault = GCGI_FAULT_SIZE;
+        return 0;
+    }
     if (zandorin::startsWithIgnoreCase(type, "application/x-www-form-urlencoded"))
         decodeUrlEncodedBody(*length);
     else if (zandorin::startsWithIgnoreCase(type, "multipart/form-data"))
@@ -165,14 +218,25 @@ int gcgiApplyLimits(unsigned newFieldLimit, unsigned newBodyLimit) {
     return 0;
 }
 
+void gcgiLimitAnnounced(std::int64_t most) {
+    announcedLimit = most;
+}
+
+gcgi_fault gcgiFault() {
+    return fault;
+}
+
 int gcgiDecodeRequest() {
     gcgiRelease();
     readEnvironment();
     openOutput();
     try {
-        return decodeFields();
-    } catch (const std::bad_alloc &) {
+        const int result = decodeFields();
         // Half a form could be taken for a whole one.
+        if (fault != GCGI_FAULT_NONE)
+            fields.clear();
+        return result;
+    } catch (const std::bad_alloc &) {
         fields.clear();
         std::fputs("Memory exhausted.\n", stderr);
         return 0;
@@ -181,6 +245,8 @@ int gcgiDecodeRequest() {
 
 void gcgiRelease() {
     fields.clear();
+    stored = 0;
+    fault = GCGI_FAULT_NONE;
     environment.fill(std::nullopt);
     if (gcgiOut != nullptr)
         std::fclose(gcgiOut);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <string_view>
 
@@ -10,14 +11,25 @@
 // zandorin::Cgi.
 //
 // Nothing is allocated by announcement: a body takes memory as it arrives. A multipart body takes
-// as much as its fields, each cut at the field limit; a URL-encoded one is held as a whole, with no
-// limit of its own but the body limit. How large a request may be is for the web server to say.
+// as much as its fields, each cut at the field limit; a URL-encoded one is held as a whole. Of
+// fields of one name the first is kept. A request has at most 4096 names, each of at most 1024
+// bytes, and 2 MiB of names and values altogether; its body arrives whole, within 20 seconds and
+// one more for each 32 KiB. One that breaks any of this has a fault, and no fields at all.
 
 /// Answers of the fetch operations.
 enum gcgi_status {
     GCGI_OK = 0,
     GCGI_NOT_FOUND = 1, ///< no field of that name (for data: or nothing to copy)
     GCGI_EMPTY = 2,     ///< the field is there, its value is empty
+};
+
+/// Why a request has no fields.
+enum gcgi_fault {
+    GCGI_FAULT_NONE,
+    GCGI_FAULT_SIZE,   ///< announces more than gcgiLimitAnnounced allows; nothing of it was read
+    GCGI_FAULT_FIELDS, ///< too many fields, too long a name, or too much altogether
+    GCGI_FAULT_CUT,    ///< ends before the announced length
+    GCGI_FAULT_TIME,   ///< took too long to arrive
 };
 
 /// Index of a CGI variable in the table read by gcgiDecodeRequest.
@@ -77,10 +89,16 @@ extern FILE *gcgiOut;
 /// none. Always 0.
 int gcgiApplyLimits(unsigned fieldLimit, unsigned bodyLimit);
 
+/// Sets the largest content length that a body may announce, in bytes; without it, any.
+void gcgiLimitAnnounced(std::int64_t most);
+
 /// Reads the environment, opens gcgiOut and decodes the fields. 0, or -1 without a usable request
-/// method, or for a negative content length. Faults in a body only leave its fields out: a body
-/// shorter than announced ends where it ends, and what memory cannot hold leaves out all of them.
+/// method, or for a negative content length. Faults in a body only leave its fields out: see
+/// gcgiFault. What memory cannot hold leaves out all of them, too.
 int gcgiDecodeRequest();
+
+/// What was wrong with the request that gcgiDecodeRequest read.
+gcgi_fault gcgiFault();
 
 /// Releases the fields and the environment table and closes gcgiOut.
 void gcgiRelease();
@@ -102,10 +120,12 @@ int gcgiFieldSize(const char *name, std::size_t *size);
 /// Copies at most max - 1 bytes of the text and terminates it; "" when absent.
 int gcgiCopyString(const char *name, char *buffer, std::size_t max);
 
-/// The text as a base 10 integer; `defaultValue` when absent, empty or no number.
+/// The number that the text begins with, in base 10; `defaultValue` when the field is absent or
+/// empty, begins with none, or with one that is no int.
 int gcgiCopyInteger(const char *name, int *result, int defaultValue);
 
-/// Copies min(size, stored size) bytes of the value. `subtype` and `fileName`, when given, receive
+/// Copies min(size, stored size) bytes of the value; when that is none, GCGI_NOT_FOUND, and only
+/// `*subtype` and `*fileName` are set, to null. `subtype` and `fileName`, when given, receive
 /// texts made with malloc that the caller frees; *fileName is null for an ordinary field.
 int gcgiFetchData(const char *name, void *buffer, std::size_t size, int *type, char **subtype,
                   int *encoding, char **fileName, int *truncated);

@@ -110,7 +110,7 @@ std::string hideIds(std::string_view header, const std::vector<std::string_view>
 
 } // namespace
 
-Session::Session() {
+Session::Session(Helper helper) : helper_(helper) {
     ZANDORIN_TRACE();
     logRecord(Priority::debug, "Session::Session()");
     const std::vector<std::string> ids = getSessionCookies();
@@ -120,7 +120,8 @@ Session::Session() {
     refresh();
 }
 
-Session::Session(const std::string &id, bool clearOld) : own_(clearOld) {
+Session::Session(const std::string &id, bool clearOld)
+    : helper_(clearOld ? Helper::asked : Helper::lookedFor), own_(clearOld) {
     ZANDORIN_TRACE();
     logRecord(Priority::debug, "Session::Session(string)");
     if (!id.empty())
@@ -145,6 +146,10 @@ Session::Session(const std::string &username, const std::string &password, int l
     } else {
         authState_ = state_helper_failed;
     }
+}
+
+std::chrono::milliseconds Session::patience() const {
+    return own_ ? session_patience : std::chrono::milliseconds(0);
 }
 
 std::string Session::getPrompt() const {
@@ -209,9 +214,9 @@ void Session::setSessionCookie(Cgi &cgi) const {
 
 void Session::deleteSession() {
     ZANDORIN_TRACE();
-    removeSessionRecord(sessionId_);
+    removeSessionRecord(sessionId_, patience());
     // 0, 1 and what is below would signal this process's group, init, or everybody.
-    if (authPid_ > 1)
+    if (authPid_ > 1 && helperListens(authPid_))
         ::kill(authPid_, SIGTERM);
     valid_ = false;
 }
@@ -246,6 +251,16 @@ std::vector<std::string> Session::getSessionCookies() {
         }
     }
     return {ids.begin(), ids.end()};
+}
+
+bool Session::isLoggedIn() {
+    constexpr std::size_t most_looked_at = 8;
+    std::vector<std::string> ids = getSessionCookies();
+    ids.resize(std::min(ids.size(), most_looked_at));
+    return std::any_of(ids.begin(), ids.end(), [](const std::string &id) {
+        const auto record = readSessionRecord(id);
+        return record && record->authState == state_authenticated && record->expiryTime > now();
+    });
 }
 
 void Session::clearOldSessions(const std::string &except) {
@@ -294,8 +309,8 @@ void Session::clearCrowd(std::vector<std::string> ids, const std::string &except
 bool Session::loadSession(const std::vector<std::string> &ids) {
     ZANDORIN_TRACE();
     std::optional<SessionRecord> record;
-    const auto stored = std::find_if(ids.begin(), ids.end(), [&record](const std::string &id) {
-        record = readSessionRecord(id);
+    const auto stored = std::find_if(ids.begin(), ids.end(), [&](const std::string &id) {
+        record = readSessionRecord(id, patience());
         return record || errno == EBADMSG || errno == EFBIG;
     });
     if (stored == ids.end())
@@ -318,7 +333,8 @@ bool Session::loadSession(const std::vector<std::string> &ids) {
     // The helper of somebody else's unfinished login is only looked for: talking to it would make
     // this request wait for that login, and could write its state over what its owner just saved.
     if (record && isSessionUsername(username_) && now() <= expiryTime_ &&
-        (authFinalised() || (own_ ? continueSession() : helperListens(authPid_))))
+        (authFinalised() ||
+         (helper_ == Helper::asked ? continueSession() : helperListens(authPid_))))
         return true;
     deleteSession();
     return false;
@@ -337,7 +353,7 @@ bool Session::saveSession() {
         .sourcePort = own_ ? std::string(environmentVariable("REMOTE_PORT")) : sourcePort_,
         .sessionStart = sessionStart_};
     if (sessionStart_ != 0)
-        return updateSessionRecord(sessionId_, record);
+        return updateSessionRecord(sessionId_, record, patience());
     record.sessionStart = sessionStart_ = now();
     const bool written = writeSessionRecord(sessionId_, record);
     const UniqueFd lock = lockSessions();
@@ -401,6 +417,7 @@ bool Session::processMessages(int socket) {
             authState_ = state_helper_failed;
             break;
         case Message::end:
+            concluded_ = authFinalised();
             return true;
         default:
             break;

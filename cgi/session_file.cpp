@@ -1,5 +1,6 @@
 #include "cgi/session_file.h"
 
+#include "cgi/session.h"
 #include "platform/pam-client/protocol.h"
 #include "util/fd.h"
 #include "util/files.h"
@@ -8,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <limits>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -64,10 +66,10 @@ bool isStorable(const SessionRecord &record) {
 /// Writes over a file that is as long already. A refresh changes no length but seldom, and every
 /// request may refresh: a new file and a rename take many times as long, on ext4 above all. Of a
 /// file that is being removed only what has no name any more is written.
-bool writeOver(const std::string &path, std::string_view text) {
+bool writeOver(const std::string &path, std::string_view text, std::chrono::milliseconds patience) {
     const UniqueFd file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
     struct stat status = {};
-    return file && ::flock(file.get(), LOCK_EX) == 0 && ::fstat(file.get(), &status) == 0 &&
+    return file && lockWithin(file.get(), LOCK_EX, patience) && ::fstat(file.get(), &status) == 0 &&
            status.st_size == static_cast<off_t>(text.size()) &&
            ::pwrite(file.get(), text.data(), text.size(), 0) == static_cast<ssize_t>(text.size());
 }
@@ -104,11 +106,14 @@ bool isSessionUsername(std::string_view name) {
            name.find_first_of("= ") == std::string_view::npos && !hasControlCharacter(name);
 }
 
-std::optional<SessionRecord> readSessionRecord(std::string_view id) {
+std::optional<SessionRecord> readSessionRecord(std::string_view id,
+                                               std::chrono::milliseconds patience) {
     const UniqueFd file(::open(sessionPath(id).c_str(), O_RDONLY | O_CLOEXEC));
     if (!file)
         return std::nullopt;
-    ::flock(file.get(), LOCK_SH); // not while somebody writes over it
+    // Not while somebody writes over it.
+    if (!lockWithin(file.get(), LOCK_SH, patience) && patience.count() == 0)
+        return std::nullopt;
     const auto contents = readFile(file.get(), file_limit);
     if (!contents)
         return std::nullopt;
@@ -164,29 +169,51 @@ bool writeSessionRecord(std::string_view id, const SessionRecord &record) {
            replaceFile(path, text, 0600, Durable::no);
 }
 
-UniqueFd lockSessions() {
+UniqueFd lockSessions(std::chrono::milliseconds patience) {
     UniqueFd folder(::open(sessionFolder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (folder)
-        ::flock(folder.get(), LOCK_EX);
+    if (folder && !lockWithin(folder.get(), LOCK_EX, patience))
+        folder.reset();
     return folder;
 }
 
-bool updateSessionRecord(std::string_view id, const SessionRecord &record) {
+bool updateSessionRecord(std::string_view id, const SessionRecord &record,
+                         std::chrono::milliseconds patience) {
     const std::string path = sessionPath(id);
     if (path.empty() || !isStorable(record))
         return false;
     const std::string text = format(record);
-    if (writeOver(path, text))
+    if (writeOver(path, text, patience))
         return true;
-    const UniqueFd lock = lockSessions();
+    const UniqueFd lock = lockSessions(patience);
     return lock && ::access(path.c_str(), F_OK) == 0 && replaceFile(path, text, 0600, Durable::no);
 }
 
-void removeSessionRecord(std::string_view id) {
+void removeSessionRecord(std::string_view id, std::chrono::milliseconds patience) {
     if (!isSessionId(id))
         return;
-    const UniqueFd lock = lockSessions();
+    const UniqueFd lock = lockSessions(patience);
     ::unlink(sessionPath(id).c_str());
+}
+
+void removeSessionsOf(std::string_view username, std::string_view except) {
+    for (const std::string &id : listSessionIds()) {
+        const auto session = id == except ? std::nullopt : readSessionRecord(id);
+        if (session && session->username == username)
+            removeSessionRecord(id);
+    }
+}
+
+void limitSessionsOf(std::string_view username, std::size_t most, std::string_view newest) {
+    std::vector<std::pair<std::int64_t, std::string>> others; // oldest first, once sorted
+    for (std::string &id : listSessionIds()) {
+        const auto session = id == newest ? std::nullopt : readSessionRecord(id);
+        if (session && session->username == username &&
+            session->authState == Session::state_authenticated)
+            others.emplace_back(session->sessionStart, std::move(id));
+    }
+    std::sort(others.begin(), others.end());
+    for (std::size_t i = 0; i + std::max<std::size_t>(most, 1) <= others.size(); ++i)
+        removeSessionRecord(others[i].second);
 }
 
 } // namespace zandorin

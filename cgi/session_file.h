@@ -2,6 +2,8 @@
 
 #include "util/fd.h"
 
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -43,12 +45,17 @@ std::vector<std::string> listSessionIds();
 /// what stands in the place of an unusable name does.
 bool isSessionUsername(std::string_view name);
 
-/// Reads a session file as it stands, without judging or refreshing it. Lines of fewer than two
-/// words and unknown keys are skipped, what is missing keeps its default; a number out of range is
-/// the nearest one in range. None when it cannot be read; errno is EFBIG of a file that is too long
-/// to be one, and EBADMSG of a torn one: without a user name, an expiry or a state it is no
-/// session.
-std::optional<SessionRecord> readSessionRecord(std::string_view id);
+/// Nobody waits for a session's lock longer than this: whoever holds one that long is stuck.
+inline constexpr std::chrono::milliseconds session_patience = std::chrono::seconds(1);
+
+/// Reads a session file as it stands, without judging or refreshing it. When somebody writes over
+/// it for longer than `patience`, it is read all the same: what is half the old and half the new
+/// record logs nobody in. Without any patience it is then not read. Lines of fewer than two words
+/// and unknown keys are skipped, what is missing keeps its default; a number out of range is the
+/// nearest one in range. None when it cannot be read; errno is EFBIG of a file that is too long to
+/// be one, and EBADMSG of a torn one: without a user name, an expiry or a state it is no session.
+std::optional<SessionRecord>
+readSessionRecord(std::string_view id, std::chrono::milliseconds patience = session_patience);
 
 /// Replaces the session's file; the folder is made when it is missing (0700, the file 0600). False
 /// when it could not be written, for what is no id, or when a text of the record holds a control
@@ -57,14 +64,26 @@ bool writeSessionRecord(std::string_view id, const SessionRecord &record);
 
 /// The same for a session that is stored already, written in place where no length changes: false,
 /// with nothing written, when its file has gone. A session that another request ends meanwhile
-/// stays ended, and who reads meanwhile reads the old record or the new one.
-bool updateSessionRecord(std::string_view id, const SessionRecord &record);
+/// stays ended, and who reads meanwhile reads the old record or the new one. False, too, when a
+/// lock was not to be had in `patience`.
+bool updateSessionRecord(std::string_view id, const SessionRecord &record,
+                         std::chrono::milliseconds patience = session_patience);
 
 /// Held while a session is removed or replaced, so that neither happens in the middle of the
-/// other; let go of with the descriptor. None when there is no folder of sessions.
-UniqueFd lockSessions();
+/// other; let go of with the descriptor. None when there is no folder of sessions, or the lock was
+/// not to be had in `patience`.
+UniqueFd lockSessions(std::chrono::milliseconds patience = session_patience);
 
-/// Removes the session's file, if there is one.
-void removeSessionRecord(std::string_view id);
+/// Removes the session's file, if there is one; without the lock when that was not to be had in
+/// `patience`: a session that is to end does.
+void removeSessionRecord(std::string_view id,
+                         std::chrono::milliseconds patience = session_patience);
+
+/// Ends all sessions of a user but that of the id `except`.
+void removeSessionsOf(std::string_view username, std::string_view except);
+
+/// Ends the oldest sessions of a logged-in user, so that `most` are left; never that of the id
+/// `newest`. Logins that are not finished do not count: anybody can begin one.
+void limitSessionsOf(std::string_view username, std::size_t most, std::string_view newest);
 
 } // namespace zandorin

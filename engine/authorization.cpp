@@ -67,6 +67,11 @@ bool Engine::isAuthorized(const std::string &formId) {
     return false;
 }
 
+bool Engine::mayUsePages() {
+    return session_.authSuccess() && isUserKnown(getCurrentUsername()) &&
+           !roles_empty(getUserRoles());
+}
+
 bool Engine::isOffered(const NavLeaf &leaf) {
     return checkLeaf(leaf, configManager_) && isAuthorized(std::string(leaf.id));
 }

@@ -15,7 +15,9 @@
 #include "util/log.h"
 #include "util/paths.h"
 
+#include <cerrno>
 #include <csignal>
+#include <cstring>
 
 #include <unistd.h>
 
@@ -29,7 +31,7 @@ constexpr const char *forms_folder = "/home/httpd/forms/";
 /// Once a change is about to be saved, a client that hangs up or a web server that ends must not
 /// stop what follows from it half-way.
 void ignoreHangUps() {
-    for (const int signal : {SIGHUP, SIGINT, SIGPIPE, SIGTERM})
+    for (const int signal : {SIGHUP, SIGINT, SIGTERM})
         std::signal(signal, SIG_IGN);
 }
 
@@ -68,7 +70,10 @@ void Engine::displayPage() {
     ZANDORIN_TRACE();
     if (!cgi_ || answerPageRequest(*this))
         return;
-    waitForConfigurators();
+    // Whoever was logged in, or allowed something, before the wait may not be after it.
+    if (waitForConfigurators())
+        loadConfiguration();
+    session_ = Session(Session::Helper::asked);
     if (navTree_.load(nav_tree_path) != 0)
         cgi_->addError(std::string("Invalid navigation tree config: ") + nav_tree_path);
     if (isForged()) {
@@ -76,8 +81,10 @@ void Engine::displayPage() {
         return;
     }
     establishUser();
+    logRecord(Priority::trace, "%s:%d using form: %s file: %s", __func__, __LINE__, formId_.c_str(),
+              formFile_.c_str());
     labelPage();
-    cgi_->sendHttpHeader(200, "text/html");
+    cgi_->sendHttpHeader(cgi_->status(), "text/html");
 
     if (formId_ != "login") {
         authorized_ = isAuthorized("");
@@ -108,12 +115,14 @@ void Engine::closePage() {
     *cgi_ << ui::closePage() << std::flush;
 }
 
-bool Engine::isForged() const {
-    if (!isForeignRequest())
-        return false;
+bool Engine::acts() const {
     const NavLeaf *leaf = nullptr;
     navTree_.getNavLeaf(formId_, leaf);
     return isCommand(*cgi_, leaf);
+}
+
+bool Engine::isForged() const {
+    return isForeignRequest() && acts();
 }
 
 void Engine::refuseForgery() {
@@ -130,10 +139,12 @@ void Engine::refuseForgery() {
     closePage();
 }
 
-void Engine::waitForConfigurators() const {
-    constexpr unsigned step_seconds = 2;
-    while (pidfile_valid("configurators") == 0)
-        ::sleep(step_seconds);
+bool Engine::waitForConfigurators() {
+    constexpr useconds_t step_us = 100000;
+    bool waited = false;
+    for (; pidfile_valid("configurators") == 0; waited = true)
+        ::usleep(step_us);
+    return waited;
 }
 
 void Engine::establishUser() {
@@ -183,7 +194,9 @@ void Engine::refuse() {
     const std::string user = getCurrentUsername();
     logRecord(Priority::info, "Unauthorized access by '%s' to form '%s'", user.c_str(),
               formId_.c_str());
-    session_.deleteSession();
+    // Another site may ask for any page, and must not log its visitors out by that.
+    if (!isForeignRequest())
+        session_.deleteSession();
     roles_ = utilities::Roles();
     rolesUser_.clear();
     *cgi_ << ui::getFatal("User '" + encodeSafe(user) + "' is not authorized to access this area.")
@@ -191,7 +204,7 @@ void Engine::refuse() {
 }
 
 void Engine::defineForm(const Formlet *formlet) {
-    if (formWasSubmitted())
+    if (acts())
         ignoreHangUps();
     const std::string fault = faultOf([&] {
         if (formlet != nullptr && formlet->define != nullptr) {
@@ -270,13 +283,18 @@ void Engine::runConfigurators() {
         return;
     ignoreHangUps();
     logRecord(Priority::debug, "'%s' running configurator(s)", formId_.c_str());
-    // Another request may have begun to run its own while this one made its page.
-    if (pidfile_valid("configurators") == 0) {
+    // Held before the response ends: the browser's next request already has to wait. Another
+    // request may have begun to run its own while this one made its page.
+    while (pidfile_create("configurators") != 0) {
+        if (errno != EBUSY && errno != EWOULDBLOCK) {
+            // What was saved must take effect all the same.
+            logRecord(Priority::error, "Failed to take the pid file of configurators: %s",
+                      std::strerror(errno));
+            break;
+        }
         cgi_->finishResponse();
         waitForConfigurators();
     }
-    // Held before the response ends: the browser's next request already has to wait.
-    pidfile_create("configurators");
     cgi_->finishResponse();
     if (!configManager_.run())
         cgi_->addError("Failed to synchronize running system with configuration.");

@@ -38,8 +38,6 @@ Engine::Engine()
 
     formId_ = cgi_->getVarString("form").raw;
     formFile_ = formId_;
-    logRecord(Priority::trace, "%s:%d using form: %s file: %s", __func__, __LINE__, formId_.c_str(),
-              formFile_.c_str());
     ui::registerTemplateFunctions(*cgi_);
 }
 
@@ -91,8 +89,7 @@ bool Engine::formWasSubmitted() const {
 
 bool Engine::isFile(const std::string &path) {
     struct stat status = {};
-    return ::stat(appliancePath(path).c_str(), &status) == 0 &&
-           (status.st_mode & 0xd000U) == 0x8000U;
+    return ::stat(appliancePath(path).c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 std::string Engine::getCurrentUsername() const {

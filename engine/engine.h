@@ -27,7 +27,7 @@ struct Formlet;
 class Engine : public ConfigManagerListener {
   public:
     /// Decodes the request, loads the configuration and finds the form asked for. Faults of the
-    /// configuration become messages of the page.
+    /// configuration become messages of the page. Who asks is looked up by displayPage.
     Engine();
     ~Engine() override;
     Engine(const Engine &) = delete;
@@ -75,8 +75,8 @@ class Engine : public ConfigManagerListener {
     void setForceSubmit(bool force) { forceSubmit_ = force; }
     bool formWasSubmitted() const;
 
-    /// True when the appliance's file `path` is there and is a regular file (or a socket: the mask
-    /// of the test leaves one bit of the type out).
+    /// True when the appliance's file `path` is there and is a regular file, or a link that leads
+    /// to one.
     static bool isFile(const std::string &path);
 
     /// The session's user, or "unknown".
@@ -86,6 +86,13 @@ class Engine : public ConfigManagerListener {
     /// True when the session's user may open the form; "" means this request's form. Reasons for a
     /// refusal are logged.
     bool isAuthorized(const std::string &formId);
+
+    /// True when the session's user is logged in and may use pages at all: has an account, and
+    /// roles, and need not wait for passwords to be converted. Reasons for a refusal are logged.
+    bool mayUsePages();
+
+    /// Ends root's other sessions when root's password is among what was committed.
+    void endSessionsAfter(const std::vector<ConfigChange> &changes) const;
 
     /// True when the page of this leaf is to be offered to the session's user: its condition holds,
     /// and the user may open it.
@@ -121,7 +128,10 @@ class Engine : public ConfigManagerListener {
     void loadConfiguration();
     void setLogLevel();
     std::string defaultForm() const;
-    void waitForConfigurators() const;
+    /// Waits until no other request runs configurators; true when one did.
+    static bool waitForConfigurators();
+    /// The request may change something (see isCommand).
+    bool acts() const;
     /// A request that another site made, to change something.
     bool isForged() const;
     void refuseForgery();
@@ -144,8 +154,8 @@ class Engine : public ConfigManagerListener {
     std::string title_;
     std::unique_ptr<Cgi> cgi_;
     ConfigManager configManager_;
-    Session session_;
-    utilities::Roles roles_; ///< of rolesUser_
+    Session session_{"", false}; ///< nobody's until displayPage looks
+    utilities::Roles roles_;     ///< of rolesUser_
     std::string rolesUser_;
     std::string knownUser_; ///< last user that was found to have an account
     std::string formId_ = "index";

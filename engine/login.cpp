@@ -25,6 +25,12 @@ std::string loginName(const CgiValue &field) {
     return field.raw;
 }
 
+std::size_t mostSessions(const ConfigManager &config) {
+    constexpr unsigned usual = 20;
+    const unsigned most = config.getSize("config.auth.maxsessions");
+    return most == 0 ? usual : most;
+}
+
 int lifetimeMinutes(const ConfigManager &config) {
     constexpr unsigned most = std::numeric_limits<int>::max();
     const unsigned minutes = std::min(config.getSize("config.auth.sessionlifetime"), most);
@@ -49,11 +55,14 @@ bool isAdmitted(const ConfigManager &config, Cgi &cgi, const std::string &name) 
 
 } // namespace
 
+bool isLoginPost(const Cgi &cgi) {
+    return cgi.getRequestMethod() == "POST" && cgi.getVarString("form").raw == "login";
+}
+
 void loginHandlePost(Engine &engine) {
     ZANDORIN_TRACE();
     Cgi *cgi = engine.requireCgi();
-    if (cgi == nullptr || cgi->getRequestMethod() != "POST" ||
-        cgi->getVarString("action").raw != "login_userpass")
+    if (cgi == nullptr || !isLoginPost(*cgi) || cgi->getVarString("action").raw != "login_userpass")
         return;
     const ConfigManager &config = engine.config();
     const std::string name = loginName(cgi->getVarString("username"));
@@ -72,6 +81,8 @@ void loginSucceeded(Engine &engine) {
     if (LoginGuard::isEnabled(engine.config()))
         LoginGuard(engine.config())
             .succeeded(engine.cgi()->getRemoteAddress(), engine.session().username());
+    const Session &session = engine.session();
+    limitSessionsOf(session.username(), mostSessions(engine.config()), session.sessionId());
 }
 
 } // namespace zandorin

@@ -11,6 +11,7 @@
 #include "util/paths.h"
 #include "util/strings.h"
 
+#include <algorithm>
 #include <ctime>
 
 namespace zandorin {
@@ -33,7 +34,7 @@ std::string describe(const ConfiguratorState &entry, bool running, std::time_t n
            ",\"age\":" + std::to_string(now - end) + "}";
 }
 
-std::string configurators() {
+std::string configurators(Engine & /*engine*/, Cgi & /*cgi*/) {
     const bool running = pidfile_valid("configurators") == 0;
     const std::time_t now = std::time(nullptr);
     std::string json = std::string("{\"running\":") + (running ? "true" : "false") +
@@ -62,17 +63,28 @@ std::string check(Engine &engine, Cgi &cgi) {
     return "{\"message\":" + ui::jsonString(errors.size() > before ? errors.back() : "") + "}";
 }
 
+struct PageRequest {
+    std::string_view id;
+    std::string (*answer)(Engine &, Cgi &);
+};
+constexpr PageRequest page_requests[] = {
+    {"check", check},
+    {"configurators", configurators},
+};
+
 } // namespace
 
 bool answerPageRequest(Engine &engine) {
     Cgi *cgi = engine.requireCgi();
-    const bool wantsCheck = engine.formId() == "check";
-    if (cgi == nullptr || (!wantsCheck && engine.formId() != "configurators"))
+    const auto *request =
+        std::find_if(std::begin(page_requests), std::end(page_requests),
+                     [&](const PageRequest &candidate) { return candidate.id == engine.formId(); });
+    if (cgi == nullptr || request == std::end(page_requests))
         return false;
     ZANDORIN_TRACE();
-    const std::string answer = !engine.session().authSuccess() ? "{\"login\":true}"
-                               : wantsCheck                    ? check(engine, *cgi)
-                                                               : configurators();
+    engine.setSession(Session(Session::Helper::lookedFor));
+    const std::string answer =
+        engine.mayUsePages() ? request->answer(engine, *cgi) : "{\"login\":true}";
     cgi->sendHttpHeader(200, "application/json");
     *cgi << answer << "\n" << std::flush;
     return true;

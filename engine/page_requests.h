@@ -5,8 +5,8 @@ namespace zandorin {
 class Engine;
 
 /// Answers the small questions that page scripts ask, in JSON; false when the request asks for a
-/// page. They wait for nothing, configurators least of all, and change nothing. Who is not logged
-/// in gets {"login":true}.
+/// page. They wait for nothing, neither configurators nor the helper of a login, and change nothing
+/// but the session's end. Who may use no page (see Engine::mayUsePages) gets {"login":true}.
 ///
 ///     form=configurators               {"running":true,"uptime":3600,"run":[
 ///                                        {"name":"ssl","state":"running","seconds":4,"age":0}]}

@@ -63,6 +63,22 @@ constexpr Field sessions[] = {
      .help = "Identify sessions by 32 instead of 16 hexadecimal digits."},
 };
 
+constexpr Choice hashes[] = {
+    {"md5", "MD5"},
+    {"sha512", "SHA-512"},
+    {"yescrypt", "yescrypt"},
+};
+
+constexpr Field passwords[] = {
+    {.label = "Password Hash",
+     .key = "config.auth.passwordhash",
+     .input = Input::menu,
+     .choices = hashes,
+     .help = "How new passwords of users are stored; those that are stored stay as they are. A "
+             "stolen account file yields MD5 hashes quickly. <b>yescrypt</b> is the strongest, and "
+             "takes 16 MB of memory at each login; root's password is never stored as MD5."},
+};
+
 constexpr Field tacacs[] = {
     {.label = "TACACS+ Servers",
      .key = "config.auth.tacacs.auth_server",
@@ -156,6 +172,7 @@ bool isPmshellAvailable(const ConfigManager &config) {
 constexpr Section sections[] = {
     {"Authentication", method},
     {"Web Sessions", sessions},
+    {"Passwords", passwords},
     {"TACACS+", tacacs},
     {"RADIUS", radius},
     {"LDAP", ldap},

@@ -2,8 +2,8 @@
 
 #include "platform/libzandorin/config_manager.h"
 #include "platform/libzandorin/serial_ports.h"
-#include "types/predicates.h"
 #include "settings/page.h"
+#include "types/predicates.h"
 
 #include <algorithm>
 #include <span>

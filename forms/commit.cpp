@@ -22,7 +22,11 @@ void commitOrDiscard(Engine &engine) {
     if (cgi == nullptr || !engine.config().getDelayedConfigMode())
         return;
     if (cgi->varStringExists(apply_field)) {
-        if (!engine.config().doDelayedCommit())
+        // Afterwards nothing tells the committed values from those before.
+        const std::vector<ConfigChange> changes = engine.config().getChanges();
+        if (engine.config().doDelayedCommit())
+            engine.endSessionsAfter(changes);
+        else
             cgi->addError(failed);
     } else if (cgi->varStringExists(cancel_field)) {
         *cgi << ui::getInfo("Discarding delayed configuration") << "\n";
@@ -33,6 +37,7 @@ void commitOrDiscard(Engine &engine) {
 
 void showQueue(Cgi &cgi, const ConfigManager &config) {
     const std::vector<std::string> names = config.getConfigurators();
+    const bool reboots = config.getBoolean("config.system.reboot");
     if (names.empty()) {
         cgi << ui::getInfo("There are currently no pending configuration changes");
     } else {
@@ -42,9 +47,11 @@ void showQueue(Cgi &cgi, const ConfigManager &config) {
             cgi << encodeSafe(name) << "<br>\n";
         cgi << "</p>";
     }
-    if (config.getBoolean("config.system.reboot"))
+    if (reboots)
         cgi << "<p>Please note that <b>the device will reboot</b> "
                "in the process of this config commit.</p>";
+    if (names.empty() && !reboots)
+        return;
     cgi << "<p>";
     ui::Form form(cgi, "commit");
     form.openForm("POST", "commit");

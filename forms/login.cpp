@@ -20,6 +20,11 @@ namespace {
 /// submission of that form.
 constexpr const char *login_url = "?form=login";
 constexpr const char *start_url = "?form=index";
+/// Where no form leads: the engine knows what comes first.
+constexpr const char *home_url = "?";
+/// What the two steps of a login post.
+constexpr const char *login_action = "login_userpass";
+constexpr const char *reply_action = "login_reply";
 constexpr int redirect_delay_ms = 1000;
 /// How the information service is told of an event.
 constexpr int infod_event_kind = 2;
@@ -52,6 +57,9 @@ void recordEvent(const AuthEvent &event, const Session &session) {
 
 std::string requestedAction(Engine &engine, const Cgi &cgi) {
     std::string action = cgi.getVarString("action").raw;
+    // Those two are the login's own: without a POST of its form they mean nothing.
+    if (!isLoginPost(cgi) && (action == login_action || action == reply_action))
+        action.clear();
     return action.empty() ? engine.formArgs() : action;
 }
 
@@ -113,14 +121,14 @@ void handleAction(Engine &engine) {
         session.deleteSession();
         return;
     }
-    if (action == "login_userpass") {
+    if (action == login_action) {
         if (!checkCredentials(*cgi)) {
             recordEvent(failure_event, session);
             session.deleteSession();
             return;
         }
         goOn(session, *cgi);
-    } else if (action == "login_reply") {
+    } else if (action == reply_action) {
         if (cgi->varStringExists("cancel")) {
             session.deleteSession();
             return;
@@ -129,14 +137,15 @@ void handleAction(Engine &engine) {
     } else if (!session.isValid()) {
         return;
     }
-    if (session.authFinalised())
+    // A session that was logged in before is no login.
+    if (session.authFinalised() && (session.authConcluded() || !session.authSuccess()))
         complete(engine, session, *cgi);
 }
 
 void showCredentials(Cgi &cgi) {
     ui::Form form(cgi, "login");
     form.openForm("post", "login", login_url);
-    form.hiddenInput("action", "login_userpass");
+    form.hiddenInput("action", login_action);
     ui::Table table(cgi);
     table.open();
     table.textInputRow(
@@ -153,7 +162,7 @@ void showChallenge(Cgi &cgi, const Session &session) {
     constexpr const char *label_width = "22%";
     ui::Form form(cgi, "login");
     form.openForm("post", "login", login_url);
-    form.hiddenInput("action", "login_reply");
+    form.hiddenInput("action", reply_action);
     ui::Table table(cgi);
     table.open();
     table.textRow(session.getPrompt());
@@ -182,7 +191,7 @@ void renderLoginForm(Engine &engine) {
              << "Please click " << ui::link(start_url, "here") << " to start a new session";
     else if (session.authSuccess())
         *cgi << "You have successfully logged in.<br>"
-             << ui::delayedRedirect(start_url, redirect_delay_ms);
+             << ui::delayedRedirect(home_url, redirect_delay_ms);
     else if (session.isValid() && !session.authFinalised())
         showChallenge(*cgi, session);
     else

@@ -13,7 +13,8 @@ constexpr Field web[] = {
      .key = "config.services.http.enabled",
      .type = "boolean",
      .input = Input::check,
-     .help = "The management console without encryption."},
+     .help = "The management console without encryption. While HTTPS is on as well, it only leads "
+             "there. With both off, only the appliance itself reaches the console."},
     {.label = "HTTP Port",
      .key = "config.services.http.port",
      .type = "tcpport",
@@ -24,12 +25,17 @@ constexpr Field web[] = {
      .type = "boolean",
      .input = Input::check,
      .help = "The management console with encryption. Needs an SSL certificate and its private key "
-             "installed on the appliance."},
+             "installed on the appliance; the first start makes them."},
     {.label = "HTTPS Port",
      .key = "config.services.https.port",
      .type = "tcpport",
      .help = "1 to 65535. Empty: 443.",
      .maxlength = 5},
+    {.label = "Host Names",
+     .key = "config.services.http.hostnames",
+     .type = "addresslist",
+     .help = "Further names under which browsers reach the console, separated by commas. Its "
+             "addresses, the system name and localhost are always served, no others are."},
 };
 
 constexpr Field terminal[] = {
@@ -91,6 +97,11 @@ constexpr Field protection[] = {
      .least = 1,
      .refusal = "The Lockout Time value must greater than 0. Clear the field to revert to the "
                 "default value."},
+    {.label = "Trusted Networks",
+     .key = "config.bfprotection.networks",
+     .type = "subnetlist",
+     .help = "Such as 192.168.0.0/24, separated by commas. What fails from elsewhere under a name "
+             "does not keep these from using it."},
 };
 
 constexpr Section sections[] = {

@@ -68,7 +68,7 @@ constexpr Field community(const char *label, const char *key, const char *help, 
     return {.label = label,
             .key = key,
             .type = "unsafe_printable",
-            .input = Input::unsafeText,
+            .input = Input::unsafeSecret,
             .help = help,
             .required = required,
             .missing = missing};

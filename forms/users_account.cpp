@@ -1,7 +1,6 @@
 #include "forms/users_account.h"
 
 #include "cgi/cgi.h"
-#include "cgi/session_file.h"
 #include "engine/engine.h"
 #include "forms/users_form.h"
 #include "platform/accounts/user_store.h"
@@ -122,18 +121,11 @@ bool applyAccount(const AccountTask &task) {
     if (accountNamed(oldName) || accountNamed(task.name))
         return user_changeuser(oldName, {.name = task.name,
                                          .password = task.password,
+                                         .way = task.way,
                                          .description = task.description,
                                          .enabled = !task.disabled}) == 0;
-    return user_adduser(task.name, task.password.value_or(""), task.description) == 0 &&
+    return user_adduser(task.name, task.password.value_or(""), task.description, task.way) == 0 &&
            (!task.disabled || user_changeuser(task.name, {.enabled = false}) == 0);
-}
-
-void endSessions(const std::string &name, const std::string &own) {
-    for (const std::string &id : listSessionIds()) {
-        const auto session = id == own ? std::nullopt : readSessionRecord(id);
-        if (session && session->username == name)
-            removeSessionRecord(id);
-    }
 }
 
 } // namespace zandorin::users

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/accounts/account_file.h"
+#include "platform/accounts/password_hash.h"
 
 #include <optional>
 #include <string>
@@ -30,6 +31,7 @@ struct AccountTask {
     std::string description;
     std::optional<std::string> password = std::nullopt; ///< in clear; none: as it is
     bool disabled = false;
+    PasswordHash way = PasswordHash::md5; ///< that a new password is hashed
 };
 
 /// The submitted password when it is a new one; "" when the account is to have none. Adds an error
@@ -44,8 +46,5 @@ void checkAccount(const RecordForm &form, const std::string &name);
 /// Makes or changes the account, in one step, and moves its home folder; an account that is there
 /// without a user becomes this user's. False, with the reason in the log, when that failed.
 bool applyAccount(const AccountTask &task);
-
-/// Ends the web sessions of a user, but that of the id `own`.
-void endSessions(const std::string &name, const std::string &own);
 
 } // namespace zandorin::users

@@ -1,4 +1,5 @@
 #include "cgi/cgi.h"
+#include "cgi/session_file.h"
 #include "engine/engine.h"
 #include "forms/users_account.h"
 #include "forms/users_form.h"
@@ -54,7 +55,7 @@ void removeUser(Engine &engine, Cgi &cgi, const Record &record) {
         dropChanges(engine, cgi, "The user's login account could not be deleted.");
         return;
     }
-    endSessions(record.name, "");
+    removeSessionsOf(record.name, "");
     saveConfiguration(engine, cgi, "User " + quoted(record.name) + " has been deleted.");
 }
 
@@ -85,7 +86,7 @@ void enableUser(Engine &engine, Cgi &cgi, const Record &record, bool enable) {
         return;
     }
     if (!enable)
-        endSessions(record.name, "");
+        removeSessionsOf(record.name, "");
     saveConfiguration(engine, cgi,
                       "Account for user: " + encodeSafe(record.name) + " has been <b>" +
                           (enable ? "enabled" : "disabled") + "</b>");

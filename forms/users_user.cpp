@@ -1,4 +1,5 @@
 #include "cgi/cgi.h"
+#include "cgi/session_file.h"
 #include "engine/engine.h"
 #include "forms/users_account.h"
 #include "forms/users_form.h"
@@ -251,12 +252,13 @@ void showUser(const RecordForm &form) {
 void saveUser(const RecordForm &form) {
     Engine &engine = form.engine();
     Cgi &cgi = form.cgi();
-    AccountTask task = {.oldName = form.record().name,
-                        .name = isRoot(form) ? root_name
-                                             : form.value(name_field.key, name_field.maxlength),
-                        .description = form.value(description_field.key),
-                        .password = std::nullopt,
-                        .disabled = form.isOn(disabled_field.key)};
+    AccountTask task = {
+        .oldName = form.record().name,
+        .name = isRoot(form) ? root_name : form.value(name_field.key, name_field.maxlength),
+        .description = form.value(description_field.key),
+        .password = std::nullopt,
+        .disabled = form.isOn(disabled_field.key),
+        .way = passwordHashNamed(engine.config().getElement("config.auth.passwordhash"))};
     checkUser(form, task.name);
     const std::vector<std::string> groups = tickedGroups(form);
     if (!isRoot(form))
@@ -276,7 +278,7 @@ void saveUser(const RecordForm &form) {
         return;
     }
     if (!form.isNew() && (task.password || task.disabled || task.name != task.oldName))
-        endSessions(task.oldName, engine.session().sessionId());
+        removeSessionsOf(task.oldName, engine.session().sessionId());
     saveConfiguration(engine, cgi, "User " + quoted(task.name) + " has been saved.");
 }
 

@@ -128,7 +128,10 @@ void FormCheck::notePassword(const std::string &password) {
         logRecord(Priority::info, "System password is unchanged");
         return;
     }
-    const std::string hash = user_getcryptedpassword(password);
+    const bool strongest =
+        passwordHashNamed(config_.getElement("config.auth.passwordhash")) == PasswordHash::yescrypt;
+    const std::string hash = user_getcryptedpassword(password, strongest ? PasswordHash::yescrypt
+                                                                         : PasswordHash::sha512);
     if (hash.empty())
         problems_.add(system_password, "The password could not be encrypted and was not saved.");
     else

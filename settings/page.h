@@ -38,7 +38,8 @@ enum class Input : std::uint8_t {
     confirmation, ///< of a password: compared with it, never saved
     textArea,
     unsafeText,     ///< the stored value is shown beside; empty keeps it, a box deletes it
-    unsafeTextArea, ///< the same in an area
+    unsafeSecret,   ///< the same for one that gives access: no browser keeps what is typed in
+    unsafeTextArea, ///< the same as unsafeText in an area
     check,          ///< stored as "on", deleted when unchecked
     menu,           ///< of a menu and of radio buttons only a choice is taken, or what is stored
     radio,

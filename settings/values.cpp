@@ -12,15 +12,16 @@ namespace zandorin::settings {
 
 namespace {
 
-bool isUnsafe(const Field &field) {
-    return field.input == Input::unsafeText || field.input == Input::unsafeTextArea;
-}
-
 bool contains(const std::vector<std::string> &texts, const std::string &text) {
     return std::find(texts.begin(), texts.end(), text) != texts.end();
 }
 
 } // namespace
+
+bool isUnsafe(const Field &field) {
+    return field.input == Input::unsafeText || field.input == Input::unsafeSecret ||
+           field.input == Input::unsafeTextArea;
+}
 
 std::string boxName(const Value &value, const Option &option) {
     const Field &field = *value.field;

@@ -86,6 +86,9 @@ class Values {
     std::vector<Value> values_;
 };
 
+/// True for an input that shows the stored value beside itself, and keeps it when left empty.
+bool isUnsafe(const Field &field);
+
 /// Of flags and sets: the name of the box of one choice.
 std::string boxName(const Value &value, const Option &option);
 

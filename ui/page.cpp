@@ -171,7 +171,7 @@ std::string imageActionButton(const std::string &action, const std::string &key,
 std::string onLoadScript() {
     ZANDORIN_TRACE();
     return "<script type=\"text/javascript\">\n"
-           "var onLoadFuncs = new Array();\n"
+           "var onLoadFuncs = onLoadFuncs || new Array();\n"
            "function addOnLoad(func) {\nonLoadFuncs[onLoadFuncs.length] = func;\n}\n"
            "function runOnLoads() {\nfor (var i = 0; i < onLoadFuncs.length; i++)\n"
            "eval(onLoadFuncs[i]);\n}\n"

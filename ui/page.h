@@ -58,7 +58,8 @@ std::string imageButton(const std::string &name, const std::string &value, const
 std::string imageActionButton(const std::string &action, const std::string &key,
                               const std::string &value, const Image &image);
 
-/// The registry of load-time scripts; goes ahead of whatever calls addOnLoad.
+/// The registry of load-time scripts; goes ahead of whatever calls addOnLoad. One that stands on
+/// the page already is kept.
 std::string onLoadScript();
 /// A dygraph in a div of that id. `dataUrl` is a JavaScript expression for the data source,
 /// `options` JavaScript properties, each followed by a comma. `id` is a JavaScript identifier.

@@ -36,7 +36,8 @@ UnsafeInput unsafeInput(const Value &value) {
     return {.name = value.name,
             .current = value.stored,
             .submitted = value.submitted ? value.text : "",
-            .maxlength = value.field->maxlength};
+            .maxlength = value.field->maxlength,
+            .secret = value.field->input == Input::unsafeSecret};
 }
 
 /// What is stored and no choice, another tool's word for instance, stays offered.
@@ -99,6 +100,7 @@ std::string bareInput(Engine &engine, const Value &value) {
     case Input::textArea:
         return textAreaInput(value.name, value.text, area_rows, area_cols);
     case Input::unsafeText:
+    case Input::unsafeSecret:
         return unsafeTextInput(unsafeInput(value));
     case Input::unsafeTextArea:
         return unsafeTextAreaInput(unsafeInput(value), area_rows, area_cols);

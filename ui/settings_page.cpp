@@ -26,10 +26,6 @@ using settings::Place;
 using settings::Value;
 using settings::Values;
 
-bool isUnsafe(const Field &field) {
-    return field.input == Input::unsafeText || field.input == Input::unsafeTextArea;
-}
-
 /// A single value as the form's element.
 FormElem elementOf(const Value &value, const char *label, bool save) {
     const Field &field = *value.field;

@@ -5,6 +5,7 @@
 #include "platform/libzandorin/snmp_engine_id.h"
 #include "ui/form_values.h"
 #include "ui/inputs.h"
+#include "ui/line_pattern.h"
 #include "ui/markup.h"
 #include "util/escape.h"
 #include "util/log.h"
@@ -15,78 +16,24 @@
 #include <fstream>
 #include <optional>
 
-#include <regex.h>
-
 namespace zandorin::ui {
 
 namespace {
 
 constexpr const char *pattern_key = "config.ui.syslog.filepattern";
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-/// True for what the C library would overflow its stack over or never come back from: repetitions
-/// of repetitions, which it writes out, and back-references, which POSIX does not have here.
-bool isCostly(std::string_view text) {
-    constexpr unsigned long most_copies = 20000;
-    unsigned long copies = 1;
-    bool counting = false;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '\\') {
-            ++i;
-            if (i < text.size() && isDigit(text[i]))
-                return true;
-        } else if (text[i] == '{' || text[i] == '}') {
-            counting = text[i] == '{';
-        } else if (counting && isDigit(text[i])) {
-            unsigned long bound = 0;
-            for (; i < text.size() && isDigit(text[i]) && bound <= most_copies; ++i)
-                bound = 10 * bound + static_cast<unsigned long>(text[i] - '0');
-            --i;
-            // The lower of two bounds counts too, which only makes this stricter.
-            copies *= std::max(bound, 1UL);
-            if (copies > most_copies)
-                return true;
-        }
-    }
-    return false;
-}
-
-/// A compiled POSIX extended regular expression.
-class LinePattern {
-  public:
-    explicit LinePattern(const std::string &text)
-        : valid_(!isCostly(text) &&
-                 ::regcomp(&expression_, text.c_str(), REG_EXTENDED | REG_NOSUB) == 0) {}
-    ~LinePattern() {
-        if (valid_)
-            ::regfree(&expression_);
-    }
-    LinePattern(const LinePattern &) = delete;
-    LinePattern &operator=(const LinePattern &) = delete;
-
-    bool valid() const { return valid_; }
-    bool matches(const std::string &line) const {
-        return ::regexec(&expression_, line.c_str(), 0, nullptr, 0) == 0;
-    }
-
-  private:
-    regex_t expression_ = {};
-    bool valid_;
-};
-
 /// The pattern of the page's own filter field, which it also keeps in the configuration.
 std::string pagePattern(Engine &engine, Cgi &cgi) {
+    const std::string submitted = cgi.getVarString(pattern_key).raw;
+    if (!submitted.empty())
+        return submitted;
     if (!cgi.getVarString(std::string(pattern_key) + ".delete").raw.empty()) {
         engine.config().delElement(pattern_key);
         if (!engine.config().write())
             cgi.addError("Failed to save configuration changes.");
         return "";
     }
-    const std::string submitted = cgi.getVarString(pattern_key).raw;
-    return submitted.empty() ? engine.config().getElement(pattern_key) : submitted;
+    return engine.config().getElement(pattern_key);
 }
 
 } // namespace
@@ -97,9 +44,11 @@ std::string getFile(Engine &engine, const Arguments &arguments) {
         return "";
     const std::string path(trim(arguments[0]));
     const std::string pattern = arguments.size() == 2 ? arguments[1] : pagePattern(engine, *cgi);
-    const LinePattern expression(pattern);
+    LinePattern expression(pattern);
     if (!expression.valid() && !pattern.empty()) {
-        cgi->addError("Invalid regular expression: " + encodeSafe(pattern));
+        cgi->addError((LinePattern::isCostly(pattern) ? "Too large a regular expression: "
+                                                      : "Invalid regular expression: ") +
+                      encodeSafe(pattern));
         return "";
     }
     std::ifstream file(appliancePath(path));

@@ -63,8 +63,11 @@ std::string getNavPanel(Engine &engine, const Arguments &) {
         html += "    <strong>No Items Found</strong>\n";
     for (std::size_t i = 0; i < branches.size(); ++i)
         addBranch(html, engine, branches[i], std::to_string(i), icons);
-    const std::size_t hidden = engine.config().getSubElements("config.ui.nav.hidden").size();
-    append(html, {"  <script type=\"text/javascript\">navInit(", std::to_string(hidden), ", ",
+    // The count of hidden branches is no branch.
+    const std::vector<std::string> hidden = engine.config().getSubElements("config.ui.nav.hidden");
+    const auto hiddenCount = std::count_if(hidden.begin(), hidden.end(),
+                                           [](const auto &name) { return name != "total"; });
+    append(html, {"  <script type=\"text/javascript\">navInit(", std::to_string(hiddenCount), ", ",
                   std::to_string(branches.size()), ");</script>\n  </div>\n"});
     return html;
 }

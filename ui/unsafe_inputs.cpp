@@ -44,6 +44,7 @@ std::string unsafeTextInput(const UnsafeInput &input) {
                   textInput({.name = input.name,
                              .value = input.submitted,
                              .maxlength = input.maxlength,
+                             .allowAutocomplete = !input.secret,
                              .unsafe = true}));
 }
 

@@ -13,6 +13,7 @@ struct UnsafeInput {
     std::string submitted = ""; ///< what the user typed in a submission that was refused, raw
     bool offerDelete = true;    ///< with a box <name>.delete that clears the stored value
     int maxlength = 0;          ///< of the text input; below 1 is none
+    bool secret = false;        ///< marked, so that no browser keeps what is typed in
 };
 
 /// A text input, its current value above it.

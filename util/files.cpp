@@ -43,6 +43,44 @@ bool writeAll(int fd, std::string_view data) {
     return true;
 }
 
+/// Of the temporary files that are locked as long as somebody is writing them.
+constexpr std::string_view held_prefix = ".new-held-";
+constexpr std::chrono::milliseconds at_once{0};
+
+/// Removes what killed processes have left in the folder.
+void sweepTemporaries(const std::string &folder) {
+    for (const std::string &name : namesIn(folder, held_prefix)) {
+        const std::string path = folder + "/" + name;
+        const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        if (fd && lockWithin(fd.get(), LOCK_EX, at_once))
+            ::unlink(path.c_str());
+    }
+}
+
+/// A new temporary file of the folder, locked; none when it cannot be made.
+UniqueFd makeTemporary(const std::string &folder, std::string &path) {
+    constexpr int attempts = 100;
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        path = folder + "/" + std::string(held_prefix) + "XXXXXX";
+        UniqueFd fd(::mkostemp(path.data(), O_CLOEXEC));
+        if (!fd)
+            return fd;
+        // Whoever sweeps may have come first: then this one is gone, or going.
+        struct stat status = {};
+        if (lockWithin(fd.get(), LOCK_EX, at_once)) {
+            if (::fstat(fd.get(), &status) == 0 && status.st_nlink != 0)
+                return fd;
+            continue;
+        }
+        const int reason = errno;
+        ::unlink(path.c_str());
+        errno = reason;
+        if (reason != EWOULDBLOCK)
+            return UniqueFd();
+    }
+    return UniqueFd();
+}
+
 bool syncFolder(const std::string &folder) {
     const UniqueFd fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     return fd && ::fsync(fd.get()) == 0;
@@ -109,13 +147,14 @@ std::vector<std::string> namesIn(const std::string &path, std::string_view prefi
 
 bool replaceFile(const std::string &path, std::string_view contents, mode_t mode, Durable durable) {
     const std::string folder = folderOf(path);
-    std::string temporary = folder + "/.new-XXXXXX";
-    UniqueFd fd(::mkostemp(temporary.data(), O_CLOEXEC));
+    sweepTemporaries(folder);
+    std::string temporary;
+    const UniqueFd fd = makeTemporary(folder, temporary);
     if (!fd)
         return false;
+    // Closed, and its lock with it, only when it has its name.
     const bool complete = writeAll(fd.get(), contents) && ::fchmod(fd.get(), mode) == 0 &&
                           (durable == Durable::no || ::fsync(fd.get()) == 0) &&
-                          ::close(fd.release()) == 0 &&
                           ::rename(temporary.c_str(), path.c_str()) == 0;
     if (!complete) {
         const int reason = errno;
@@ -166,19 +205,25 @@ bool makeFolder(const std::string &path, mode_t mode) {
     return ::chmod(path.c_str(), mode) == 0 && syncFolder(folderOf(path));
 }
 
-UniqueFd lockFile(const std::string &path, std::chrono::milliseconds patience) {
+bool lockWithin(int fd, int kind, std::chrono::milliseconds patience) {
     using namespace std::chrono_literals;
-    UniqueFd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     const auto deadline = std::chrono::steady_clock::now() + patience;
-    while (fd && ::flock(fd.get(), LOCK_EX | LOCK_NB) != 0) {
-        const bool isTaken = errno == EWOULDBLOCK || errno == EINTR;
-        if (!isTaken || std::chrono::steady_clock::now() > deadline) {
-            const int reason = errno;
-            fd.reset();
-            errno = reason;
-        } else {
-            std::this_thread::sleep_for(5ms);
-        }
+    while (::flock(fd, kind | LOCK_NB) != 0) {
+        if (errno == EINTR)
+            continue;
+        if (errno != EWOULDBLOCK || std::chrono::steady_clock::now() >= deadline)
+            return false;
+        std::this_thread::sleep_for(5ms);
+    }
+    return true;
+}
+
+UniqueFd lockFile(const std::string &path, std::chrono::milliseconds patience) {
+    UniqueFd fd(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    if (fd && !lockWithin(fd.get(), LOCK_EX, patience)) {
+        const int reason = errno;
+        fd.reset();
+        errno = reason;
     }
     return fd;
 }

@@ -30,10 +30,11 @@ enum class Durable { no, yes };
 
 /// Replaces `path` by a file with these contents and permissions, whatever the umask.
 /// The contents are written to a temporary file in the same folder (its name begins with
-/// ".new-"), synced, renamed over `path`, and the folder is synced: a reader, a crash or a full
-/// disk leaves the old file or the new one, whole. Durable::no leaves out the syncing. False when
-/// anything failed; the old file then stands as it was, unless only the folder's sync failed. errno
-/// tells why.
+/// ".new-held-"), synced, renamed over `path`, and the folder is synced: a reader, a crash or a
+/// full disk leaves the old file or the new one, whole. Temporary files that killed processes have
+/// left in the folder are removed first; a living one holds the lock (flock(2)) of its own.
+/// Durable::no leaves out the syncing. False when anything failed; the old file then stands as it
+/// was, unless only the folder's sync failed. errno tells why.
 bool replaceFile(const std::string &path, std::string_view contents, mode_t mode,
                  Durable durable = Durable::yes);
 
@@ -54,6 +55,10 @@ bool removeFile(const std::string &path);
 /// Makes the last folder of `path` with these permissions, whatever the umask, and syncs the folder
 /// it lies in; one that is there stays as it is. False when anything failed; errno tells why.
 bool makeFolder(const std::string &path, mode_t mode);
+
+/// Takes a lock (flock(2)) of this kind, LOCK_SH or LOCK_EX, on what is open as `fd`. False when it
+/// could not be had in `patience`; errno tells why, EWOULDBLOCK that somebody else holds it.
+bool lockWithin(int fd, int kind, std::chrono::milliseconds patience);
 
 /// Takes an exclusive lock (flock(2)) on a file, which is made when it is not there and never
 /// removed; the lock lasts as long as the descriptor. None when it could not be had in `patience`;

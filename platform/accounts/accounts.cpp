@@ -1,16 +1,12 @@
 #include "platform/accounts/accounts.h"
 
-#include "platform/accounts/password_hash.h"
 #include "util/files.h"
 #include "util/log.h"
 #include "util/paths.h"
 #include "util/wipe.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
-
-#include <sys/random.h>
 
 namespace zandorin {
 
@@ -26,19 +22,6 @@ bool equalInConstantTime(const std::string &a, const std::string &b) {
     for (std::size_t i = 0; i < a.size(); ++i)
         difference |= a[i] ^ b[i];
     return difference == 0;
-}
-
-bool fillRandom(unsigned char *bytes, std::size_t size) {
-    while (size > 0) {
-        const ssize_t got = ::getrandom(bytes, size, 0);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            return false;
-        bytes += got;
-        size -= static_cast<std::size_t>(got);
-    }
-    return true;
 }
 
 } // namespace
@@ -79,20 +62,12 @@ bool user_ispassword(const ShadowFile &shadow, const std::string &name,
     return equal;
 }
 
-std::string user_getcryptedpassword(const std::string &password) {
+std::string user_getcryptedpassword(const std::string &password, PasswordHash way) {
     ZANDORIN_TRACE();
-    // The alphabet of crypt(5): one character for six random bits.
-    static constexpr char alphabet[] =
-        "./0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
-    std::array<unsigned char, 16> random{};
-    if (!fillRandom(random.data(), random.size())) {
-        logRecord(Priority::error, "No random bytes for a password's salt");
-        return "";
-    }
-    std::string setting = "$6$";
-    for (const unsigned char byte : random)
-        setting += alphabet[byte & 63];
-    return hashPassword(password, setting);
+    const std::string setting = platform::freshSetting(way);
+    if (setting.empty())
+        logRecord(Priority::error, "No salt could be made for a password");
+    return setting.empty() ? "" : hashPassword(password, setting);
 }
 
 } // namespace zandorin

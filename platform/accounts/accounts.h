@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/accounts/password_hash.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,8 +29,9 @@ class ShadowFile {
 bool user_ispassword(const ShadowFile &shadow, const std::string &name,
                      const std::string &password);
 
-/// The one-way hash of a clear password with a fresh salt from the kernel's random source: SHA-512
-/// crypt ("$6$", crypt(5)). "" when it cannot be made; an empty hash must never be stored.
-std::string user_getcryptedpassword(const std::string &password);
+/// The one-way hash of a clear password with a fresh salt: SHA-512 crypt ("$6$", crypt(5)) or
+/// yescrypt ("$y$"). "" when it cannot be made, and for MD5; an empty hash must never be stored.
+std::string user_getcryptedpassword(const std::string &password,
+                                    PasswordHash way = PasswordHash::sha512);
 
 } // namespace zandorin

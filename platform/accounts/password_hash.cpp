@@ -8,17 +8,24 @@
 #include <crypt.h>
 #include <dlfcn.h>
 
-namespace zandorin::platform {
+namespace zandorin {
+
+PasswordHash passwordHashNamed(std::string_view word) {
+    return word == "yescrypt" ? PasswordHash::yescrypt
+           : word == "sha512" ? PasswordHash::sha512
+                              : PasswordHash::md5;
+}
+
+namespace platform {
 
 namespace {
 
-using Crypt = decltype(&::crypt_r);
-
-Crypt loadCrypt() {
+/// A function of libcrypt; null when it is not to be had.
+void *cryptFunction(const char *name) {
     // The two versions differ in functions that nobody uses here.
-    for (const char *name : {"libcrypt.so.1", "libcrypt.so.2"})
-        if (void *library = ::dlopen(name, RTLD_NOW | RTLD_LOCAL))
-            return reinterpret_cast<Crypt>(::dlsym(library, "crypt_r"));
+    for (const char *file : {"libcrypt.so.1", "libcrypt.so.2"})
+        if (void *library = ::dlopen(file, RTLD_NOW | RTLD_LOCAL))
+            return ::dlsym(library, name);
     logRecord(Priority::error, "Failed to load libcrypt: %s", ::dlerror());
     return nullptr;
 }
@@ -28,7 +35,7 @@ Crypt loadCrypt() {
 std::string hashPassword(const std::string &password, const std::string &setting) {
     if (password.find('\0') != std::string::npos)
         return ""; // crypt(3) would not see what follows
-    static const Crypt crypt = loadCrypt();
+    static const auto crypt = reinterpret_cast<decltype(&::crypt_r)>(cryptFunction("crypt_r"));
     if (crypt == nullptr)
         return "";
     const auto data = std::make_unique<crypt_data>();
@@ -39,4 +46,17 @@ std::string hashPassword(const std::string &password, const std::string &setting
     return result;
 }
 
-} // namespace zandorin::platform
+std::string freshSetting(PasswordHash way) {
+    const char *prefix = way == PasswordHash::yescrypt ? "$y$" : "$6$";
+    const auto make =
+        reinterpret_cast<decltype(&::crypt_gensalt_rn)>(cryptFunction("crypt_gensalt_rn"));
+    std::string setting(CRYPT_GENSALT_OUTPUT_SIZE, '\0');
+    if (way == PasswordHash::md5 || make == nullptr ||
+        make(prefix, 0, nullptr, 0, setting.data(), static_cast<int>(setting.size())) == nullptr)
+        return "";
+    return setting.c_str();
+}
+
+} // namespace platform
+
+} // namespace zandorin

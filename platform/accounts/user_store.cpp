@@ -1,7 +1,7 @@
 #include "platform/accounts/user_store.h"
 
 #include "platform/accounts/account_file.h"
-#include "platform/accounts/password_hash.h"
+#include "platform/accounts/accounts.h"
 #include "util/fd.h"
 #include "util/files.h"
 #include "util/log.h"
@@ -39,8 +39,8 @@ std::string homeOf(const std::string &name) {
 }
 
 /// What stands in an account line for a clear password; "" when it cannot be made.
-std::string hashFor(const std::string &password) {
-    return password.empty() ? no_password : user_hashpassword(password);
+std::string hashFor(const std::string &password, PasswordHash way) {
+    return password.empty() ? no_password : user_hashpassword(password, way);
 }
 
 void makeOwnedFolder(const std::string &path, const Account &owner) {
@@ -180,8 +180,10 @@ const char *user_makesalt() {
     return salt.data();
 }
 
-std::string user_hashpassword(const std::string &password) {
+std::string user_hashpassword(const std::string &password, PasswordHash way) {
     ZANDORIN_TRACE();
+    if (way != PasswordHash::md5)
+        return user_getcryptedpassword(password, way);
     const char *salt = user_makesalt();
     return salt == nullptr ? "" : platform::hashPassword(password, salt);
 }
@@ -223,7 +225,7 @@ int user_delgroup(const std::string &name) {
 }
 
 int user_adduser(const std::string &name, const std::string &password,
-                 const std::string &description) {
+                 const std::string &description, PasswordHash way) {
     ZANDORIN_TRACE();
     if (!acceptable(name, description))
         return -1;
@@ -235,7 +237,7 @@ int user_adduser(const std::string &name, const std::string &password,
         return -1;
     }
     Account account = {.name = name,
-                       .hash = hashFor(password),
+                       .hash = hashFor(password, way),
                        .uid = freeUid(accounts),
                        .gid = users_group,
                        .description = description,
@@ -253,7 +255,7 @@ int user_adduser(const std::string &name, const std::string &password,
 int user_changeuser(const std::string &name, const AccountChange &change) {
     ZANDORIN_TRACE();
     const std::string newName = change.name.value_or(name);
-    const std::string hash = change.password ? hashFor(*change.password) : "";
+    const std::string hash = change.password ? hashFor(*change.password, change.way) : "";
     if (!acceptable(name) || !acceptable(newName, change.description.value_or("")) ||
         (change.password && hash.empty()))
         return -1;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/accounts/password_hash.h"
+
 #include <optional>
 #include <string>
 
@@ -27,9 +29,9 @@ bool user_isfield(const std::string &text);
 /// In one static buffer, overwritten by the next call; null when the random source failed.
 const char *user_makesalt();
 
-/// MD5 crypt of a clear password with a fresh salt; "" when it cannot be made, which must never be
-/// stored.
-std::string user_hashpassword(const std::string &password);
+/// The hash of a clear password with a fresh salt, MD5 crypt where no other is asked for; "" when
+/// it cannot be made, which must never be stored.
+std::string user_hashpassword(const std::string &password, PasswordHash way = PasswordHash::md5);
 
 /// 1 when the account exists (getpwnam(3)) and has this password, else 0.
 int user_ispassword(const std::string &name, const std::string &password);
@@ -50,13 +52,14 @@ int user_delgroup(const std::string &name);
 /// Adds an account with a free id, group 1000, a home folder of its own and /bin/bash. Fails for a
 /// name that is taken. An empty password is none: nobody logs in with it.
 int user_adduser(const std::string &name, const std::string &password,
-                 const std::string &description);
+                 const std::string &description, PasswordHash way = PasswordHash::md5);
 
 /// What to change of an account; what is left out stays.
 struct AccountChange {
     std::optional<std::string> name = std::nullopt; ///< the home folder moves along
     std::optional<std::string> password =
-        std::nullopt; ///< in clear; an empty one is none, as for user_adduser
+        std::nullopt;                     ///< in clear; an empty one is none, as for user_adduser
+    PasswordHash way = PasswordHash::md5; ///< of the password
     std::optional<std::string> description = std::nullopt;
     /// False: no login, whatever the way. The hash is kept behind a "!" and the shell is
     /// /bin/false, until true brings both back. A new password does not enable an account.

@@ -47,8 +47,8 @@ class ConfigManager {
     bool isBroken() const;
 
     /// Loads the delayed file when there is one and delayed mode is on, else the committed file.
-    /// False when a file is missing, damaged or has another root element; nothing may be written
-    /// then.
+    /// Sets and deletes that were not written are dropped. False when a file is missing, damaged or
+    /// has another root element; nothing can be written then.
     bool read();
 
     /// As read(), but always the committed file, which write() then saves to at once, whatever the
@@ -64,7 +64,8 @@ class ConfigManager {
     /// True for "on", "true", "yes" and "1" in any letter case.
     bool getBoolean(std::string_view key) const;
 
-    /// The value as a whole number at or above 0; 0 when missing, negative or no number.
+    /// The value as a whole number at or above 0; 0 when missing, negative, no number, or more than
+    /// an unsigned holds.
     unsigned getSize(std::string_view key) const;
 
     /// The names of the child elements of `key`, in file order, each once.
@@ -96,8 +97,8 @@ class ConfigManager {
     /// Saves this request's own sets and deletes, nothing else: under an exclusive lock they are
     /// applied to the file as it is by then, so two requests that change different keys both keep
     /// their change. In delayed mode (see getDelayedConfigMode) into the delayed area, together
-    /// with the names scheduled so far. False when nothing was saved; the file then stands as it
-    /// was.
+    /// with the names scheduled so far. False when it is not known to be saved: the file is then as it
+    /// was, unless only its folder could not be synced; in delayed mode, the names are forgotten.
     bool write();
 
     /// What is new: in delayed mode every value that the queued configuration would change; else
@@ -144,10 +145,13 @@ class ConfigManager {
     std::vector<std::string> getConfigurators() const;
 
     /// Makes the delayed file the committed one, schedules the queued names for this request and
-    /// empties the delayed area. False when that failed; the delayed area then stands.
+    /// empties the delayed area. True also when there was nothing to commit. False when that failed;
+    /// the names stay queued then, and the delayed file too, unless only a folder could not be
+    /// synced: a second try runs what is left to be run.
     bool doDelayedCommit();
 
-    /// Drops the delayed file and the queued names; the committed values are read again.
+    /// Drops the delayed file and the queued names; the committed values are read again. False when
+    /// that failed; what could not be removed is still queued.
     bool discardDelayedCommit();
 
     /// `listener` is not owned and must outlive the store; null for none.

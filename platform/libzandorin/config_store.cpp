@@ -94,6 +94,13 @@ bool ConfigManager::Store::read(bool committedOnly) {
 }
 
 bool ConfigManager::Store::write() {
+    const bool done = save();
+    if (!done && delayedMode())
+        scheduled.clear();
+    return done;
+}
+
+bool ConfigManager::Store::save() {
     if (!state_)
         return false;
     const UniqueFd lock = lockStore(lock_);
@@ -189,11 +196,11 @@ bool ConfigManager::Store::saveDelayed(const XmlDocument *document) {
     if (scheduled.empty())
         addOnce(names, "config");
     // The names come first: a crash in between leaves one too many, which does no harm.
-    if (!logged(makeFolder(area_, 0700), "make", area_) || !saveQueue(queue_, names) ||
-        (document != nullptr && !saveConfigFile(delayed_, *document)))
-        return false;
+    const bool done = logged(makeFolder(area_, 0700), "make", area_) && saveQueue(queue_, names) &&
+                      (document == nullptr || saveConfigFile(delayed_, *document));
+    // Queued or lost with the change: nothing runs before a commit.
     scheduled.clear();
-    return true;
+    return done;
 }
 
 bool ConfigManager::Store::doDelayedCommit() {

@@ -41,6 +41,7 @@ class ConfigManager::Store {
     };
 
     std::optional<State> load() const;
+    bool save();
     bool isCurrent(const State &state) const;
     /// Null when only the scheduled configurators are to be queued.
     bool saveDelayed(const platform::XmlDocument *document);

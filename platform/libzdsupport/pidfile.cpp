@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <limits>
 #include <optional>
@@ -19,6 +20,9 @@
 namespace {
 
 using zandorin::utilities::split;
+
+/// The lock is held for a look and a write. No longer than a step of waiting for the holder takes.
+constexpr std::chrono::seconds lock_patience{2};
 
 // The file holds two lines: the process id, and the process's start time in clock ticks since
 // boot, by which another process that got the same id later is told apart.
@@ -47,38 +51,62 @@ std::optional<Holder> readHolder(const std::string &path) {
     return Holder{static_cast<pid_t>(*pid), words.size() > 1 ? words[1] : ""};
 }
 
-/// Field 22 of /proc/<pid>/stat (proc(5)); "" when it cannot be told. The folder is the kernel's
-/// own view of its processes, not a file of the appliance.
-std::string startTime(pid_t pid) {
+/// What /proc/<pid>/stat (proc(5)) says from its field 3 on; empty when it cannot be told. The
+/// folder is the kernel's own view of its processes, not a file of the appliance.
+std::vector<std::string> statusFields(pid_t pid) {
     const auto line = zandorin::readFile("/proc/" + std::to_string(pid) + "/stat");
     // Field 2, the command's name in brackets, may hold anything.
     const auto bracket = line ? line->rfind(')') : std::string::npos;
-    if (bracket == std::string::npos)
-        return "";
-    const std::vector<std::string> fields = split(line->substr(bracket + 1), " ");
+    return bracket == std::string::npos ? std::vector<std::string>()
+                                        : split(line->substr(bracket + 1), " ");
+}
+
+/// Field 22: when the process started.
+std::string startTime(const std::vector<std::string> &fields) {
     return fields.size() > 19 ? fields[19] : "";
+}
+
+/// Field 3: the process has ended, and only its parent has not asked for its status.
+bool isZombie(const std::vector<std::string> &fields) {
+    return !fields.empty() && (fields[0] == "Z" || fields[0] == "X");
 }
 
 bool isAlive(const Holder &holder) {
     if (::kill(holder.pid, 0) != 0 && errno != EPERM)
         return false;
-    const std::string started = startTime(holder.pid);
-    return holder.started.empty() || started.empty() || started == holder.started;
+    const std::vector<std::string> fields = statusFields(holder.pid);
+    const std::string started = startTime(fields);
+    return !isZombie(fields) &&
+           (holder.started.empty() || started.empty() || started == holder.started);
+}
+
+bool isHeldByAnother(const std::string &path) {
+    const auto holder = readHolder(path);
+    return holder && holder->pid != ::getpid() && isAlive(*holder);
 }
 
 } // namespace
 
 int pidfile_valid(const char *name) {
-    const auto holder = readHolder(pidFilePath(name));
-    return holder && holder->pid != ::getpid() && isAlive(*holder) ? 0 : -1;
+    return isHeldByAnother(pidFilePath(name)) ? 0 : -1;
 }
 
 int pidfile_create(const char *name) {
     const std::string path = pidFilePath(name);
-    if (path.empty())
+    if (path.empty()) {
+        errno = EINVAL;
         return -1;
+    }
+    // Nobody becomes the holder between the look and the write.
+    const zandorin::UniqueFd lock = zandorin::lockFile(path + ".lock", lock_patience);
+    if (!lock)
+        return -1;
+    if (isHeldByAnother(path)) {
+        errno = EBUSY;
+        return -1;
+    }
     const pid_t self = ::getpid();
-    const std::string contents = std::to_string(self) + "\n" + startTime(self) + "\n";
+    const std::string contents = std::to_string(self) + "\n" + startTime(statusFields(self)) + "\n";
     return zandorin::replaceFile(path, contents, 0644, zandorin::Durable::no) ? 0 : -1;
 }
 

@@ -20,7 +20,7 @@ START_SECONDS = 20
 PAGE_SECONDS = 20
 
 
-Appliance = namedtuple("Appliance", "root url")
+Appliance = namedtuple("Appliance", "root url tls_port")
 
 
 def free_port():
@@ -32,18 +32,18 @@ def free_port():
 @contextmanager
 def serving(folder):
     """An appliance in that folder, served."""
-    log, port = folder / "log", free_port()
+    log, port, tls_port = folder / "log", free_port(), free_port()
     preset = os.environ.get("ZANDORIN_PRESET", "release")
     with open(log, "wb") as output:
         server = subprocess.Popen(
             [PROJECT / "script/server", "--no-build", "--preset", preset, "--port", str(port),
-             "--root", folder / "root"], stdout=output, stderr=subprocess.STDOUT)
+             "--tls-port", str(tls_port), "--root", folder / "root"], stdout=output, stderr=subprocess.STDOUT)
     try:
         end = time.monotonic() + START_SECONDS
         while b"http://" not in log.read_bytes():
             assert server.poll() is None and time.monotonic() < end, log.read_text()
             time.sleep(0.05)
-        yield Appliance(folder / "root", f"http://127.0.0.1:{port}/")
+        yield Appliance(folder / "root", f"http://127.0.0.1:{port}/", tls_port)
     finally:
         server.send_signal(signal.SIGTERM)
         server.wait(START_SECONDS)

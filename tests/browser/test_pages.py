@@ -48,6 +48,18 @@ def test_values_are_judged_while_one_types_and_after(browser):
     assert browser.driver.switch_to.active_element.get_attribute("aria-invalid") == "true"
 
 
+def test_typed_secrets_do_not_outlive_the_session(browser):
+    browser.log_in("?form=snmp")
+    browser.enter("config.services.snmp.syslocation", "rack 7")
+    browser.enter("config.services.snmp.rocommunity", "merlin")
+    browser.enter("config.system.snmp.community", "merlin")
+    assert asks_before_leaving(browser)
+    browser.driver.delete_all_cookies()
+    browser.press("main input[type=submit]")
+    kept = browser.driver.execute_script("return sessionStorage.getItem('zandorin.draft');")
+    assert "rack 7" in kept and "merlin" not in kept
+
+
 def test_typed_values_outlive_the_session(browser):
     browser.log_in("?form=smtp")
     assert not asks_before_leaving(browser)

@@ -63,6 +63,8 @@ TEST_F(Commit, DelayedChangesAreQueuedListedCancelledAndApplied) {
     EXPECT_TRUE(submit("config.delayed=on").has(succeeded));
     EXPECT_TRUE(shortcut());
     EXPECT_TRUE(page().has("There are currently no pending configuration changes</p>"));
+    const std::string form = "name=\"commit\">";
+    EXPECT_FALSE(page().has(form)) << "nothing to apply or to cancel";
     const std::string before = configuration();
     remove("/ran");
 
@@ -78,6 +80,7 @@ TEST_F(Commit, DelayedChangesAreQueuedListedCancelledAndApplied) {
     EXPECT_TRUE(get("form=t", cookie_).has("value=\"new\"")) << "a queued change shows in its form";
     EXPECT_TRUE(page().has("<p>The following configurators will be run on config "
                            "commit:</b></p>\n<p>t<br>\n</p>"));
+    EXPECT_TRUE(page().has(form));
     EXPECT_FALSE(page().has("will reboot"));
     EXPECT_FALSE(exists("/ran"));
 
@@ -100,6 +103,9 @@ TEST_F(Commit, RebootIsQueuedOrDoneAndNeedsItsBox) {
     EXPECT_TRUE(post(fields, cookie_).has("<p>A delayed reboot has been queued."));
     EXPECT_EQ(read("/etc/config/delayed/configurators"), "reboot\nssl\n");
     EXPECT_TRUE(page().has("<b>the device will reboot</b>"));
+    remove("/etc/config/delayed/configurators");
+    EXPECT_TRUE(page().has("name=\"commit\">")) << "a reboot waits";
+    put("/etc/config/delayed/configurators", "reboot\nssl\n");
     EXPECT_FALSE(exists("/var/run/reboot-requested"));
     post("form=commit&apply=Apply", cookie_);
     EXPECT_TRUE(exists("/var/run/reboot-requested"));
@@ -145,6 +151,57 @@ TEST_F(Commit, ConfiguratorsOfTwoRequestsDoNotMeet) {
     first.finish();
     EXPECT_TRUE(other.finish().body.ends_with("</html>\n"));
     EXPECT_EQ(read("/ran"), "t\n/t\nu\n");
+}
+
+TEST_F(Commit, ConfiguratorsThatBeginAtTheSameMomentDoNotMeet) {
+    if (std::system("strace -o /dev/null true >/dev/null 2>&1") != 0)
+        GTEST_SKIP() << "strace cannot trace processes here";
+    addPage("u",
+            "CGI_CALL(ui::addElement,config.test.u1,One,text,save,dontdelete)"
+            "CGI_CALL(ui::addElement,config.test.u2,Two,text,save,dontdelete)",
+            "CGI_CALL(ui::getFile,/gate,.)");
+    addConfigurator("u", "echo u >>ran; sleep 0.3; echo /u >>ran");
+    ASSERT_EQ(::mkfifo(onHost("/gate").c_str(), 0600), 0);
+    // Slow between a look at whether others run theirs, and the word that this one does.
+    const std::vector<std::string> slowly = {
+        "env", "ASAN_OPTIONS=detect_leaks=0",    "strace", "-o", "/dev/null", "-e", "trace=rename",
+        "-e",  "inject=rename:delay_enter=50000"};
+    std::vector<Running> requests;
+    for (const char *key : {"config.test.u1", "config.test.u2"})
+        requests.push_back(
+            startPost(Fields{{key, "1"}} + formData("form=u&apply=Apply"), cookie_, slowly));
+    waitFor([&] { return stored("config.test.u1") + stored("config.test.u2") == "11"; });
+    std::this_thread::sleep_for(500ms); // until both stand at the gate
+    UniqueFd(::open(onHost("/gate").c_str(), O_WRONLY | O_CLOEXEC)).reset();
+    for (Running &request : requests)
+        EXPECT_EQ(request.finish().status, 0);
+    EXPECT_EQ(read("/ran"), "u\n/u\nu\n/u\n");
+}
+
+TEST_F(Commit, WhoWaitedIsLookedAtAgain) {
+    addUser("ann", {"admin"});
+    addConfigurator("t", "until [ -e go ]; do sleep 0.01; done");
+    for (const char *ended : {"account", "session"}) {
+        remove("/go");
+        configure("config.test.b", "before");
+        Running first =
+            startPost(formData(std::string("form=t&apply=Apply&config.test.a=") + ended), cookie_);
+        first.readPage();
+        Running second = startPost(formData("form=t&apply=Apply&config.test.b=after"),
+                                   login("ann", "anns-session"));
+        std::this_thread::sleep_for(200ms);
+        EXPECT_FALSE(second.hasEnded()) << ended;
+        if (ended == std::string("account"))
+            configure("config.users.user1.disabled", "on");
+        else
+            remove("/var/run/.sessions/session-anns-session");
+        put("/go", "");
+        EXPECT_EQ(second.finish().status, 0) << ended;
+        first.finish();
+        EXPECT_EQ(stored("config.test.b"), "before") << ended;
+        configure("config.users.user1.disabled", "off");
+    }
+    expectLog("Failed to load roles for user 'ann'");
 }
 
 } // namespace

@@ -68,8 +68,7 @@ TEST_F(Disaster, UsersAddedAtOnceAreThereOrWereRefused) {
 }
 
 TEST_F(Disaster, CallsThatAreInterruptedAndCarryHalfDoTheirWork) {
-    const Environment rough = {
-        {"LD_PRELOAD", ZANDORIN_SYSLOG_RECORDER ":" ZANDORIN_ROUGH_CALLS ":libnss_wrapper.so"}};
+    const Environment rough = {{"LD_PRELOAD", preloads(true)}};
     EXPECT_TRUE(acknowledged(postBy({}, change("new"), rough)));
     EXPECT_EQ(stored("config.t.a"), "new");
     EXPECT_TRUE(saved(postBy({}, userFields(1, "", "ann", "secret"), rough))) << log();
@@ -103,9 +102,7 @@ TEST_F(Disaster, AFullDiskIsToldAndLosesNothing) {
 
 TEST_F(Disaster, AClockThatJumpsEndsSessionsAndLosesNothing) {
     for (const char *jump : {"400000000", "-400000000", "100000", "-100000"}) {
-        const Environment clock = {
-            {"ZANDORIN_TEST_CLOCK", jump},
-            {"LD_PRELOAD", ZANDORIN_SYSLOG_RECORDER ":" ZANDORIN_ROUGH_CALLS ":libnss_wrapper.so"}};
+        const Environment clock = {{"ZANDORIN_TEST_CLOCK", jump}, {"LD_PRELOAD", preloads(true)}};
         const Response during = postBy({}, change(jump), clock);
         EXPECT_EQ(during.status, 0);
         EXPECT_TRUE(during.body.ends_with("</html>\n")) << jump;

@@ -18,6 +18,8 @@ struct Page {
     std::string query;
     std::string form = ""; ///< its name; of a page of settings none
     std::string type = ""; ///< chosen type of a check or an action
+
+    friend void PrintTo(const Page &page, std::ostream *out) { *out << page.name; }
 };
 
 std::vector<Page> pages() {
@@ -205,7 +207,7 @@ TEST_P(EveryInput, ComesBackAsItWasTyped) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, EveryInput, ::testing::ValuesIn(pages()),
-                         [](const auto &parameter) { return parameter.param.name; });
+                         [](const auto &parameter) { return testName(parameter.param.name); });
 
 } // namespace
 } // namespace zandorin::test

@@ -86,6 +86,19 @@ TEST_F(ForeignRequest, ThatOnlyLooksIsServed) {
     }
 }
 
+TEST_F(ForeignRequest, EndsNoSessionAndIsNoLogin) {
+    addUser("ann", {"dialin"});
+    const std::string cookie = login("ann");
+    EXPECT_TRUE(request({{"REQUEST_METHOD", "GET"},
+                         {"QUERY_STRING", "form=time"},
+                         {"HTTP_SEC_FETCH_SITE", "cross-site"},
+                         {"HTTP_COOKIE", cookie}})
+                    .has("not authorized"));
+    EXPECT_TRUE(exists("/var/run/.sessions/session-0123456789abcdef-ann"));
+    EXPECT_TRUE(send(cross_site, "form=login", false).has("You have successfully logged in."));
+    EXPECT_EQ(log().find("LOGIN from"), std::string::npos);
+}
+
 TEST_F(ForeignRequest, HostIsShownNowhere) {
     for (const char *query : {"form=sessions", "form=login", "form=none"}) {
         const Response response = send({{"HTTP_HOST", "evil.example"},

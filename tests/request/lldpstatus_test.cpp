@@ -77,7 +77,7 @@ TEST_F(LldpStatus, ComesWhenTheClientHangsAndEndsIt) {
 TEST_F(LldpStatus, ShowsTheNeighborOfARealDaemon) {
     ipipestream daemons(
         "exec 2>/dev/null; unshare --net --mount true || { echo skip no namespaces; exit; }; "
-        "exec unshare --net --mount " ZANDORIN_SOURCE_DIR "/tests/support/lldpd_pair",
+        "exec unshare --net --mount '" ZANDORIN_SOURCE_DIR "/tests/support/lldpd_pair'",
         15000);
     std::string word;
     std::string rest;

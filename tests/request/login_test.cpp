@@ -1,7 +1,7 @@
-#include "tests/support/request_test.h"
+#include "tests/request/users_page.h"
 
-#include <crypt.h>
 #include <filesystem>
+#include <regex>
 
 // Logins from outside: the real program, the real helper, PAM.
 
@@ -40,10 +40,40 @@ bool isIn(const Response &response) {
     return response.has("You have successfully logged in.");
 }
 
+TEST_F(Login, TakesEachKindOfPasswordHash) {
+    const std::pair<const char *, const char *> rows[] = {
+        {"", "$1$"}, {"md5", "$1$"}, {"sha512", "$6$"}, {"yescrypt", "$y$"}};
+    int index = 0;
+    for (const auto &[way, prefix] : rows) {
+        const std::string name = "user" + std::to_string(++index);
+        if (*way != '\0')
+            configure("config.auth.passwordhash", way);
+        const std::string admin = login();
+        EXPECT_TRUE(post(userFields(index, "", name, "merlin"), admin).has("succeeded")) << way;
+        EXPECT_NE(read(passwd).find("\n" + name + ":" + prefix), std::string::npos) << way;
+        EXPECT_FALSE(isIn(logIn(name, "merlins"))) << way;
+        const Response response = logIn(name, "merlin");
+        EXPECT_TRUE(isIn(response)) << way;
+        logOut(cookieOf(response));
+    }
+    post({{"form", "systemsettings"},
+          {"apply", "on"},
+          {"config.system.name", "zandorin"},
+          {"config.system.password", "merlin"},
+          {"config.system.confirm", "merlin"}},
+         login());
+    EXPECT_TRUE(read(passwd).starts_with("root:$y$")) << read(passwd);
+    const Response response = logIn("root", "merlin");
+    EXPECT_TRUE(isIn(response));
+    EXPECT_EQ(cookieOf(response).size(), std::string("ZdSessionId=").size() + 32);
+}
+
 TEST_F(Login, AlwaysMakesASessionOfItsOwn) {
     for (const std::string planted : {"0123456789abcdef", "ffffffffffffffffffffffffffffffff"}) {
         const Response response = logIn("root", "kestrel", "ZdSessionId=" + planted);
         EXPECT_TRUE(isIn(response));
+        EXPECT_TRUE(response.has("window.location=\"?\"")) << "the engine knows what comes first";
+        EXPECT_NE(log().find("WebUI User: root - LOGIN from"), std::string::npos);
         const std::string cookie = cookieOf(response);
         EXPECT_NE(cookie, "ZdSessionId=" + planted) << "set beforehand";
         EXPECT_FALSE(exists("/var/run/.sessions/session-" + planted));
@@ -109,6 +139,48 @@ TEST_F(Login, GuessingIsStoppedWhereItComesFrom) {
         logOut(cookieOf(response));
         configure("config.bfprotection.enabled", "off");
     }
+}
+
+TEST_F(Login, IsAPostOfItsFormAndOfNoOther) {
+    configure(formData("config.bfprotection.enabled=on&config.bfprotection.limit=1"));
+    const std::string rest = "&action=login_userpass&username=root&password=kestrel";
+    for (const std::string form : {"form=time", "form=index", "form=", "GET"}) {
+        const Response response =
+            form == "GET" ? get("form=login" + rest) : post(formData(form + rest));
+        EXPECT_EQ(response.headerLine("Set-Cookie"), "") << form;
+        EXPECT_TRUE(response.has("name=\"username\"") && response.boxes().empty()) << form;
+    }
+    EXPECT_EQ(log().find("WebUI User"), std::string::npos);
+    EXPECT_TRUE(isIn(logIn("root", "kestrel"))) << "nothing counted as a failure";
+}
+
+TEST_F(Login, EndsOlderSessions) {
+    configure("config.auth.maxsessions", "2");
+    for (const char *id : {"one", "two"})
+        login("root", id);
+    login("ann", "hers");
+    put("/var/run/.sessions/session-one",
+        std::regex_replace(read("/var/run/.sessions/session-one"), std::regex("session_start = .*"),
+                           "session_start = 1"));
+    const std::string own = cookieOf(logIn("root", "kestrel"));
+    const auto isThere = [&](const char *id) {
+        return exists(std::string("/var/run/.sessions/session-") + id);
+    };
+    EXPECT_TRUE(!isThere("one") && isThere("two") && isThere("hers"));
+
+    // A new password of root's ends the others, at once or with its commit.
+    const Fields change = formData("form=systemsettings&apply=1&config.system.password=new-one&"
+                                   "config.system.confirm=new-one");
+    EXPECT_TRUE(post(change, own).has("Changes to configuration succeeded."));
+    EXPECT_TRUE(!isThere("two") && isThere("hers"));
+    login("root", "two");
+    configure("config.delayed", "on");
+    EXPECT_TRUE(post(change, own).has("queued"));
+    EXPECT_TRUE(isThere("two"));
+    EXPECT_FALSE(post("form=commit&apply=Apply", own).has("error-message"));
+    EXPECT_TRUE(!isThere("two") && isThere("hers"));
+    EXPECT_TRUE(get("form=sessions", own).has("Web Sessions")) << "its own goes on";
+    logOut(own);
 }
 
 TEST_F(Login, SeveralGuessesAtOnceDoNotGetPast) {

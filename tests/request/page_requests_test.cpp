@@ -43,6 +43,27 @@ TEST_F(PageRequests, AreForUsersWhoAreLoggedIn) {
         EXPECT_EQ(response.body, "{\"login\":true}\n") << form;
         EXPECT_EQ(response.headerLine("Content-Type"), "application/json");
     }
+    // As a page asks: an account, a role, and no passwords that wait to be converted.
+    addUser("ann", {"pmshell"});
+    for (const char *refused : {"", "disabled", "no role", "unconverted", "no account"}) {
+        const std::string cookie = login("ann");
+        if (refused == std::string("disabled"))
+            configure("config.users.user1.disabled", "on");
+        else if (refused == std::string("no role"))
+            configure(formData(
+                "config.users.user1.disabled=off&config.users.user1.groups.group1=dialin"));
+        else if (refused == std::string("unconverted"))
+            configure("config.system.password", "clear");
+        else if (refused == std::string("no account"))
+            put("/etc/config/passwd", "root:x:0:0::/:/bin/sh\n");
+        for (const char *form : {"configurators", "check"})
+            EXPECT_EQ(get(std::string("form=") + form, cookie).body == "{\"login\":true}\n",
+                      *refused != '\0')
+                << refused << form;
+    }
+    EXPECT_TRUE(exists("/var/run/.sessions/session-0123456789abcdef-ann"));
+    expectLog("Failed to load roles for user 'ann'");
+    expectLog("Upgrade firmware/config for non-root users.");
 }
 
 TEST_F(PageRequests, AValueIsCheckedAsItsFormWould) {

@@ -1,5 +1,7 @@
 #include "tests/support/request_test.h"
 
+#include <unistd.h>
+
 namespace zandorin::test {
 namespace {
 
@@ -90,6 +92,29 @@ TEST_F(Page, DamagedFilesAreReportedAndLeftAlone) {
     expectLog("/home/httpd/nav.xml");
     EXPECT_TRUE(get("").has("Invalid navigation tree config: /home/httpd/nav.xml"));
     EXPECT_EQ(read("/home/httpd/nav.xml"), "<tree><branch");
+}
+
+TEST_F(Page, AReaderThatHasGoneIsNoFault) {
+    const Response response =
+        start({{"REQUEST_METHOD", "GET"}, {"HTTP_COOKIE", login()}}, "",
+              {"/bin/bash", "-c", "set -o pipefail; (sleep 0.2; exec \"$0\") | :"})
+            .finish();
+    EXPECT_EQ(response.status, 0);
+}
+
+TEST_F(Page, OnlyRootAndItsOwnAccountHoldItForMaintenance) {
+    const std::string file = onHost("/tmp/wait");
+    ASSERT_EQ(::symlink("/etc/passwd", file.c_str()), 0);
+    if (::lchown(file.c_str(), 65534, 65534) == 0) {
+        EXPECT_TRUE(get("").has("name=\"username\"")) << "a link that anybody made";
+    }
+    remove("/tmp/wait");
+    put("/tmp/wait", "");
+    Running held = start({{"REQUEST_METHOD", "GET"}});
+    ::usleep(300000);
+    EXPECT_FALSE(held.hasEnded());
+    remove("/tmp/wait");
+    EXPECT_TRUE(held.finish().body.ends_with("</html>\n"));
 }
 
 TEST_F(Page, ProxyBaseIsPutBeforeLinksEscaped) {

@@ -2,8 +2,11 @@
 #include "util/files.h"
 
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <future>
+
+#include <unistd.h>
 
 namespace zandorin::test {
 namespace {
@@ -115,6 +118,35 @@ TEST_F(Users, ARequestThatHadToWaitSeesWhatHasChanged) {
     lock.reset();
     EXPECT_TRUE(answer.get().has("this entry is 'zoe' now, not 'ann'. Nothing was saved."));
     EXPECT_EQ(read(passwd), accounts);
+}
+
+TEST_F(Users, ALinkActsToItsEndWhoeverHangsUp) {
+    addTwo();
+    const std::string cookie = login();
+    const std::string lock = onHost("/etc/config/.users.lock");
+    UniqueFd held = lockFile(lock);
+    ASSERT_TRUE(held);
+    Running request = start({{"REQUEST_METHOD", "GET"},
+                             {"QUERY_STRING", "form=users&action=disable&index=1&type=user"},
+                             {"HTTP_COOKIE", cookie}});
+    const auto waits = [&] {
+        std::error_code gone;
+        for (const auto &fd :
+             fs::directory_iterator("/proc/" + std::to_string(request.pid) + "/fd", gone))
+            if (fs::read_symlink(fd.path(), gone) == lock)
+                return true;
+        return false;
+    };
+    for (int tries = 0; tries < 2000 && !waits(); ++tries)
+        ::usleep(1000);
+    ASSERT_TRUE(waits());
+    // As a web server does whose client has gone.
+    for (const int signal : {SIGTERM, SIGHUP, SIGINT, SIGPIPE})
+        ::kill(request.pid, signal);
+    held.reset();
+    EXPECT_EQ(request.finish().status, 0);
+    EXPECT_EQ(value("users.user1.disabled"), "on");
+    EXPECT_EQ(account("ann").find("ann:!"), 0U);
 }
 
 TEST_F(Users, GroupsHaveRolesAndTakeTheirMembersAlong) {

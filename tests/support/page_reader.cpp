@@ -3,6 +3,8 @@
 #include "tests/support/request_test.h"
 #include "util/files.h"
 
+#include <algorithm>
+#include <cctype>
 #include <regex>
 #include <sstream>
 
@@ -103,7 +105,7 @@ std::map<std::string, std::string> readElements(const std::string &page) {
 std::vector<DocumentedKey> documentedKeys() {
     std::istringstream lines(
         readFile(ZANDORIN_SOURCE_DIR "/docs/configuration.md").value_or("(missing)"));
-    static const std::regex heading("## (?:Page `([a-z]+)`: )?.*");
+    static const std::regex heading("## (?:Page `([^`]+)`: )?.*");
     static const std::regex row("\\| `(config\\.[^`]+)` \\| ([a-z_0-9]+)[^|]*\\|.*");
     std::vector<DocumentedKey> keys;
     std::string page;
@@ -119,6 +121,12 @@ std::vector<DocumentedKey> documentedKeys() {
             keys.push_back({key, match[2], page});
         }
     return keys;
+}
+
+std::string testName(std::string words) {
+    std::replace_if(
+        words.begin(), words.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
+    return words;
 }
 
 std::set<std::string> settingsPages() {

@@ -34,6 +34,9 @@ struct DocumentedKey {
 };
 std::vector<DocumentedKey> documentedKeys();
 
+/// The words as the name of a test, which is made of letters, digits and "_".
+std::string testName(std::string words);
+
 /// Ids of the pages that it has keys of.
 std::set<std::string> settingsPages();
 

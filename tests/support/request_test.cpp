@@ -30,6 +30,10 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char *program = ZANDORIN_BIN_DIR "/zandorin.cgi";
+// Links in the root: the loader takes a blank in a path, such as the sources' own, for the end of
+// it.
+constexpr const char *syslog_recorder = "/bin/syslog_recorder.so";
+constexpr const char *rough_calls = "/bin/rough_calls.so";
 constexpr auto request_limit = std::chrono::seconds(60);
 
 std::string makeRoot() {
@@ -43,6 +47,8 @@ std::string makeRoot() {
     fs::permissions(root + "/var/run/.sessions", fs::perms::owner_all);
     for (const char *helper : {"/pam-client", "/zandorin-config"})
         fs::create_symlink(std::string(ZANDORIN_BIN_DIR) + helper, root + "/bin" + helper);
+    fs::create_symlink(ZANDORIN_SYSLOG_RECORDER, root + syslog_recorder);
+    fs::create_symlink(ZANDORIN_ROUGH_CALLS, root + rough_calls);
     fs::create_symlink("/proc/uptime", root + "/proc/uptime");
     return root;
 }
@@ -235,7 +241,7 @@ Running RequestTest::start(const Environment &variables, const std::string &body
         {"PATH", "/usr/bin:/bin"},
         {"ZANDORIN_ROOT", root_},
         {"ZANDORIN_TEST_LOG", onHost("/tmp/log")},
-        {"LD_PRELOAD", ZANDORIN_SYSLOG_RECORDER ":libnss_wrapper.so"},
+        {"LD_PRELOAD", preloads()},
         {"NSS_WRAPPER_PASSWD", onHost("/etc/config/passwd")},
         {"NSS_WRAPPER_GROUP", onHost("/etc/config/group")},
         {"NSS_WRAPPER_DISABLE_DEEPBIND", "1"}, // the sanitizers do not bear it
@@ -342,6 +348,11 @@ void RequestTest::addUser(const std::string &name, const std::vector<std::string
     configure(user);
     put("/etc/config/passwd", read("/etc/config/passwd") + name +
                                   ":x:1000:1000::/etc/config/users/" + name + ":/bin/bash\n");
+}
+
+std::string RequestTest::preloads(bool rough) const {
+    return onHost(syslog_recorder) + (rough ? ":" + onHost(rough_calls) : "") +
+           ":libnss_wrapper.so";
 }
 
 std::string RequestTest::log() const {

@@ -123,6 +123,9 @@ class RequestTest : public ::testing::Test {
     /// All log records so far, one "<syslog priority> <text>" a line.
     std::string log() const;
 
+    /// LD_PRELOAD of the programs; `rough` adds what interrupts system calls and moves the clock.
+    std::string preloads(bool rough = false) const;
+
     static std::string encode(const Fields &fields);
 
   private:

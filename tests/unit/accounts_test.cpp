@@ -40,6 +40,9 @@ TEST_F(Accounts, PasswordsAreChecked) {
 }
 
 TEST_F(Accounts, HashesAreSaltedAndMatch) {
+    EXPECT_THAT(user_getcryptedpassword("kestrel", PasswordHash::yescrypt),
+                testing::StartsWith("$y$"));
+    EXPECT_EQ(user_getcryptedpassword("kestrel", PasswordHash::md5), "") << "is the account files'";
     const std::string first = user_getcryptedpassword("kestrel");
     EXPECT_THAT(first, testing::MatchesRegex("[$]6[$][./0-9A-Za-z]+[$][./0-9A-Za-z]+"));
     EXPECT_EQ(first.size(), 3U + 16 + 1 + 86);

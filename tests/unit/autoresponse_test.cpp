@@ -88,6 +88,12 @@ TEST_F(AutoResponse, FingerprintFollowsEveryChange) {
         config.setElement(recordKey(1) + key, "1");
         EXPECT_TRUE(seen.insert(fingerprint(config, 1)).second) << key;
     }
+    // The same value under another name, at the same place.
+    config.setElement(recordKey(1) + ".first", "1");
+    const std::string first = fingerprint(config, 1);
+    config.delElement(recordKey(1) + ".first");
+    config.setElement(recordKey(1) + ".second", "1");
+    EXPECT_NE(fingerprint(config, 1), first) << "the name counts";
     EXPECT_EQ(fingerprint(config, 3), "");
     config.setElement("config.autoresponse.total", "4000000000");
     EXPECT_EQ(countEntries(config, all_records), 3U) << "never more than there is";

@@ -99,10 +99,21 @@ TEST_F(CgiFile, StoresAnUploadUpToItsFirstZero) {
                                         "300 Failed to open file for writing: /nonexistent/key"}));
 
     const std::string large = CgiRequest::part(header, std::string(1048577, 'x'));
-    CgiRequest second(CgiRequest::multipart(large), large);
-    EXPECT_FALSE(second.open()->getVarFile("f", appliancePath("/large")));
-    EXPECT_TRUE(log.has("300 File data was truncated"));
-    EXPECT_FALSE(exists("/large"));
+    put("/var/run/.sessions/session-user",
+        "username = root\nexpiry_time = 2147483647\nauth_state = 7\n");
+    put("/var/run/.sessions/session-old", "username = root\nexpiry_time = 1\nauth_state = 7\n");
+    put("/var/run/.sessions/session-guess",
+        "username = root\nexpiry_time = 2147483647\nauth_state = 2\n");
+    for (const std::string id : {"old", "guess", "none", "user"}) {
+        auto variables = CgiRequest::multipart(large);
+        variables.emplace_back("HTTP_COOKIE", "ZdSessionId=" + id);
+        CgiRequest second(variables, large);
+        const auto upload = second.open();
+        EXPECT_EQ(upload->status(), id == "user" ? 200 : 413) << id;
+        EXPECT_FALSE(upload->getVarFile("f", appliancePath("/large"))) << id;
+        EXPECT_EQ(log.has("300 File data was truncated"), id == "user") << id;
+        EXPECT_FALSE(exists("/large"));
+    }
 }
 
 } // namespace

@@ -75,7 +75,7 @@ TEST_F(ConfigStore, RefusesKeysAndValuesThatTheFileCannotHold) {
         deep += ".a";
     for (const std::string &key :
          {std::string("config"), std::string("config.1"), std::string("config.a><b"),
-          std::string("config..a"), deep + ".a"})
+          std::string("config..a"), std::string("config.a<b"), deep + ".a"})
         EXPECT_THROW(store.setElement(key, "x"), utilities::Exception) << key;
     EXPECT_THROW(store.setElement("config.a", "\x1b[2J"), utilities::Exception);
     EXPECT_FALSE(store.isDirty());
@@ -253,6 +253,30 @@ TEST_F(ConfigStore, DelayedChangesWaitForTheirCommit) {
                                   "  <c>3</c>\n"));
     EXPECT_FALSE(exists(delayed_file));
     EXPECT_FALSE(exists(queue));
+}
+
+TEST_F(ConfigStore, NothingRunsOfAChangeThatCouldNotBeQueued) {
+    const std::string on = document("  <delayed>on</delayed>\n");
+    const struct {
+        const char *name, *obstacle; ///< a folder where a file is to be
+        bool lateMode;               ///< switched on by another request meanwhile
+    } rows[] = {
+        {"list", queue, false},
+        {"delayed file", delayed_file, false},
+        {"list, mode judged when writing", queue, true},
+    };
+    for (const auto &row : rows) {
+        SetUp();
+        put(file, row.lateMode ? document("") : on);
+        Store store;
+        ASSERT_TRUE(store.read());
+        store.setElement("config.a", "2");
+        store.schedule("first");
+        put(file, on);
+        makeFolder(row.obstacle);
+        EXPECT_FALSE(store.write()) << row.name;
+        EXPECT_FALSE(store.hasConfiguratorsScheduled()) << row.name;
+    }
 }
 
 TEST_F(ConfigStore, ModeIsJudgedWhenWriting) {

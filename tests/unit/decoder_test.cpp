@@ -37,7 +37,8 @@ TEST(Decoder, Requests) {
         {"first of a name", CgiRequest::get("b=&a=1&a=2"), "", "", "1"},
         {"skipped", {{"DONT_READ_STDIN", "1x"}, {method, "GET"}, {query, "a=1"}}, "", "", "-"},
         {"post", urlEncoded("3"), "a=12", "", "1"},
-        {"shorter than announced", urlEncoded("9223372036854775807"), "a=1", "", "1"},
+        {"shorter than announced", urlEncoded("7"), "a=1", "", "-"},
+        {"more than is taken", urlEncoded("9223372036854775807"), "a=1", "", "-"},
         {"negative", urlEncoded("-1"), "a=1", failed, "-"},
         {"not whole", urlEncoded("3 "), "a=1", "", "-"},
         {"other type", CgiRequest::post("text/plain", "3"), "a=1", "", "-", "Unknown Encoding.\n"},
@@ -52,6 +53,55 @@ TEST(Decoder, Requests) {
         EXPECT_EQ(testing::internal::GetCapturedStderr(), row.standardError) << row.name;
         EXPECT_EQ(log.records().empty() ? "" : log.records().front(), row.log) << row.name;
         EXPECT_EQ(cgi->varStringExists("a") ? cgi->getVarString("a").raw : "-", row.a) << row.name;
+    }
+}
+
+TEST(Decoder, RefusesWhatNoFormSends) {
+    const auto repeat = [](int times, auto make) {
+        std::string text;
+        for (int i = 0; i < times; ++i)
+            text += make(i);
+        return text;
+    };
+    const std::string same = repeat(10000, [](int) { return "a=1&"; });
+    const auto names = [&](int count) {
+        return repeat(count, [](int i) { return std::to_string(i) + "=1&"; });
+    };
+    const std::string head = "--B\r\nContent-Disposition: form-data; name=";
+    const auto files = [&](int count, std::size_t size) {
+        return repeat(count,
+                      [&](int i) {
+                          return head + std::to_string(i) + "\r\n\r\n" + std::string(size, 'x') +
+                                 "\r\n";
+                      }) +
+               "--B--\r\n";
+    };
+    const struct {
+        const char *name;
+        std::string body;
+        int status;
+    } rows[] = {
+        {"one name many times", same, 200},
+        {"many names", names(4096), 200},
+        {"too many", names(4097), 413},
+        {"long name", std::string(1024, 'n') + "=1", 200},
+        {"too long", std::string(1025, 'n') + "=1", 413},
+        {"as much as a stranger may", "a=" + std::string(65534, 'x'), 200},
+        {"more", "a=" + std::string(65535, 'x'), 413},
+        {"parts cut short", head + "a\r\n\r\n1\r\n" + head + "b\r\n\r\n2", 200},
+        {"many parts", files(1500, 1), 413}, // of more than 64 KiB
+    };
+    for (const auto &row : rows) {
+        const test::LogCapture log;
+        const std::string size = std::to_string(row.body.size());
+        CgiRequest request(row.body.starts_with("--") ? CgiRequest::multipart(row.body)
+                                                      : urlEncoded(size),
+                           row.body);
+        const auto cgi = request.open();
+        EXPECT_EQ(cgi->status(), row.status) << row.name;
+        EXPECT_EQ(cgi->hasErrors(), row.status != 200) << row.name;
+        EXPECT_EQ(cgi->anyFieldName([](std::string_view) { return true; }), row.status == 200)
+            << row.name;
     }
 }
 

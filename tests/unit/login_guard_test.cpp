@@ -78,6 +78,50 @@ TEST_F(LoginGuardTest, NameUnderFireFromEverywhereIsSlowedNotShut) {
     EXPECT_EQ(fail(1061, "192.0.2.2", "root"), 59);
 }
 
+TEST_F(LoginGuardTest, OwnersAreNotCountedWithTheGuessers) {
+    constexpr int week = 7 * 24 * 3600;
+    const auto attack = [](int now) {
+        for (int n = 0; n < 60; ++n)
+            fail(now, "198.51." + std::to_string(n) + ".1", "root");
+    };
+    fail(1000, "192.0.2.1", "root");
+    succeed(1000, "192.0.2.1", "root");
+    // What others log in as, and from where, does not push it out.
+    for (int n = 0; n < 20; ++n)
+        succeed(1001, "203.0.113." + std::to_string(n), "ann");
+    attack(2000);
+    const struct {
+        const char *name, *address, *user;
+        int now;
+        bool isAdmitted;
+        const char *networks = "";
+    } rows[] = {
+        {"where it succeeded", "192.0.2.1", "root", 2000, true},
+        {"elsewhere", "192.0.2.2", "root", 2000, false},
+        {"only as another", "203.0.113.19", "root", 2000, false},
+        {"a trusted network", "192.168.7.9", "root", 2000, true, "10.0.0.0/8, 192.168.0.0/16"},
+        {"its mask", "192.168.8.9", "root", 2000, true, "192.168.8.0/255.255.255.0"},
+        {"of IPv6", "2001:db8::9", "root", 2000, true, "2001:db8::/33"},
+        {"beside it", "2001:db8:8000::9", "root", 2000, false, "2001:db8::/33"},
+        {"one address", "192.168.9.9", "root", 2000, true, "192.168.9.9"},
+        {"no networks", "192.168.9.8", "root", 2000, false,
+         "/8,192.168.9.8/99,x/1,,192.168.9.8/-1"},
+        {"long ago", "192.0.2.1", "root", 1000 + week, false},
+    };
+    for (const auto &row : rows) {
+        if (row.now > 2000)
+            attack(row.now);
+        EXPECT_EQ(LoginGuard(limit, lockout, seconds(row.now), row.networks)
+                          .admit(row.address, row.user)
+                          .count() == 0,
+                  row.isAdmitted)
+            << row.name;
+    }
+    const LoginGuard strict(1, lockout, seconds(1001 + week), "192.168.0.0/16");
+    strict.admit("192.168.7.9", "root");
+    EXPECT_NE(strict.admit("192.168.7.9", "root").count(), 0) << "its own limit holds";
+}
+
 TEST_F(LoginGuardTest, AJumpOfTheClockAndADamagedFileLockNobody) {
     for (const std::string last : {"3 999999", "3 -5", "99999999999999999999 1000", "3"}) {
         put(table, "192.0.2.1 1 " + last);

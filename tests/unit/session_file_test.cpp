@@ -2,8 +2,12 @@
 #include "cgi/session_file.h"
 #include "tests/support/appliance_test.h"
 
+#include <chrono>
 #include <cstdint>
 #include <thread>
+
+#include <fcntl.h>
+#include <sys/file.h>
 
 namespace zandorin {
 namespace {
@@ -81,6 +85,51 @@ TEST_F(SessionFile, ASessionThatWasEndedStaysEnded) {
     removeSessionRecord("abc");
     EXPECT_FALSE(updateSessionRecord("abc", record));
     EXPECT_FALSE(exists(path));
+}
+
+TEST_F(SessionFile, AStuckHolderOfALockIsNotWaitedFor) {
+    using namespace std::chrono_literals;
+    makeFolder("/var/run");
+    const SessionRecord record{.username = "root", .expiryTime = 1700000000, .authState = 7};
+    ASSERT_TRUE(writeSessionRecord("abc", record));
+    const UniqueFd file(::open(sessionPath("abc").c_str(), O_RDWR | O_CLOEXEC));
+    const UniqueFd folder = lockSessions();
+    ASSERT_EQ(::flock(file.get(), LOCK_EX), 0);
+    const auto taken = [](auto work) {
+        const auto start = std::chrono::steady_clock::now();
+        work();
+        return std::chrono::steady_clock::now() - start;
+    };
+    EXPECT_LT(taken([&] { EXPECT_EQ(readSessionRecord("abc"), record); }), 1500ms);
+    EXPECT_LT(taken([&] { EXPECT_FALSE(updateSessionRecord("abc", record)); }), 2500ms);
+    EXPECT_LT(taken([&] { EXPECT_FALSE(readSessionRecord("abc", 0ms)); }), 500ms);
+    EXPECT_LT(taken([&] { removeSessionRecord("abc"); }), 1500ms);
+    EXPECT_FALSE(exists(path)) << "what is to end does";
+}
+
+TEST_F(SessionFile, AUserKeepsTheNewestSessions) {
+    makeFolder("/var/run");
+    const std::tuple<const char *, const char *, int, int> rows[] = {
+        // Id, user, state, start.
+        {"a", "ann", 7, 30}, {"b", "ann", 7, 10}, {"c", "ann", 7, 20},
+        {"d", "ann", 2, 1},  {"e", "bea", 7, 1},  {"new", "ann", 7, 5}};
+    for (const auto &[id, user, state, start] : rows)
+        ASSERT_TRUE(writeSessionRecord(
+            id, {.username = user, .expiryTime = 1, .authState = state, .sessionStart = start}));
+    const auto left = [] {
+        std::string ids;
+        for (const std::string &id : listSessionIds())
+            ids += id + " ";
+        return ids;
+    };
+    limitSessionsOf("ann", 4, "new");
+    EXPECT_EQ(left(), "a b c d e new ");
+    limitSessionsOf("ann", 3, "new");
+    EXPECT_EQ(left(), "a c d e new ") << "an unfinished login does not count";
+    limitSessionsOf("ann", 0, "new");
+    EXPECT_EQ(left(), "d e new ");
+    removeSessionsOf("ann", "new");
+    EXPECT_EQ(left(), "e new ");
 }
 
 TEST_F(SessionFile, WhoReadsDuringARefreshReadsTheOldOrTheNew) {

@@ -10,11 +10,31 @@
 #include <algorithm>
 #include <cstdint>
 #include <ctime>
+#include <vector>
 
 #include <csignal>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <poll.h>
+#include <sys/file.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
+
+namespace {
+
+/// Signals of the tested code to whom no test may signal, such as init.
+std::vector<pid_t> withheld;
+
+} // namespace
+
+/// In the place of the C library's.
+extern "C" int kill(pid_t pid, int signal) noexcept {
+    if (pid > 1)
+        return static_cast<int>(::syscall(SYS_kill, pid, signal));
+    withheld.push_back(pid);
+    return 0;
+}
 
 namespace zandorin {
 namespace {
@@ -156,6 +176,39 @@ TEST_F(SessionTest, EveryRequestRefreshesEverybodyAndClearsWhatExpired) {
     EXPECT_EQ(helper.endedBy(), SIGTERM);
 }
 
+TEST_F(SessionTest, OnlyAHelperIsSignalled) {
+    // Init, where a helper seems to listen; and a process that got the id of a helper that ended.
+    put("/pid", "1\n");
+    MockHelper init({}, 0, "/pid");
+    for (int tries = 0; tries < 500 && !exists("/var/run/auth-1"); ++tries)
+        ::poll(nullptr, 0, 10);
+    const pid_t other = ::fork();
+    if (other == 0)
+        for (;;)
+            ::pause();
+    for (const pid_t pid : {1, 0, -1, other}) {
+        store("old", {.expiryTime = 1600000000, .authPid = pid, .authState = 7});
+        const Session session("old", true);
+        EXPECT_FALSE(stored("old")) << pid;
+    }
+    EXPECT_TRUE(withheld.empty());
+    ::poll(nullptr, 0, 100);
+    EXPECT_EQ(::waitpid(other, nullptr, WNOHANG), 0) << "was ended";
+    ::kill(other, SIGKILL);
+    ::waitpid(other, nullptr, 0);
+}
+
+TEST_F(SessionTest, SomebodyElsesLockedSessionIsPassedBy) {
+    store("theirs", refreshing(static_cast<std::int32_t>(std::time(nullptr)) - 10));
+    const UniqueFd file(::open(sessionPath("theirs").c_str(), O_RDWR | O_CLOEXEC));
+    const UniqueFd folder = lockSessions();
+    ASSERT_EQ(::flock(file.get(), LOCK_EX), 0);
+    const auto start = std::chrono::steady_clock::now();
+    const Session session;
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));
+    EXPECT_TRUE(stored("theirs"));
+}
+
 /// So many that a request does not look at each.
 class CrowdTest : public SessionTest {
   protected:
@@ -255,6 +308,10 @@ TEST_F(SessionTest, AnUnfinishedLoginOfSomebodyElseIsOnlyLookedFor) {
     const Session session;
     EXPECT_TRUE(stored("pending"));
     EXPECT_FALSE(stored("dead"));
+    // Neither is this request's own, where it waits for nothing.
+    const ScopedEnvironment cookie("HTTP_COOKIE", "ZdSessionId=pending");
+    const Session own(Session::Helper::lookedFor);
+    EXPECT_TRUE(own.isValid() && !own.authSuccess());
     EXPECT_EQ(alive.requests(), "");
 }
 

@@ -6,9 +6,11 @@
 #include "util/fd.h"
 #include "util/paths.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
+#include <vector>
 
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -31,7 +33,10 @@ TEST_F(SupportLibrary, PidFileTellsALivingHolder) {
     const auto child = [] {
         const pid_t other = ::fork();
         if (other == 0)
-            ::_exit(pidfile_valid("busy") == 0 && pidfile_clear("busy") == -1 ? 0 : 1);
+            ::_exit(pidfile_valid("busy") == 0 && pidfile_clear("busy") == -1 &&
+                            pidfile_create("busy") == -1 && errno == EBUSY
+                        ? 0
+                        : 1);
         int status = -1;
         ::waitpid(other, &status, 0);
         return std::pair(other, status);
@@ -44,12 +49,18 @@ TEST_F(SupportLibrary, PidFileTellsALivingHolder) {
     EXPECT_EQ(pidfile_clear("busy"), 0);
     EXPECT_FALSE(exists("/var/run/busy.pid"));
 
+    const pid_t zombie = ::fork();
+    if (zombie == 0)
+        ::_exit(0);
+    siginfo_t info = {};
+    ASSERT_EQ(::waitid(P_PID, static_cast<id_t>(zombie), &info, WEXITED | WNOWAIT), 0);
     const std::string parent = std::to_string(::getppid());
     const std::pair<std::string, bool> rows[] = {
         {parent + "\n", true},
         {parent + "\n1\n", false}, // the second started at another
                                    // time
         {std::to_string(ended), false},
+        {std::to_string(zombie), false}, // ended, and this test has not asked for its status
         {"\xff\x01 x", false},
         {"1", false},
         {"-" + parent, false},
@@ -60,8 +71,44 @@ TEST_F(SupportLibrary, PidFileTellsALivingHolder) {
         EXPECT_EQ(pidfile_valid("busy") == 0, held) << contents;
         EXPECT_EQ(pidfile_clear("busy"), -1) << contents;
     }
+    ::waitpid(zombie, nullptr, 0);
     for (const char *name : {"", "../run/busy", "busy.pid"})
         EXPECT_EQ(pidfile_create(name), -1) << name;
+}
+
+TEST_F(SupportLibrary, OfManyAtOnceOneTakesThePidFile) {
+    constexpr int many = 8;
+    for (int round = 0; round < 20; ++round) {
+        int go[2];
+        int taken[2];
+        int end[2];
+        ASSERT_TRUE(::pipe(go) == 0 && ::pipe(taken) == 0 && ::pipe(end) == 0);
+        std::vector<pid_t> children;
+        for (int i = 0; i < many; ++i) {
+            children.push_back(::fork());
+            if (children.back() != 0)
+                continue;
+            ::close(go[1]);
+            ::close(end[1]);
+            char byte = 0;
+            [[maybe_unused]] ssize_t done = ::read(go[0], &byte, 1);
+            byte = pidfile_create("busy") == 0 ? 'y' : 'n';
+            done = ::write(taken[1], &byte, 1);
+            done = ::read(end[0], &byte, 1); // lives until all have tried
+            ::_exit(0);
+        }
+        ::close(go[1]);
+        ::close(taken[1]);
+        std::string answers(many, '\0');
+        for (char &answer : answers)
+            ASSERT_EQ(::read(taken[0], &answer, 1), 1);
+        ::close(end[1]);
+        for (const pid_t child : children)
+            ::waitpid(child, nullptr, 0);
+        for (const int fd : {go[0], taken[0], end[0]})
+            ::close(fd);
+        EXPECT_EQ(std::count(answers.begin(), answers.end(), 'y'), 1);
+    }
 }
 
 TEST_F(SupportLibrary, ProgramIsStartedAndLeftAlone) {

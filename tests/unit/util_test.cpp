@@ -60,6 +60,17 @@ TEST_F(Files, ReplaceKeepsTheOldFileWhenItFails) {
     EXPECT_NE(std::system(("ls -A " + appliancePath("/etc") + " | grep -q new-").c_str()), 0);
 }
 
+TEST_F(Files, WhatKilledWritersHaveLeftIsSwept) {
+    for (const char *name : {"dead", "alive"})
+        put(std::string("/etc/.new-held-") + name, "root:hash");
+    put("/etc/.new-abcdef", "of somebody else");
+    const UniqueFd alive = lockFile(appliancePath("/etc/.new-held-alive"));
+    ASSERT_TRUE(alive);
+    EXPECT_TRUE(replaceFile(appliancePath("/etc/kept"), "x", 0600));
+    EXPECT_EQ(namesIn(appliancePath("/etc"), "."),
+              (std::vector<std::string>{".", "..", ".new-abcdef", ".new-held-alive"}));
+}
+
 TEST_F(Files, LockIsHeldByOneAtATimeAndWaitedForOnlySoLong) {
     const std::string path = appliancePath("/lock");
     UniqueFd lock = lockFile(path);

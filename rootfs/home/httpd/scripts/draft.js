@@ -1,5 +1,6 @@
 // Nothing lost: leaving a page with unsaved changes asks first, and what was sent after the session had ended is kept in
-// this tab until its user has logged in again. Passwords are never kept.
+// this tab until its user has logged in again. Passwords are never kept, nor what else the page marks as a secret:
+// inputs that a browser is told not to complete.
 (function () {
     "use strict";
 
@@ -14,7 +15,7 @@
     var leaving = false;
 
     // Every input under its name and how many of that name came before. What a select holds is its value.
-    function valuesOf(form, withPasswords) {
+    function valuesOf(form, withSecrets) {
         var seen = {}, values = {};
         Array.from(form.elements).forEach(function (input) {
             if (!input.name || /^(hidden|submit|button|image|file)$/.test(input.type))
@@ -22,7 +23,7 @@
             var key = input.name + "|" + (seen[input.name] = (seen[input.name] || 0) + 1);
             if (input.type === "checkbox" || input.type === "radio")
                 values[key] = input.checked;
-            else if (withPasswords || input.type !== "password")
+            else if (withSecrets || (input.type !== "password" && input.autocomplete !== "off"))
                 values[key] = input.value;
         });
         return values;
@@ -50,7 +51,7 @@
         box.setAttribute("role", "status");
         document.querySelector("main h1").insertAdjacentElement("afterend", box);
         box.textContent = "Your session had ended, and nothing was saved. What you had typed in is here again, except " +
-            "for passwords: look it through and send it once more.";
+            "for passwords and the like: look it through and send it once more.";
     }
 
     // What becomes of a draft, by the page that is shown now.

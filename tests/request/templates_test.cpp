@@ -191,9 +191,10 @@ TEST_F(Templates, PatternsThatWouldTakeForeverAreRefused) {
     };
     for (const char *pattern : {"^a{200}$", "(a{1,3}\\.){1,3}|a", "([[:alpha:]]+[(+{9}])*|a+"})
         EXPECT_TRUE(isTaken(pattern)) << pattern;
-    for (const char *pattern : {"a{2000000000000000000000}", "((a{1,255}){1,255}){1,100}",
-                                "(a{1,32767}){1,32767}", "a{301}", "(a[])]+){151}",
-                                "((((((((a+)+)+)+)+)+)+)+)+", "(.*)(.*)(.*)(.*)\\1\\2\\3\\4x", "a\\"})
+    for (const char *pattern :
+         {"a{2000000000000000000000}", "((a{1,255}){1,255}){1,100}", "(a{1,32767}){1,32767}",
+          "a{301}", "(a[])]+){151}", "((((((((a+)+)+)+)+)+)+)+)+", "(.*)(.*)(.*)(.*)\\1\\2\\3\\4x",
+          "a\\"})
         EXPECT_FALSE(isTaken(pattern)) << pattern;
 }
 

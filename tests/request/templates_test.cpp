@@ -193,8 +193,8 @@ TEST_F(Templates, PatternsThatWouldTakeForeverAreRefused) {
         EXPECT_TRUE(isTaken(pattern)) << pattern;
     for (const char *pattern :
          {"a{2000000000000000000000}", "((a{1,255}){1,255}){1,100}", "(a{1,32767}){1,32767}",
-          "a{301}", "(a[])]+){151}", "((((((((a+)+)+)+)+)+)+)+)+", "(.*)(.*)(.*)(.*)\\1\\2\\3\\4x",
-          "a\\"})
+          "a{301}", "(a[])]+){151}", "b??{1,9}+*+", "((((b?)?){1,9})+)+",
+          "((((((((a+)+)+)+)+)+)+)+)+", "(.*)(.*)(.*)(.*)\\1\\2\\3\\4x", "a\\"})
         EXPECT_FALSE(isTaken(pattern)) << pattern;
 }
 

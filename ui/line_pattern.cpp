@@ -13,6 +13,8 @@ namespace {
 
 constexpr std::size_t most_bytes = 255;
 constexpr std::uint64_t most_pieces = 300;
+/// Repetitions of repetitions: from four on, the C library may not come back from a few of them.
+constexpr unsigned deepest = 3;
 constexpr std::size_t line_bytes = 512;
 
 bool isDigit(char c) {
@@ -22,18 +24,25 @@ bool isDigit(char c) {
 /// The pieces of the groups that are open, the innermost last, as far as they were read.
 class Pieces {
   public:
-    void add() { groups_.back() = {groups_.back().all + groups_.back().last, 1}; }
+    void add() {
+        Group &group = groups_.back();
+        group = {group.all + group.last, 1, std::max(group.depth, group.lastDepth), 0};
+    }
     void repeat(std::uint64_t times) {
         auto &last = groups_.back().last;
         last = std::min(last * times, most_pieces + 1);
+        if (++groups_.back().lastDepth > deepest)
+            last = most_pieces + 1;
     }
     void open() { groups_.emplace_back(); }
     void close() {
         if (groups_.size() == 1)
             return;
         const std::uint64_t inner = groups_.back().all + groups_.back().last;
+        const unsigned depth = std::max(groups_.back().depth, groups_.back().lastDepth);
         groups_.pop_back();
         add();
+        groups_.back().lastDepth = depth;
         groups_.back().last += inner;
     }
     std::uint64_t all() const {
@@ -47,6 +56,8 @@ class Pieces {
     struct Group {
         std::uint64_t all = 0;  ///< pieces before the last one
         std::uint64_t last = 0; ///< of what a repetition would repeat
+        unsigned depth = 0;     ///< of repetitions in the pieces before the last one
+        unsigned lastDepth = 0;
     };
     std::vector<Group> groups_ = std::vector<Group>(1);
 };
@@ -91,7 +102,12 @@ bool LinePattern::isCostly(std::string_view text) {
     if (text.size() > most_bytes)
         return true;
     Pieces pieces;
+    bool repeated = false;
     for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool repeats = std::string_view("*+?{").find(text[i]) != std::string_view::npos;
+        if (repeats && repeated)
+            return true;
+        repeated = repeats;
         switch (text[i]) {
         case '\\':
             ++i;
@@ -117,6 +133,7 @@ bool LinePattern::isCostly(std::string_view text) {
             break;
         case '*':
         case '?':
+            pieces.repeat(1);
             break;
         default:
             pieces.add();

@@ -24,8 +24,8 @@ class LinePattern {
     bool matches(std::string_view line);
 
     /// True for an expression of more than 255 bytes, of more than 300 pieces when its repetitions
-    /// are written out ("{m,n}" as n, "+" as two), or with a back-reference, which POSIX does not
-    /// have here.
+    /// are written out ("{m,n}" as n, "+" as two), with a repetition right behind another, or more
+    /// than three in each other, or with a back-reference, which POSIX does not have here.
     static bool isCostly(std::string_view text);
 
   private:

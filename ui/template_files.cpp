@@ -24,8 +24,7 @@ constexpr const char *pattern_key = "config.ui.syslog.filepattern";
 
 /// The pattern of the page's own filter field, which it also keeps in the configuration.
 std::string pagePattern(Engine &engine, Cgi &cgi) {
-    const std::string submitted = cgi.getVarString(pattern_key).raw;
-    if (!submitted.empty())
+    if (std::string submitted = cgi.getVarString(pattern_key).raw; !submitted.empty())
         return submitted;
     if (!cgi.getVarString(std::string(pattern_key) + ".delete").raw.empty()) {
         engine.config().delElement(pattern_key);

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <memory>
 #include <thread>
 
@@ -47,12 +48,27 @@ bool writeAll(int fd, std::string_view data) {
 constexpr std::string_view held_prefix = ".new-held-";
 constexpr std::chrono::milliseconds at_once{0};
 
+/// Of those that are not: a configurator's script, which is ended after a minute, makes them, and
+/// so did releases before. mktemp(1) puts six characters behind it.
+constexpr std::string_view scripts_prefix = ".new-";
+constexpr std::size_t scripts_length = scripts_prefix.size() + 6;
+constexpr std::time_t scripts_limit = 600; ///< seconds
+
+bool isAbandoned(int fd, const std::string &name) {
+    if (name.starts_with(held_prefix))
+        return lockWithin(fd, LOCK_EX, at_once);
+    struct stat status = {};
+    return name.size() == scripts_length && ::fstat(fd, &status) == 0 &&
+           std::time(nullptr) - status.st_mtime > scripts_limit;
+}
+
 /// Removes what killed processes have left in the folder.
 void sweepTemporaries(const std::string &folder) {
-    for (const std::string &name : namesIn(folder, held_prefix)) {
-        const std::string path = folder + "/" + name;
+    std::string path = folder + "/";
+    for (const std::string &name : namesIn(folder, scripts_prefix)) {
+        path.replace(folder.size() + 1, std::string::npos, name);
         const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-        if (fd && lockWithin(fd.get(), LOCK_EX, at_once))
+        if (fd && isAbandoned(fd.get(), name))
             ::unlink(path.c_str());
     }
 }

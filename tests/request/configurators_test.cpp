@@ -65,6 +65,45 @@ TEST_F(Configurators, ToolGoesPastTheQueue) {
     EXPECT_EQ(read(delayed), "<config");
 }
 
+TEST_F(Configurators, WebServerListensAsConfigured) {
+    constexpr const char *settings = "/etc/lighttpd/settings.conf";
+    const std::string http = "config.services.http.";
+    const std::string https = "config.services.https.";
+    const struct {
+        const char *name;
+        Fields keys;
+        std::vector<std::string> has;
+        std::vector<std::string> lacks;
+    } rows[] = {
+        {"as shipped", {}, {"server.bind = \"0.0.0.0\"\nserver.port = 80\n"}, {"ssl", "redirect"}},
+        {"HTTPS beside it",
+         {{https + "enabled", "on"}, {https + "port", "8443"}},
+         {"server.port = 80\n", "\"0.0.0.0:8443\" {\n    ssl.engine", "https://%1:8443${url.path}"},
+         {}},
+        {"HTTPS alone",
+         {{http + "enabled", "off"}, {https + "port", ""}},
+         {"server.port = 443\nssl.engine = \"enable\""},
+         {"redirect"}},
+        {"neither", {{https + "enabled", "off"}}, {"server.bind = \"127.0.0.1\""}, {"ssl"}},
+        {"no port", {{http + "port", "80\"\ninclude \"x"}}, {"server.port = 80\n"}, {"include"}},
+        {"names",
+         {{http + "hostnames", "A.example, b\",c|d,.*,(e,f\\g,h-1"}},
+         {"|a\\.example|", "|h-1", "localhost"},
+         {"|b", "c|d", "*|", "(e", "f\\g"}},
+    };
+    fs::create_directories(onHost("/var/run"));
+    for (const auto &row : rows) {
+        configure(row.keys);
+        EXPECT_EQ(configurator("services"), 0) << row.name << read("/out");
+        const std::string text = read(settings);
+        for (const std::string &piece : row.has)
+            EXPECT_NE(text.find(piece), std::string::npos) << row.name << piece << "\n" << text;
+        for (const std::string &piece : row.lacks)
+            EXPECT_EQ(text.find(piece), std::string::npos) << row.name << piece << "\n" << text;
+    }
+    EXPECT_EQ(modeOf("/etc/config/ssl_key.pem"), fs::perms::owner_read | fs::perms::owner_write);
+}
+
 TEST_F(Configurators, HostNameAndMessageOfTheDay) {
     const std::pair<std::string, std::string> rows[] = {
         {"My Rack", "My-Rack\n"},

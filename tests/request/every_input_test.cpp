@@ -50,7 +50,8 @@ const Fields values_of_types =
     formData("printable=Words, "
              "%&alphanum=name-%&hostname=host%.example.com&address=host%.example.com&"
              "addresslist=host%.example.com,192.0.2.1,2001:db8::1&ip=2001:db8::%&"
-             "netmask=ffff:%::&email=u%@example.com&username=user%&phonenumber=+6173000%") +
+             "netmask=ffff:%::&subnetlist=192.0.2.0/24,2001:db8::%/"
+             "128&email=u%@example.com&username=user%&phonenumber=+6173000%") +
     Fields{{"unsafe_printable", "<b>\"%\"</b> & 'so' (on)"},
            {"distinguishedname", "cn=u\\,% (x),dc=example"}};
 const std::string text = "<b>\"tank\"</b> & 'so' on";

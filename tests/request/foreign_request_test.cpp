@@ -1,4 +1,7 @@
 #include "tests/support/request_test.h"
+#include "util/files.h"
+
+#include <regex>
 
 // Requests that a page of another site makes a user's browser send.
 
@@ -76,6 +79,18 @@ TEST_F(ForeignRequest, ChangesNothingWhateverItsCommand) {
             EXPECT_TRUE(isRefused(send(cross_site, query, isPost))) << query;
     EXPECT_TRUE(isRefused(send(cross_site, "", true)));
     EXPECT_EQ(files(), before);
+}
+
+TEST_F(ForeignRequest, WebServerKnowsTheSameCommands) {
+    const std::string source =
+        readFile(ZANDORIN_SOURCE_DIR "/engine/foreign_request.cpp").value_or("");
+    const auto lists = captures(source, "command_fields\\[\\] = \\{([^}]*)\\}");
+    ASSERT_EQ(lists.size(), 1U);
+    const std::string words = std::regex_replace(lists[0], std::regex("\"|\\s"), "");
+    const std::string alternatives = std::regex_replace(words, std::regex(","), "|");
+    EXPECT_NE(read("/etc/lighttpd/console.conf").find("(?:" + alternatives + "|config\\.[^=&]*)="),
+              std::string::npos)
+        << alternatives;
 }
 
 TEST_F(ForeignRequest, ThatOnlyLooksIsServed) {

@@ -106,8 +106,8 @@ class RequestTest : public ::testing::Test {
     /// The stored configuration's file.
     std::string configuration() const { return read("/etc/config/config.xml"); }
 
-    /// The appliance's files by path, but those of /tmp and the snapshots of XML files; of a
-    /// session only that it is there.
+    /// The appliance's files by path, but those of /tmp, the snapshots of XML files, and the one
+    /// that counts programs; of a session only that it is there.
     std::map<std::string, std::string> files() const;
 
     /// Adds to or replaces the value of a dotted key in the stored configuration.

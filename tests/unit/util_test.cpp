@@ -7,6 +7,7 @@
 
 #include <cerrno>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 namespace zandorin {
@@ -63,7 +64,11 @@ TEST_F(Files, ReplaceKeepsTheOldFileWhenItFails) {
 TEST_F(Files, WhatKilledWritersHaveLeftIsSwept) {
     for (const char *name : {"dead", "alive"})
         put(std::string("/etc/.new-held-") + name, "root:hash");
-    put("/etc/.new-abcdef", "of somebody else");
+    // Of a script, which may still be at work, and of one that can not be.
+    for (const char *name : {"abcdef", "uvwxyz"})
+        put(std::string("/etc/.new-") + name, "root:hash");
+    const timespec old[] = {{1600000000, 0}, {1600000000, 0}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, appliancePath("/etc/.new-uvwxyz").c_str(), old, 0), 0);
     const UniqueFd alive = lockFile(appliancePath("/etc/.new-held-alive"));
     ASSERT_TRUE(alive);
     EXPECT_TRUE(replaceFile(appliancePath("/etc/kept"), "x", 0600));

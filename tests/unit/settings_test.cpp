@@ -90,7 +90,8 @@ TEST_F(Settings, NoSubmissionUndoesWhatSomebodyElseSaved) {
         Fingerprint sent("session");
         sent.read(opened.text());
         store(key, race.now);
-        FormCheck check(config, Sent({{key, race.sent}}), sent);
+        const Sent submission({{key, race.sent}});
+        FormCheck check(config, submission, sent);
         check.check(key, race.element, race.sent);
         EXPECT_EQ(!check.problems().empty(), race.refused);
         for (const Problem &problem : check.problems().all())

@@ -97,8 +97,9 @@ class ConfigManager {
     /// Saves this request's own sets and deletes, nothing else: under an exclusive lock they are
     /// applied to the file as it is by then, so two requests that change different keys both keep
     /// their change. In delayed mode (see getDelayedConfigMode) into the delayed area, together
-    /// with the names scheduled so far. False when it is not known to be saved: the file is then as it
-    /// was, unless only its folder could not be synced; in delayed mode, the names are forgotten.
+    /// with the names scheduled so far. False when it is not known to be saved: the file is then as
+    /// it was, unless only its folder could not be synced; in delayed mode, the names are
+    /// forgotten.
     bool write();
 
     /// What is new: in delayed mode every value that the queued configuration would change; else
@@ -145,9 +146,9 @@ class ConfigManager {
     std::vector<std::string> getConfigurators() const;
 
     /// Makes the delayed file the committed one, schedules the queued names for this request and
-    /// empties the delayed area. True also when there was nothing to commit. False when that failed;
-    /// the names stay queued then, and the delayed file too, unless only a folder could not be
-    /// synced: a second try runs what is left to be run.
+    /// empties the delayed area. True also when there was nothing to commit. False when that
+    /// failed; the names stay queued then, and the delayed file too, unless only a folder could not
+    /// be synced: a second try runs what is left to be run.
     bool doDelayedCommit();
 
     /// Drops the delayed file and the queued names; the committed values are read again. False when

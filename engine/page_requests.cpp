@@ -4,7 +4,7 @@
 #include "engine/engine.h"
 #include "platform/libzandorin/configurator_status.h"
 #include "platform/libzdsupport/pidfile.h"
-#include "ui/json.h"
+#include "util/json.h"
 #include "util/escape.h"
 #include "util/files.h"
 #include "util/log.h"
@@ -29,7 +29,7 @@ std::string describe(const ConfiguratorState &entry, bool running, std::time_t n
     // Whoever ran them has gone: what it had not finished never will be.
     const std::string state = active && !running ? "failed" : entry.state;
     const std::time_t end = entry.ended == 0 ? now : entry.ended;
-    return "{\"name\":" + ui::jsonString(entry.name) + ",\"state\":" + ui::jsonString(state) +
+    return "{\"name\":" + jsonString(entry.name) + ",\"state\":" + jsonString(state) +
            ",\"seconds\":" + std::to_string(entry.started == 0 ? 0 : end - entry.started) +
            ",\"age\":" + std::to_string(now - end) + "}";
 }
@@ -60,7 +60,7 @@ std::string check(Engine &engine, Cgi &cgi) {
     if (!value.empty() && isAskable(element.type))
         engine.acceptsValue(element, value);
     const auto &errors = cgi.getErrors();
-    return "{\"message\":" + ui::jsonString(errors.size() > before ? errors.back() : "") + "}";
+    return "{\"message\":" + jsonString(errors.size() > before ? errors.back() : "") + "}";
 }
 
 struct PageRequest {

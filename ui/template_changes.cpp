@@ -3,7 +3,7 @@
 #include "cgi/cgi.h"
 #include "engine/engine.h"
 #include "ui/inputs.h"
-#include "ui/json.h"
+#include "util/json.h"
 #include "util/escape.h"
 
 #include "util/strings.h"

@@ -1,54 +1,41 @@
-#include "platform/libzandorin/config_manager.h"
+#include "config-tool/commands.h"
+#include "config-tool/output.h"
 #include "util/exception.h"
 #include "util/log.h"
 
+#include <algorithm>
 #include <cstdio>
-#include <string>
-#include <string_view>
 
-// zandorin-config: the committed configuration for shell scripts. docs/configuration-store.md tells
-// how it is used.
-
-namespace {
-
-constexpr int failure = 1;
-constexpr int misuse = 2;
-
-int complain(const std::string &message, int status) {
-    std::fprintf(stderr, "zandorin-config: %s\n", message.c_str());
-    return status;
-}
-
-int get(const zandorin::ConfigManager &config, std::string_view key) {
-    const std::string value = config.getElement(key);
-    if (value.empty())
-        return failure;
-    return std::printf("%s\n", value.c_str()) < 0 || std::fflush(stdout) != 0 ? failure : 0;
-}
-
-int set(zandorin::ConfigManager &config, std::string_view key, std::string_view value) {
-    config.setElement(key, value);
-    return config.write() ? 0 : complain("the configuration could not be written", failure);
-}
-
-} // namespace
+// zandorin-config: the committed configuration for shell scripts, under the rules of the pages.
+// docs/configuration-store.md says how it is used.
 
 int main(int argc, char **argv) {
-    const std::string_view command = argc > 1 ? argv[1] : "";
-    const bool sets = command == "set" && argc == 4;
-    if (!sets && !((command == "get" || command == "is") && argc == 3))
-        return complain("usage: get KEY | is KEY | set KEY VALUE", misuse);
-    zandorin::openLog("zandorin-config");
-    try {
-        zandorin::ConfigManager config("/etc/config/config.xml", ".");
-        if (!config.readCommitted())
-            return complain("the configuration could not be read", failure);
-        if (sets)
-            return set(config, argv[2], argv[3]);
-        if (command == "is")
-            return config.getBoolean(argv[2]) ? 0 : failure;
-        return get(config, argv[2]);
-    } catch (const zandorin::utilities::Exception &fault) {
-        return complain(fault.toString(), failure);
+    using namespace zandorin::config_tool;
+    Request request;
+    for (int at = 1; at < argc; ++at) {
+        const std::string word = argv[at];
+        // What follows the first operand may look as it likes: it can be a value.
+        if (word.starts_with("--") && request.operands.empty())
+            request.options.push_back(word);
+        else if (request.command.empty())
+            request.command = word;
+        else
+            request.operands.push_back(word);
     }
+    zandorin::openLog("zandorin-config");
+    Answer answer;
+    try {
+        answer = run(request);
+    } catch (const zandorin::utilities::Exception &fault) {
+        answer = {.status = refused, .complaints = {{.key = "", .message = fault.toString()}}};
+    }
+    for (const Complaint &complaint : answer.complaints)
+        if (request.has("--json"))
+            answer.output +=
+                jsonObject({{"key", complaint.key}, {"message", complaint.message}}) + "\n";
+        else
+            std::fprintf(stderr, "zandorin-config: %s\n", complaint.message.c_str());
+    const bool isWritten =
+        std::fputs(answer.output.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
+    return isWritten ? answer.status : refused;
 }

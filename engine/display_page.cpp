@@ -76,8 +76,8 @@ void Engine::displayPage() {
     session_ = Session(Session::Helper::asked);
     if (navTree_.load(nav_tree_path) != 0)
         cgi_->addError(std::string("Invalid navigation tree config: ") + nav_tree_path);
-    if (isForged()) {
-        refuseForgery();
+    if (isCrossSiteForgery()) {
+        refuseCrossSiteForgery();
         return;
     }
     establishUser();
@@ -121,11 +121,11 @@ bool Engine::acts() const {
     return isCommand(*cgi_, leaf);
 }
 
-bool Engine::isForged() const {
+bool Engine::isCrossSiteForgery() const {
     return isForeignRequest() && acts();
 }
 
-void Engine::refuseForgery() {
+void Engine::refuseCrossSiteForgery() {
     logRecord(Priority::info, "Refused a request from another site to form '%s', sent by %s",
               formId_.c_str(), cgi_->getRemoteAddress().c_str());
     cgi_->addReplaceable("#ui.tree.branch.label", "Error");

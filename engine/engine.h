@@ -132,9 +132,9 @@ class Engine : public ConfigManagerListener {
     static bool waitForConfigurators();
     /// The request may change something (see isCommand).
     bool acts() const;
-    /// A request that another site made, to change something.
-    bool isForged() const;
-    void refuseForgery();
+    /// A request that another site made, to change something (CSRF).
+    bool isCrossSiteForgery() const;
+    void refuseCrossSiteForgery();
     void establishUser();
     void labelPage();
     bool isUserKnown(const std::string &user);

@@ -5,8 +5,9 @@ namespace zandorin {
 class Cgi;
 struct NavLeaf;
 
-// Requests that another web site makes a user's browser send: the browser adds the session cookie
-// by itself, so that the session alone does not tell whose wish a request is.
+// Against cross-site request forgery (CSRF): requests that another web site makes a user's browser
+// send. The browser adds the session cookie by itself, so that the session alone does not say whose
+// wish a request is.
 
 /// True when a browser says that a page of another site made this request: by Sec-Fetch-Site
 /// (W3C Fetch Metadata) when it sends that, otherwise by an Origin, or else a Referer, that is

@@ -20,12 +20,6 @@ void __gnu_cxx::__verbose_terminate_handler() {
     std::abort();
 }
 
-// The linker puts this in the place of std::ctype<wchar_t>'s own function, which fills tables of
-// the classes of wide characters: every stream has them made with the classic locale, and nothing
-// here uses them. Where the library has no such function, nobody calls this.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the linker's way of naming it
-extern "C" void __wrap__ZNSt5ctypeIwE19_M_initialize_ctypeEv(void * /*ctype*/) {}
-
 namespace {
 
 /// A maintenance task holds every request while it keeps this file. Anybody may write to its

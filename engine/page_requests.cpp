@@ -4,9 +4,13 @@
 #include "engine/engine.h"
 #include "platform/libzandorin/configurator_status.h"
 #include "platform/libzdsupport/pidfile.h"
-#include "ui/json.h"
+#include "settings/form_check.h"
+#include "settings/parts.h"
+#include "settings/registry.h"
+#include "settings/rules.h"
 #include "util/escape.h"
 #include "util/files.h"
+#include "util/json.h"
 #include "util/log.h"
 #include "util/paths.h"
 #include "util/strings.h"
@@ -29,7 +33,7 @@ std::string describe(const ConfiguratorState &entry, bool running, std::time_t n
     // Whoever ran them has gone: what it had not finished never will be.
     const std::string state = active && !running ? "failed" : entry.state;
     const std::time_t end = entry.ended == 0 ? now : entry.ended;
-    return "{\"name\":" + ui::jsonString(entry.name) + ",\"state\":" + ui::jsonString(state) +
+    return "{\"name\":" + jsonString(entry.name) + ",\"state\":" + jsonString(state) +
            ",\"seconds\":" + std::to_string(entry.started == 0 ? 0 : end - entry.started) +
            ",\"age\":" + std::to_string(now - end) + "}";
 }
@@ -52,15 +56,33 @@ bool isAskable(std::string_view type) {
     return type != "password" && type != "unixfile";
 }
 
+/// What the table of a page says of a value that is being typed into one of its fields.
+void checkByTable(Engine &engine, const std::string &page, const std::string &name,
+                  const std::string &value, settings::Problems &problems) {
+    const settings::PackedPage *packed = settings::PageRegistry::find(page);
+    if (packed == nullptr)
+        return;
+    const settings::LoadedPage loaded = settings::load(*packed);
+    const auto part = settings::partOf(loaded.page, engine.config(), name);
+    if (!part)
+        return;
+    const settings::Values values = part->values(engine.config());
+    const settings::Value *found = settings::findValue(values, name);
+    if (found != nullptr && isAskable(found->field->type.name()))
+        settings::checkLimits(*found->field, name, value, problems);
+}
+
 std::string check(Engine &engine, Cgi &cgi) {
-    FormElem element(encodeSafe(cgi.getVarString("label").raw), cgi.getVarString("type").raw, false,
-                     false);
+    const FormElem element(encodeSafe(cgi.getVarString("label").raw), cgi.getVarString("type").raw,
+                           false, false);
     const std::string value = cgi.getVarString("value", element.bufferSize()).raw;
-    const std::size_t before = cgi.getErrors().size();
-    if (!value.empty() && isAskable(element.type))
-        engine.acceptsValue(element, value);
-    const auto &errors = cgi.getErrors();
-    return "{\"message\":" + ui::jsonString(errors.size() > before ? errors.back() : "") + "}";
+    settings::Problems problems;
+    if (!value.empty() && isAskable(element.type) &&
+        settings::acceptsType(element, "", value, problems))
+        checkByTable(engine, cgi.getVarString("page").raw, cgi.getVarString("name").raw, value,
+                     problems);
+    return "{\"message\":" + jsonString(problems.empty() ? "" : problems.all().front().message) +
+           "}";
 }
 
 struct PageRequest {

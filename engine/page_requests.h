@@ -10,12 +10,13 @@ class Engine;
 ///
 ///     form=configurators               {"running":true,"uptime":3600,"run":[
 ///                                        {"name":"ssl","state":"running","seconds":4,"age":0}]}
-///     form=check&type=ipv4&label=Server&value=10.0
+///     form=check&type=ipv4&label=Server&value=10.0&page=smtp&name=config.system.smtp.server
 ///                                      {"message":"<i>Server</i> must be ..."}, "" when accepted
 ///
 /// "run" is the last run of configurators (see configurator_status.h); "seconds" is how long one
 /// has taken so far or took, "age" how long ago it ended; "uptime" is the system's, -1 when it
-/// cannot be told. A message is markup, the one that a form would show. Passwords and
+/// cannot be told. A message is markup, the first that a form would show: of the type, else of
+/// what the page's table says of its field "name". Passwords and
 /// names of files are not checked.
 bool answerPageRequest(Engine &engine);
 

@@ -1,4 +1,5 @@
 #include "platform/libzandorin/config_manager.h"
+#include "settings/fields.h"
 #include "settings/registry.h"
 
 // Who may log in is decided here or by a server: which, and how sessions last.
@@ -40,7 +41,10 @@ constexpr Field method[] = {
      .choices = types,
      .help = "Where names and passwords are checked. <b>Local</b> means the users of this "
              "appliance. A method that ends with it lets them in while the servers cannot be "
-             "reached."},
+             "reached.",
+     .note = "Where names and passwords are checked: `Local<server>` asks the appliance's own "
+             "users first, `<server>` the servers alone, `<server>Local` the own users last, "
+             "`<server>DownLocal` the own users only when no server answers."},
 };
 
 constexpr Field sessions[] = {
@@ -50,17 +54,18 @@ constexpr Field sessions[] = {
      .maxlength = 8,
      .least = 10,
      .most = 1440,
-     .refusal = "Session lifetime must be between 10 and 1440 minutes"},
-    {.label = "Fixed Session Lifetime",
-     .key = "config.auth.autorefresh.disabled",
-     .type = "boolean",
-     .input = Input::check,
-     .help = "End a session when its lifetime is over even while it is in use."},
+     .refusal = "Session lifetime must be between 10 and 1440 minutes",
+     .standard = "20"},
+    boxField("Fixed Session Lifetime", "config.auth.autorefresh.disabled",
+             "End a session when its lifetime is over even while it is in use."),
     {.label = "Long Session Identifiers",
      .key = "config.auth.extendedsessionids",
      .type = "boolean",
      .input = Input::check,
-     .help = "Identify sessions by 32 instead of 16 hexadecimal digits."},
+     .help = "Identify sessions by 32 instead of 16 hexadecimal digits.",
+     .standard = "on",
+     .note = "Session ids of 32 instead of 16 hexadecimal digits. The factory sets it; without the "
+             "key they have 16."},
 };
 
 constexpr Choice hashes[] = {
@@ -76,7 +81,9 @@ constexpr Field passwords[] = {
      .choices = hashes,
      .help = "How new passwords of users are stored; those that are stored stay as they are. A "
              "stolen account file yields MD5 hashes quickly. <b>yescrypt</b> is the strongest, and "
-             "takes 16 MB of memory at each login; root's password is never stored as MD5."},
+             "takes 16 MB of memory at each login; root's password is never stored as MD5.",
+     .note = "How new passwords are hashed (crypt(5)). Root's is SHA-512 or, where that is chosen, "
+             "yescrypt."},
 };
 
 constexpr Field tacacs[] = {
@@ -85,23 +92,21 @@ constexpr Field tacacs[] = {
      .type = "addresslist",
      .help = servers_help,
      .required = needs_tacacs,
-     .missing = "TACACS+ Authentication and Authorization Server Address must be specified"},
+     .missing = "TACACS+ Authentication and Authorization Server Address must be specified",
+     .note = "TACACS+ servers for authentication and authorization, in the order in which they are "
+             "asked."},
     {.label = "TACACS+ Accounting Servers",
      .key = "config.auth.tacacs.acct_server",
      .type = "addresslist",
-     .help = accounting_help},
-    {.label = "TACACS+ Password",
-     .key = "config.auth.tacacs.password",
-     .type = "password",
-     .input = Input::password,
-     .help = "The secret that the servers share with this appliance.",
-     .required = needs_tacacs,
-     .missing = "TACACS+ Server Password must be specified"},
-    {.label = "Confirm TACACS+ Password",
-     .key = "config.auth.tacacs.confirm",
-     .input = Input::confirmation,
-     .refusal = "TACACS Password does not match confirmation.",
-     .confirms = "config.auth.tacacs.password"},
+     .help = accounting_help,
+     .standard = "the servers above",
+     .note = "TACACS+ servers for accounting."},
+    needed(passwordField("TACACS+ Password", "config.auth.tacacs.password",
+                         "The secret that the servers share with this appliance."),
+           needs_tacacs, "TACACS+ Server Password must be specified"),
+    confirmationField("Confirm TACACS+ Password", "config.auth.tacacs.confirm",
+                      "config.auth.tacacs.password",
+                      "TACACS Password does not match confirmation."),
 };
 
 constexpr Field radius[] = {
@@ -110,23 +115,21 @@ constexpr Field radius[] = {
      .type = "addresslist",
      .help = servers_help,
      .required = needs_radius,
-     .missing = "RADIUS Authentication and Authorization Server Address must be specified"},
+     .missing = "RADIUS Authentication and Authorization Server Address must be specified",
+     .note = "RADIUS servers for authentication and authorization, in the order in which they are "
+             "asked."},
     {.label = "RADIUS Accounting Servers",
      .key = "config.auth.radius.acct_server",
      .type = "addresslist",
-     .help = accounting_help},
-    {.label = "RADIUS Password",
-     .key = "config.auth.radius.password",
-     .type = "password",
-     .input = Input::password,
-     .help = "The secret that the servers share with this appliance.",
-     .required = needs_radius,
-     .missing = "RADIUS Server Password must be specified"},
-    {.label = "Confirm RADIUS Password",
-     .key = "config.auth.radius.confirm",
-     .input = Input::confirmation,
-     .refusal = "RADIUS Password does not match confirmation.",
-     .confirms = "config.auth.radius.password"},
+     .help = accounting_help,
+     .standard = "the servers above",
+     .note = "RADIUS servers for accounting."},
+    needed(passwordField("RADIUS Password", "config.auth.radius.password",
+                         "The secret that the servers share with this appliance."),
+           needs_radius, "RADIUS Server Password must be specified"),
+    confirmationField("Confirm RADIUS Password", "config.auth.radius.confirm",
+                      "config.auth.radius.password",
+                      "RADIUS Password does not match confirmation."),
 };
 
 constexpr Field ldap[] = {
@@ -149,12 +152,10 @@ constexpr Field ldap[] = {
      .type = "password",
      .input = Input::password,
      .required = needs_ldap,
-     .missing = "LDAP Server Password must be specified"},
-    {.label = "Confirm LDAP Bind Password",
-     .key = "config.auth.ldap.confirm",
-     .input = Input::confirmation,
-     .refusal = "LDAP Password does not match confirmation.",
-     .confirms = "config.auth.ldap.password"},
+     .missing = "LDAP Server Password must be specified",
+     .note = "Password of the entry that searches."},
+    confirmationField("Confirm LDAP Bind Password", "config.auth.ldap.confirm",
+                      "config.auth.ldap.password", "LDAP Password does not match confirmation."),
 };
 
 constexpr Field pmshell[] = {
@@ -162,7 +163,9 @@ constexpr Field pmshell[] = {
      .key = "config.auth.pmshell.enabled",
      .type = "boolean",
      .input = Input::check,
-     .help = "Enables extra login prompt for users connecting to serial consoles."},
+     .help = "Enables extra login prompt for users connecting to serial consoles.",
+     .note = "An extra login prompt for users who connect to serial ports; only offered with "
+             "`config.auth.pmshell.available`."},
 };
 
 bool isPmshellAvailable(const ConfigManager &config) {

@@ -1,4 +1,5 @@
 #include "platform/libzandorin/serial_ports.h"
+#include "settings/fields.h"
 #include "settings/registry.h"
 
 // PPP over a modem at one of the serial ports: calls from outside, calling back, calling out.
@@ -21,11 +22,7 @@ constexpr Choice protocols[] = {
 };
 
 constexpr Field dialin[] = {
-    {.label = "Enable Dial-In",
-     .key = ".ppp.enabled",
-     .type = "boolean",
-     .input = Input::check,
-     .help = "Answer calls with PPP."},
+    boxField("Enable Dial-In", ".ppp.enabled", "Answer calls with PPP."),
     {.label = "Local Address",
      .key = ".ppp.localip",
      .type = "ip",
@@ -38,24 +35,19 @@ constexpr Field dialin[] = {
      .help = "The IP address that a caller gets.",
      .required = {".ppp.enabled"},
      .missing = "Dial-In configuration requires a <i>Remote Address</i>"},
-    {.label = "Authentication Type",
-     .key = ".ppp.auth",
-     .input = Input::menu,
-     .choices = protocols,
-     .help = "How a caller proves who it is."},
+    menuField("Authentication Type", ".ppp.auth", protocols, "How a caller proves who it is."),
     {.label = "Dial-In Username",
      .key = ".ppp.username",
      .type = "username",
-     .help = "Empty: every user of the group dialin may call."},
+     .help = "Empty: every user of the group dialin may call.",
+     .note = "The caller's name. Empty: every user of the group dialin may call."},
     {.label = "Dial-In Password",
      .key = ".ppp.password",
      .type = "password",
-     .input = Input::password},
-    {.label = "Confirm Dial-In Password",
-     .key = ".ppp.confirm",
-     .input = Input::confirmation,
-     .refusal = "Dial-In password does not match confirmation.",
-     .confirms = ".ppp.password"},
+     .input = Input::password,
+     .note = "The caller's password."},
+    confirmationField("Confirm Dial-In Password", ".ppp.confirm", ".ppp.password",
+                      "Dial-In password does not match confirmation."),
     {.label = "Modem Initialization",
      .key = ".ppp.initstring",
      .type = "unsafe_printable",
@@ -64,17 +56,14 @@ constexpr Field dialin[] = {
 };
 
 constexpr Field callback[] = {
-    {.label = "Enable Dial-Back",
-     .key = ".ppp.callback.enabled",
-     .type = "boolean",
-     .input = Input::check,
-     .help = "Hang up on a caller and call back."},
+    boxField("Enable Dial-Back", ".ppp.callback.enabled", "Hang up on a caller and call back."),
     {.label = "Dial-Back Phone Number",
      .key = ".ppp.callback.phone1",
      .type = "phonenumber",
      .help = "At least three digits without blanks between them, such as +61730001000.",
      .required = {".ppp.callback.enabled"},
-     .missing = "Dial-Back requires a Phone Number."},
+     .missing = "Dial-Back requires a Phone Number.",
+     .note = "Number that is called back."},
     {.label = "Second Dial-Back Phone Number",
      .key = ".ppp.callback.phone2",
      .type = "phonenumber",
@@ -82,22 +71,22 @@ constexpr Field callback[] = {
 };
 
 constexpr Field dialer[] = {
-    {.label = "Enable Dial-Out",
-     .key = ".ppp.dialer.enabled",
-     .type = "boolean",
-     .input = Input::check,
-     .help = "Let the appliance call a provider itself."},
-    {.label = "Dial-Out Phone Number", .key = ".ppp.dialer.phone1", .type = "phonenumber"},
-    {.label = "Dial-Out Username", .key = ".ppp.dialer.username", .type = "printable"},
+    boxField("Enable Dial-Out", ".ppp.dialer.enabled", "Let the appliance call a provider itself."),
+    {.label = "Dial-Out Phone Number",
+     .key = ".ppp.dialer.phone1",
+     .type = "phonenumber",
+     .note = "Number that is called."},
+    {.label = "Dial-Out Username",
+     .key = ".ppp.dialer.username",
+     .type = "printable",
+     .note = "Login at the provider."},
     {.label = "Dial-Out Password",
      .key = ".ppp.dialer.password",
      .type = "password",
-     .input = Input::password},
-    {.label = "Confirm Dial-Out Password",
-     .key = ".ppp.dialer.confirm",
-     .input = Input::confirmation,
-     .refusal = "Dial-out password does not match confirmation.",
-     .confirms = ".ppp.dialer.password"},
+     .input = Input::password,
+     .note = "Password at the provider."},
+    confirmationField("Confirm Dial-Out Password", ".ppp.dialer.confirm", ".ppp.dialer.password",
+                      "Dial-out password does not match confirmation."),
 };
 
 constexpr Section sections[] = {

@@ -1,3 +1,4 @@
+#include "settings/fields.h"
 #include "settings/registry.h"
 
 // Which events are logged, and where the log is kept besides.
@@ -30,29 +31,21 @@ constexpr Field events[] = {
      .key = "config.eventlog.level",
      .input = Input::menu,
      .choices = levels,
-     .help = "How grave an event must be to be logged."},
-    {.label = "Syslog Facility",
-     .key = "config.eventlog.facility",
-     .input = Input::menu,
-     .choices = facilities,
-     .help = "The facility under which events are sent to a syslog server."},
+     .help = "How grave an event must be to be logged.",
+     .note = "How grave an event must be to be logged."},
+    menuField("Syslog Facility", "config.eventlog.facility", facilities,
+              "The facility under which events are sent to a syslog server."),
 };
 
 constexpr Field server[] = {
-    {.label = "Server Type",
-     .key = "config.eventlog.server.type",
-     .input = Input::menu,
-     .choices = servers,
-     .help = "Where a copy of the log is kept outside of the appliance."},
+    menuField("Server Type", "config.eventlog.server.type", servers,
+              "Where a copy of the log is kept outside of the appliance."),
     {.label = "Server Address",
      .key = "config.eventlog.server.address",
      .type = "address",
      .help = "Address or host name."},
-    {.label = "Server Port",
-     .key = "config.eventlog.server.port",
-     .type = "port",
-     .help = "Of a syslog server, 1 to 65534. Empty: 514.",
-     .maxlength = 5},
+    portField("Server Port", "config.eventlog.server.port", "port",
+              "Of a syslog server, 1 to 65534. Empty: 514.", "514"),
     {.label = "Server Path",
      .key = "config.eventlog.server.path",
      .type = "printable",
@@ -62,16 +55,9 @@ constexpr Field server[] = {
      .type = "unsafe_printable",
      .input = Input::unsafeText,
      .help = "Of a Windows share, such as LOGS\\console."},
-    {.label = "Password",
-     .key = "config.eventlog.server.password",
-     .type = "password",
-     .input = Input::password,
-     .help = "Of a Windows share."},
-    {.label = "Confirm Password",
-     .key = "config.eventlog.server.confirm",
-     .input = Input::confirmation,
-     .refusal = "Password does not match confirmation.",
-     .confirms = "config.eventlog.server.password"},
+    passwordField("Password", "config.eventlog.server.password", "Of a Windows share."),
+    confirmationField("Confirm Password", "config.eventlog.server.confirm",
+                      "config.eventlog.server.password", "Password does not match confirmation."),
 };
 
 constexpr Section sections[] = {

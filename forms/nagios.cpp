@@ -1,3 +1,4 @@
+#include "settings/fields.h"
 #include "settings/registry.h"
 
 // How the appliance is monitored by a Nagios server.
@@ -11,20 +12,19 @@ constexpr Choice encryptions[] = {
 };
 
 constexpr Field host[] = {
-    {.label = "Enable Nagios",
-     .key = "config.system.nagios.enabled",
-     .type = "boolean",
-     .input = Input::check,
-     .help = "Report the state of this appliance and its managed devices."},
+    boxField("Enable Nagios", "config.system.nagios.enabled",
+             "Report the state of this appliance and its managed devices."),
     {.label = "Nagios Host Name",
      .key = "config.system.nagios.name",
      .type = "alphanum",
      .help = "What this appliance is called on the Nagios server: letters, digits, \"-\", \"_\" "
-             "and \".\". Empty: the system name."},
+             "and \".\". Empty: the system name.",
+     .standard = "the system name"},
     {.label = "Nagios Host Address",
      .key = "config.system.nagios.address",
      .type = "address",
-     .help = "Where the Nagios server finds this appliance. Empty: its network address."},
+     .help = "Where the Nagios server finds this appliance. Empty: its network address.",
+     .standard = "its network address"},
     {.label = "Nagios Server Address",
      .key = "config.system.nagios.server",
      .type = "address",
@@ -32,42 +32,34 @@ constexpr Field host[] = {
 };
 
 constexpr Field nsca[] = {
-    {.label = "Enable NSCA",
-     .key = "config.system.nagios.nsca.enabled",
-     .type = "boolean",
-     .input = Input::check,
-     .help = "Send check results to the server instead of waiting to be asked."},
+    boxField("Enable NSCA", "config.system.nagios.nsca.enabled",
+             "Send check results to the server instead of waiting to be asked."),
     {.label = "NSCA Server Address",
      .key = "config.system.nagios.nsca.server",
      .type = "address",
-     .help = "Empty: the Nagios server."},
-    {.label = "NSCA Port",
-     .key = "config.system.nagios.nsca.port",
-     .type = "tcpport",
-     .help = "1 to 65535. Empty: 5667.",
-     .maxlength = 5},
+     .help = "Empty: the Nagios server.",
+     .standard = "the Nagios server",
+     .note = "NSCA server."},
+    portField("NSCA Port", "config.system.nagios.nsca.port", "tcpport", "1 to 65535. Empty: 5667.",
+              "5667"),
     {.label = "NSCA Encryption",
      .key = "config.system.nagios.nsca.encryption",
      .input = Input::menu,
      .choices = encryptions,
-     .help = "As in the server's decryption_method."},
-    {.label = "NSCA Secret",
-     .key = "config.system.nagios.nsca.secret",
-     .type = "password",
-     .input = Input::password,
-     .help = "The server's password."},
-    {.label = "Confirm NSCA Secret",
-     .key = "config.system.nagios.nsca.confirm",
-     .input = Input::confirmation,
-     .refusal = "NSCA Secret does not match confirmation.",
-     .confirms = "config.system.nagios.nsca.secret"},
+     .help = "As in the server's decryption_method.",
+     .note = "Number of the method as in send_nsca.cfg."},
+    passwordField("NSCA Secret", "config.system.nagios.nsca.secret", "The server's password."),
+    confirmationField("Confirm NSCA Secret", "config.system.nagios.nsca.confirm",
+                      "config.system.nagios.nsca.secret",
+                      "NSCA Secret does not match confirmation."),
     {.label = "NSCA Interval",
      .key = "config.system.nagios.nsca.interval",
      .help = "Minutes between two reports. Empty: 5.",
      .maxlength = 9,
      .most = 999999999,
      .refusal = "NSCA Interval must be assigned a <i>number of minutes</i>. The value <i>{}</i> is "
-                "invalid."},
+                "invalid.",
+     .standard = "5"},
 };
 
 constexpr Section sections[] = {

@@ -1,3 +1,4 @@
+#include "settings/fields.h"
 #include "settings/problems.h"
 #include "settings/registry.h"
 #include "settings/values.h"
@@ -14,23 +15,19 @@ constexpr Field web[] = {
      .type = "boolean",
      .input = Input::check,
      .help = "The management console without encryption. While HTTPS is on as well, it only leads "
-             "there. With both off, only the appliance itself reaches the console."},
-    {.label = "HTTP Port",
-     .key = "config.services.http.port",
-     .type = "tcpport",
-     .help = "1 to 65535. Empty: 80.",
-     .maxlength = 5},
+             "there. With both off, only the appliance itself reaches the console.",
+     .standard = "on"},
+    portField("HTTP Port", "config.services.http.port", "tcpport", "1 to 65535. Empty: 80.", "80"),
     {.label = "Enable HTTPS",
      .key = "config.services.https.enabled",
      .type = "boolean",
      .input = Input::check,
      .help = "The management console with encryption. Needs an SSL certificate and its private key "
-             "installed on the appliance; the first start makes them."},
-    {.label = "HTTPS Port",
-     .key = "config.services.https.port",
-     .type = "tcpport",
-     .help = "1 to 65535. Empty: 443.",
-     .maxlength = 5},
+             "installed on the appliance; the first start makes them.",
+     .note = "The console with encryption; needs `/etc/config/ssl_cert.pem` and "
+             "`/etc/config/ssl_key.pem`."},
+    portField("HTTPS Port", "config.services.https.port", "tcpport", "1 to 65535. Empty: 443.",
+              "443"),
     {.label = "Host Names",
      .key = "config.services.http.hostnames",
      .type = "addresslist",
@@ -43,45 +40,27 @@ constexpr Field terminal[] = {
      .key = "config.services.ssh.enabled",
      .type = "boolean",
      .input = Input::check,
-     .help = "Command line access with encryption."},
-    {.label = "SSH Port",
-     .key = "config.services.ssh.port",
-     .type = "tcpport",
-     .help = "1 to 65535. Empty: 22.",
-     .maxlength = 5},
-    {.label = "Enable Telnet",
-     .key = "config.services.telnet.enabled",
-     .type = "boolean",
-     .input = Input::check,
-     .help = "Command line access <b>without</b> encryption: passwords can be read on the way."},
-    {.label = "Telnet Port",
-     .key = "config.services.telnet.port",
-     .type = "tcpport",
-     .help = "1 to 65535. Empty: 23.",
-     .maxlength = 5},
+     .help = "Command line access with encryption.",
+     .standard = "on"},
+    portField("SSH Port", "config.services.ssh.port", "tcpport", "1 to 65535. Empty: 22.", "22"),
+    boxField("Enable Telnet", "config.services.telnet.enabled",
+             "Command line access <b>without</b> encryption: passwords can be read on the way."),
+    portField("Telnet Port", "config.services.telnet.port", "tcpport", "1 to 65535. Empty: 23.",
+              "23"),
 };
 
 constexpr Field snmp[] = {
-    {.label = "Enable SNMP",
-     .key = "config.services.snmp.enabled",
-     .type = "boolean",
-     .input = Input::check,
-     .help = "The agent that answers to network management; the page <b>SNMP</b> has its "
-             "settings."},
-    {.label = "SNMP Port",
-     .key = "config.services.snmp.port",
-     .type = "port",
-     .help = "UDP, 1 to 65534. Empty: 161.",
-     .maxlength = 5},
+    boxField("Enable SNMP", "config.services.snmp.enabled",
+             "The agent that answers to network management; the page <b>SNMP</b> has its "
+             "settings."),
+    portField("SNMP Port", "config.services.snmp.port", "port", "UDP, 1 to 65534. Empty: 161.",
+              "161"),
 };
 
 constexpr Field protection[] = {
-    {.label = "Enable Brute Force Protection",
-     .key = "config.bfprotection.enabled",
-     .type = "boolean",
-     .input = Input::check,
-     .help = "Refuse web logins from addresses, and under names, for which they keep failing. "
-             "Other ways to log in stay open."},
+    boxField("Enable Brute Force Protection", "config.bfprotection.enabled",
+             "Refuse web logins from addresses, and under names, for which they keep failing. "
+             "Other ways to log in stay open."),
     {.label = "Failed Login Limit",
      .key = "config.bfprotection.limit",
      .help = "Failed logins in a row, at least 1, after which an address is shut out. Empty: 3.",
@@ -89,19 +68,23 @@ constexpr Field protection[] = {
      .least = 1,
      .refusal =
          "The Failed Login Limit value must greater than 0. Clear the field to revert to the "
-         "default value."},
+         "default value.",
+     .standard = "3"},
     {.label = "Lockout Time",
      .key = "config.bfprotection.timeout",
      .help = "Minutes, at least 1, that it stays shut out after the last of them. Empty: 60.",
      .maxlength = 9,
      .least = 1,
      .refusal = "The Lockout Time value must greater than 0. Clear the field to revert to the "
-                "default value."},
+                "default value.",
+     .standard = "60"},
     {.label = "Trusted Networks",
      .key = "config.bfprotection.networks",
      .type = "subnetlist",
      .help = "Such as 192.168.0.0/24, separated by commas. What fails from elsewhere under a name "
-             "does not keep these from using it."},
+             "does not keep these from using it.",
+     .note = "Networks from which a name may log in however often it failed from elsewhere; each "
+             "of their addresses keeps its own limit."},
 };
 
 constexpr Section sections[] = {

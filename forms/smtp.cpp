@@ -1,3 +1,4 @@
+#include "settings/fields.h"
 #include "settings/registry.h"
 
 // The mail server that alerts are sent through.
@@ -16,16 +17,11 @@ constexpr Field server[] = {
      .key = "config.system.smtp.server",
      .type = "address",
      .help = "Address or host name of the outgoing mail server."},
-    {.label = "SMTP Port",
-     .key = "config.system.smtp.port",
-     .type = "tcpport",
-     .help = "1 to 65535. Empty: 25, with STARTTLS 587, with TLS from the start 465.",
-     .maxlength = 5},
-    {.label = "Secure Connection",
-     .key = "config.system.smtp.security",
-     .input = Input::menu,
-     .choices = securities,
-     .help = "How the connection to the server is encrypted."},
+    portField("SMTP Port", "config.system.smtp.port", "tcpport",
+              "1 to 65535. Empty: 25, with STARTTLS 587, with TLS from the start 465.",
+              "25, 587 or 465"),
+    menuField("Secure Connection", "config.system.smtp.security", securities,
+              "How the connection to the server is encrypted."),
 };
 
 constexpr Field mail[] = {
@@ -43,16 +39,11 @@ constexpr Field login[] = {
     {.label = "SMTP Username",
      .key = "config.system.smtp.username",
      .type = "printable",
-     .help = "Empty when the server takes mails without a login."},
-    {.label = "SMTP Password",
-     .key = "config.system.smtp.password",
-     .type = "password",
-     .input = Input::password},
-    {.label = "Confirm SMTP Password",
-     .key = "config.system.smtp.confirm",
-     .input = Input::confirmation,
-     .refusal = "Password does not match confirmation.",
-     .confirms = "config.system.smtp.password"},
+     .help = "Empty when the server takes mails without a login.",
+     .note = "Login at the mail server. Empty when it takes mails without one."},
+    passwordField("SMTP Password", "config.system.smtp.password"),
+    confirmationField("Confirm SMTP Password", "config.system.smtp.confirm",
+                      "config.system.smtp.password", "Password does not match confirmation."),
 };
 
 constexpr Section sections[] = {

@@ -1,3 +1,4 @@
+#include "settings/fields.h"
 #include "settings/registry.h"
 
 // Name, password and message of the day. What restarts the appliance is in systemsettings_page.cpp.
@@ -10,7 +11,10 @@ constexpr Field identity[] = {
      .key = "config.system.name",
      .type = "hostname",
      .help = "The host name: letters, digits, \"-\" and \".\"; shown in every page's title.",
-     .maxlength = 64},
+     .maxlength = 64,
+     .standard = "zandorin",
+     .note = "Host name of the appliance, in every page's title. When empty, the host's own name "
+             "is shown."},
     {.label = "System Description",
      .key = "config.system.description",
      .type = "printable",
@@ -22,12 +26,11 @@ constexpr Field access[] = {
      .key = "config.system.password",
      .type = "password",
      .input = Input::password,
-     .help = "Of the user root."},
-    {.label = "Confirm System Password",
-     .key = "config.system.confirm",
-     .input = Input::confirmation,
-     .refusal = "Password does not match confirmation.",
-     .confirms = "config.system.password"},
+     .help = "Of the user root.",
+     .note = "Password of the user root, as a crypt hash. Anything that does not begin with \"$\" "
+             "counts as clear text: then it is stored as typed, and only root may log in."},
+    confirmationField("Confirm System Password", "config.system.confirm", "config.system.password",
+                      "Password does not match confirmation."),
 };
 
 constexpr Field message[] = {
@@ -45,7 +48,8 @@ constexpr Field commits[] = {
      .type = "boolean",
      .input = Input::check,
      .help = "Collect changes and put them into effect together, by <b>Commit Changes</b> in the "
-             "top bar."},
+             "top bar.",
+     .note = "Changes are collected and put into effect together by the page `commit`."},
 };
 
 constexpr Section sections[] = {

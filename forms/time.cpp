@@ -1,3 +1,4 @@
+#include "settings/fields.h"
 #include "settings/registry.h"
 
 // What the clock is kept by. It is set by hand in time_page.cpp.
@@ -62,19 +63,19 @@ constexpr Field zone[] = {
      .type = "asciigraphical",
      .input = Input::menu,
      .choices = zones,
-     .help = "Summer time is kept where the place keeps it."},
+     .help = "Summer time is kept where the place keeps it.",
+     .note = "Time zone as a rule of the environment variable TZ (POSIX), such as "
+             "`CET-1CEST,M3.5.0,M10.5.0/3`."},
 };
 
 constexpr Field ntp[] = {
-    {.label = "Enable NTP",
-     .key = "config.ntp.enabled",
-     .type = "boolean",
-     .input = Input::check,
-     .help = "Keep the clock right by time servers of the network."},
+    boxField("Enable NTP", "config.ntp.enabled",
+             "Keep the clock right by time servers of the network."),
     {.label = "NTP Servers",
      .key = "config.ntp.servers",
      .type = "addresslist",
-     .help = "Addresses or host names, separated by commas without blanks."},
+     .help = "Addresses or host names, separated by commas without blanks.",
+     .note = "Time servers."},
 };
 
 constexpr Section sections[] = {

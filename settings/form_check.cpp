@@ -3,9 +3,12 @@
 #include "platform/accounts/accounts.h"
 #include "platform/libzandorin/config_manager.h"
 #include "platform/libzandorin/config_text.h"
+#include "settings/values.h"
 #include "types/elem_type.h"
 #include "util/escape.h"
 #include "util/log.h"
+
+#include <algorithm>
 
 namespace zandorin::settings {
 
@@ -30,6 +33,19 @@ bool refusesMarkup(const FormElem &element, const std::string &name, const std::
 }
 
 } // namespace
+
+FormElem elementOf(const Value &value, const char *label, bool save) {
+    const Field &field = *value.field;
+    FormElem element(label, field.type.name(), save, save && !isUnsafe(field),
+                     field.maxlength < 1 ? 0 : field.maxlength + 1);
+    if (value.key != value.name)
+        element.key = value.key;
+    const auto isNone = [](const Option &option) { return option.value.empty(); };
+    if (!value.options.empty() && field.input == Input::menu &&
+        std::none_of(value.options.begin(), value.options.end(), isNone))
+        element.standard = value.options.front().value;
+    return element;
+}
 
 bool acceptsType(const FormElem &element, const std::string &name, const std::string &value,
                  Problems &problems) {

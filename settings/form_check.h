@@ -16,6 +16,12 @@ class ConfigManager;
 
 namespace zandorin::settings {
 
+struct Value;
+
+/// A value that is one text as the form's element, under this label (markup). `save` is off for
+/// what is saved otherwise.
+FormElem elementOf(const Value &value, const char *label, bool save);
+
 /// Adds a problem when a value does not fit an element's type; true when it does. A password is in
 /// no message.
 bool acceptsType(const FormElem &element, const std::string &name, const std::string &value,

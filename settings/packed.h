@@ -63,8 +63,12 @@ constexpr void members(Like<When> auto &when, auto &use) {
 constexpr void members(Like<Field> auto &field, auto &use) {
     use(field.label, field.key, field.type, field.input, field.choices, field.options, field.help,
         field.maxlength, field.least, field.most, field.accepts, field.refusal, field.confirms,
-        field.required, field.missing, field.standard, field.file, field.word, field.posted,
-        field.grid, field.status);
+        field.required, field.missing, field.file, field.word, field.posted, field.grid,
+        field.status);
+    // Only zandorin-config describes settings; a page does not read past these.
+#ifdef ZANDORIN_DOCUMENTED
+    use(field.standard, field.note);
+#endif
 }
 constexpr void members(Like<Section> auto &section, auto &use) {
     use(section.title, section.fields, section.offered, section.suffix);

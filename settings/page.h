@@ -99,7 +99,9 @@ struct Field {
     When required = {};
     /// Said when it is required and not given; markup, "{}" in it is the value that requires it.
     const char *missing = "";
-    const char *standard = ""; ///< what holds when nothing is stored, for the documentation
+    // For the documentation alone (see docs/configuration.md), and not in zandorin.cgi.
+    const char *standard = ""; ///< what holds when nothing is stored
+    const char *note = "";   ///< what it means, Markdown, where that is not the help's first words
     const char *file = "";   ///< kept in this file of the appliance; the page's own code writes it
     const char *word = "";   ///< of a set and of texts: the entries' name, before their number
     const char *posted = ""; ///< of a set: the boxes' name, before the choice; "": the key and "."

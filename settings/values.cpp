@@ -1,6 +1,7 @@
 #include "settings/values.h"
 
 #include "platform/libzandorin/config_manager.h"
+#include "platform/libzandorin/config_text.h"
 #include "settings/records.h"
 #include "util/files.h"
 #include "util/paths.h"
@@ -178,7 +179,8 @@ std::string Values::after(std::string_view key) const {
     const bool isKept = value->field->type == TypeName("password")
                             ? value->text == password_placeholder
                             : isUnsafe(*value->field) && value->text.empty() && !value->cleared;
-    return isKept ? value->stored : value->text;
+    const std::string &text = isKept ? value->stored : value->text;
+    return value->field->input == Input::check && !platform::isTrue(text) ? "" : text;
 }
 
 bool Values::holds(const When &when, std::string_view suffix) const {

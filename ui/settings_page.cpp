@@ -20,27 +20,14 @@ namespace zandorin::ui {
 
 namespace {
 
+using settings::elementOf;
 using settings::Field;
 using settings::Input;
 using settings::Place;
 using settings::Value;
 using settings::Values;
 
-/// A single value as the form's element.
-FormElem elementOf(const Value &value, const char *label, bool save) {
-    const Field &field = *value.field;
-    FormElem element(label, field.type.name(), save, save && !isUnsafe(field),
-                     field.maxlength < 1 ? 0 : field.maxlength + 1);
-    if (value.key != value.name)
-        element.key = value.key;
-    const auto isNone = [](const settings::Option &option) { return option.value.empty(); };
-    if (!value.options.empty() && field.input == Input::menu &&
-        std::none_of(value.options.begin(), value.options.end(), isNone))
-        element.standard = value.options.front().value;
-    return element;
-}
-
-/// Calls `use(name, element)` for each element that stands for the value.
+/// Calls `use(name, element)` for each element that the value has.
 template <typename Use> void forElements(const Value &value, const Use &use) {
     const Field &field = *value.field;
     switch (field.input) {

@@ -3,7 +3,7 @@
 #include "cgi/cgi.h"
 #include "engine/engine.h"
 #include "ui/inputs.h"
-#include "ui/json.h"
+#include "util/json.h"
 #include "util/escape.h"
 
 #include "util/strings.h"
@@ -40,7 +40,7 @@ std::string valueCell(std::string_view key, const std::string &value) {
 } // namespace
 
 std::string getChanges(Engine &engine, const Arguments &) {
-    // Of a queue, only its own page tells; of what was just saved, the page that saved it.
+    // Of a queue, only its own page speaks; of what was just saved, the page that saved it.
     const bool queued = engine.config().getDelayedConfigMode();
     if (!engine.session().authSuccess() || (queued && engine.formId() != "commit"))
         return "";

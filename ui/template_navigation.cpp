@@ -2,10 +2,10 @@
 
 #include "cgi/cgi.h"
 #include "engine/engine.h"
-#include "platform/libzandorin/folder_names.h"
 #include "ui/markup.h"
 #include "ui/page.h"
 #include "util/escape.h"
+#include "util/files.h"
 #include "util/paths.h"
 #include "util/strings.h"
 
@@ -16,14 +16,14 @@ namespace zandorin::ui {
 
 namespace {
 
-/// A leaf's icon is named after it, where somebody has drawn one in the folder `icons`.
-bool hasIcon(const NavLeaf &leaf, const platform::FolderNames &icons) {
-    return icons.contains(concat({"icon-nav-", leaf.id, ".png"}));
+/// A leaf's icon is named after it, where somebody has drawn one; `icons` are in order.
+bool hasIcon(const NavLeaf &leaf, const std::vector<std::string> &icons) {
+    return std::binary_search(icons.begin(), icons.end(), concat({"icon-nav-", leaf.id, ".png"}));
 }
 
 /// Adds the branch to the panel, unless nothing in it is for this user: it would only be a heading.
 void addBranch(std::string &html, Engine &engine, const NavBranch &branch,
-               const std::string &number, const platform::FolderNames &icons) {
+               const std::string &number, const std::vector<std::string> &icons) {
     const std::string pixmaps = resourcePath("/pixmaps/");
     const std::size_t before = html.size();
     append(html, {"    <h4 class=\"sub-title\" onclick=\"navToggle(", number,
@@ -57,7 +57,8 @@ std::string getNavPanel(Engine &engine, const Arguments &) {
     html.reserve(usual_size);
     append(html, {"  <script type=\"text/javascript\" src=\"", resourcePath("/scripts/nav.js"),
                   "\"></script>\n  <div id=\"related-links\">\n"});
-    const platform::FolderNames icons(appliancePath("/home/httpd/pixmaps"), "pixmaps");
+    const std::vector<std::string> icons =
+        namesIn(appliancePath("/home/httpd/pixmaps"), "icon-nav-");
     const auto &branches = engine.navTree().branches();
     if (branches.empty())
         html += "    <strong>No Items Found</strong>\n";

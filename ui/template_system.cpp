@@ -31,15 +31,8 @@ std::string afterBlank(const std::string &text) {
     return blank == std::string::npos || text.size() <= blank + 2 ? "" : text.substr(blank + 1);
 }
 
-/// What scanf's "%lf" reads first. Of "72426.16 50513.92", as the kernel writes it, the whole part,
-/// where there is one: more is not asked for, and strtod(3) reads tables that nothing else on a
-/// page does.
+/// What scanf's "%lf" reads first.
 std::optional<double> firstNumber(const std::string &text) {
-    constexpr std::string_view digits = "0123456789";
-    const auto point = std::min(text.find_first_not_of(digits), text.size());
-    const auto blank = std::min(text.find_first_not_of(digits, point + 1), text.size());
-    if (point > 0 && text[0] != '0' && text[point] == '.' && text[blank] == ' ')
-        return static_cast<double>(leadingNumber(text));
     char *end = nullptr;
     const double number = std::strtod(text.c_str(), &end);
     return end == text.c_str() ? std::nullopt : std::optional(number);

@@ -4,7 +4,6 @@ import os
 import pytest
 from conftest import PROJECT
 from pages import STATES, pages
-from search_index import INDEX, gather, written
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.keys import Keys
 
@@ -52,12 +51,6 @@ def test_no_page_shuts_anybody_out(browser):
         measure(name)
     browser.press("form[name=commit] input[name=apply]")
     assert {name: rules for name, rules in found.items() if rules} == {}
-
-
-@once
-def test_the_index_of_the_search_box_is_that_of_the_pages(browser):
-    browser.log_in()
-    assert INDEX.read_text(encoding="ascii") == written(gather(browser)), "script/search-index writes it anew"
 
 
 def press(browser, *keys):

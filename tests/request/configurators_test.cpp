@@ -27,24 +27,69 @@ class Configurators : public RequestTest {
 };
 
 TEST_F(Configurators, ToolGetsAndSetsTheCommittedConfiguration) {
+    const std::string usage =
+        "zandorin-config: usage: get KEY | is KEY | set KEY VALUE | add LIST [KEY=VALUE ...] | "
+        "delete RECORD-KEY | move RECORD-KEY N | check [KEY [VALUE]] | describe [--search]; with "
+        "--json, get --secret, set --force\n";
     const std::tuple<std::string, int, std::string> rows[] = {
         {"get config.system.none", 1, ""},
-        {"set config.system.flag Yes", 0, ""},
+        {"set --force config.system.flag Yes", 0, ""},
         {"is config.system.flag", 0, ""},
         {"is config.system.name", 1, ""},
-        {"set config.system.note 'a <b> & \\'", 0, ""},
+        {"set --force config.system.note 'a <b> & \\'", 0, ""},
         {"get config.system.note", 0, "a <b> & \\\n"},
-        {"set 'no key' x", 1, "zandorin-config: Invalid configuration key\n"},
-        {"set config.a \"$(printf '\\001')\"", 1,
+        {"set --force 'no key' x", 1, "zandorin-config: Invalid configuration key\n"},
+        {"set --force config.a \"$(printf '\\001')\"", 1,
          "zandorin-config: Control character in the value of config.a\n"},
-        {"set config.a", 2, "zandorin-config: usage: get KEY | is KEY | set KEY VALUE\n"},
+        // Under the rules of the pages, in their words.
+        {"set config.system.flag Yes", 1,
+         "zandorin-config: no page of this appliance knows 'config.system.flag'\n"},
+        {"set config.system.smtp.port banana", 1,
+         "zandorin-config: SMTP Port must be assigned a TCP Port. The value 'banana' is "
+         "invalid.\n"},
+        {"get config.system.smtp.port", 1, ""},
+        {"set config.auth.sessionlifetime 5 --json", 2, usage},
+        {"--json set config.auth.sessionlifetime 5", 1,
+         "{\"key\":\"config.auth.sessionlifetime\",\"message\":\"Session lifetime must be between "
+         "10 and 1440 minutes\"}\n"},
+        {"set config.auth.type TACACS", 1,
+         "zandorin-config: TACACS+ Authentication and Authorization Server Address must be "
+         "specified\nzandorin-config: TACACS+ Server Password must be specified\n"},
+        {"set config.console.ppp.callback.enabled on", 1,
+         "zandorin-config: Dial-Back requires a Phone Number.\n"},
+        {"set config.console.ppp.callback.enabled off", 0, ""},
+        {"set config.port9.ppp.enabled off", 1,
+         "zandorin-config: no page of this appliance knows 'config.port9.ppp.enabled'\n"},
+        {"set config.ports.port8.speed 115200", 0, ""},
+        {"get --json config.ports.port8.speed", 0, "{\"value\":\"115200\"}\n"},
+        {"set config.ports.port8.parity Both", 1,
+         "zandorin-config: Parity must be one of the choices. The value 'Both' is invalid.\n"},
+        {"set config.services.snmp.rocommunity ''", 0, ""},
+        {"set config.system.confirm x", 1,
+         "zandorin-config: config.system.confirm is no setting that can be given a value.\n"},
+        // No password is printed, and root's is stored as its page does.
+        {"set config.system.password kite-5", 0, ""},
+        {"get config.system.password", 0, "********\n"},
+        {"check config.system.name 'a b'", 1,
+         "zandorin-config: System Name must be assigned a Fully Qualified Domain Name. The value "
+         "'a b' is invalid.\n"},
+        {"check", 0, ""},
+        {"set --force config.system.smtp.security loud", 1,
+         "zandorin-config: Secure Connection must be one of the choices. The value 'loud' is "
+         "invalid.\n"},
+        {"set config.services.https.port 0", 1,
+         "zandorin-config: HTTPS Port must be assigned a TCP Port. The value '0' is invalid.\n"},
+        {"add config.nothing a=b", 1,
+         "zandorin-config: no page of this appliance knows 'config.nothing'\n"},
+        {"set config.a", 2, usage},
     };
     for (const auto &[command, status, output] : rows) {
         EXPECT_EQ(run("bin/zandorin-config " + command), status) << command;
         EXPECT_EQ(read("/out"), output) << command;
     }
+    EXPECT_NE(configuration().find("<password>$6$"), std::string::npos);
     put(config, "<config><system>");
-    EXPECT_EQ(run("bin/zandorin-config set config.a x"), 1);
+    EXPECT_EQ(run("bin/zandorin-config set --force config.a x"), 1);
     EXPECT_EQ(configuration(), "<config><system>");
 }
 
@@ -53,15 +98,15 @@ TEST_F(Configurators, ToolGoesPastTheQueue) {
     put(config, "<config><delayed>on</delayed><a>1</a><b>1</b></config>");
     put(delayed, "<config><delayed>off</delayed><a>1</a><b>2</b><c>3</c></config>");
     EXPECT_EQ(run("bin/zandorin-config get config.c"), 1);
-    EXPECT_EQ(run("bin/zandorin-config set config.a 9"), 0);
-    EXPECT_EQ(run("bin/zandorin-config set config.b 9"), 0);
+    EXPECT_EQ(run("bin/zandorin-config set --force config.a 9"), 0);
+    EXPECT_EQ(run("bin/zandorin-config set --force config.b 9"), 0);
     EXPECT_NE(configuration().find("<a>9</a>\n  <b>9</b>"), std::string::npos) << configuration();
     // The queue keeps what it changes itself, and brings no old value back.
     EXPECT_NE(read(delayed).find("<a>9</a>\n  <b>2</b>\n  <c>3</c>"), std::string::npos)
         << read(delayed);
     // A queue that cannot be read is left to whoever commits it.
     put(delayed, "<config");
-    EXPECT_EQ(run("bin/zandorin-config set config.a 8"), 0);
+    EXPECT_EQ(run("bin/zandorin-config set --force config.a 8"), 0);
     EXPECT_EQ(read(delayed), "<config");
 }
 

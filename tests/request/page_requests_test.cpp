@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <set>
+#include <tuple>
 
 #include <gmock/gmock.h>
 
@@ -75,6 +76,25 @@ TEST_F(PageRequests, AValueIsCheckedAsItsFormWould) {
     EXPECT_THAT(refused,
                 HasSubstr("A&lt;b&gt;\\u003c/i> must be assigned a \\u003ci>IPv4 Address"));
     EXPECT_EQ(refused.find("</script"), std::string::npos);
+    // What the table of the page knows besides: limits, a test of its own, places.
+    const std::tuple<const char *, const char *, const char *, const char *> rows[] = {
+        {"auth", "config.auth.sessionlifetime", "5", "between 10 and 1440 minutes"},
+        {"auth", "config.auth.sessionlifetime", "30", "\"\""},
+        {"serialconfig", "config.ports.port2.speed", "49", "must be 50 to 921600"},
+        {"serialconfig", "config.ports.port99.speed", "49", "\"\""},
+        {"snmp", "config.system.snmp.engineid2", "12", "must be a hex number"},
+        {"snmp", "config.system.snmp.authpassword2", "short", "\"\""},
+    };
+    for (const auto &[page, name, text, message] : rows)
+        EXPECT_THAT(post({{"form", "check"},
+                          {"type", "text"},
+                          {"value", text},
+                          {"page", page},
+                          {"name", name}},
+                         cookie_)
+                        .body,
+                    HasSubstr(message))
+            << name;
 }
 
 TEST_F(PageRequests, ConfiguratorsAreToldWhileTheyRun) {

@@ -1,4 +1,5 @@
 #include "platform/libzandorin/config_manager.h"
+#include "settings/edit.h"
 #include "settings/form_check.h"
 #include "settings/packed.h"
 #include "settings/records.h"
@@ -220,6 +221,55 @@ TEST_F(Settings, RecordsKeepAllTheyHoldWhereverTheyMove) {
         list.remove(config, 1);
     EXPECT_EQ(names(), ":");
     EXPECT_EQ(list.next(config), 1U);
+}
+
+constexpr Field record_fields[] = {
+    {.label = "Name", .key = ".name", .type = "alphanum"},
+    {.label = "Secret", .key = ".secret", .type = "password", .input = Input::password},
+    {.label = "Again", .key = ".again", .input = Input::confirmation, .confirms = ".secret"},
+    {.label = "Kind", .key = ".kind"},
+};
+constexpr Field deep_fields[] = {{.label = "Depth", .key = ".depth", .least = 1, .most = 9}};
+constexpr Section record_sections[] = {{"Record", record_fields}};
+constexpr Variant variants[] = {{.name = "deep", .title = "Deep", .fields = deep_fields}};
+constexpr List lists[] = {{.key = "config.test.list",
+                           .word = "item",
+                           .title = "Items",
+                           .singular = "Item",
+                           .empty = "",
+                           .name = ".name",
+                           .columns = {},
+                           .sections = record_sections,
+                           .variantKey = ".kind",
+                           .variants = variants}};
+constexpr Page list_page = {.sections = {}, .lists = lists};
+
+TEST_F(Settings, ACommandChangesRecordsUnderTheRulesOfTheirTable) {
+    const auto add = [&](const Changes &changes) {
+        const Part part = partsOf(list_page, config).back();
+        Changes whole;
+        for (const auto &[key, text] : changes)
+            whole[part.place.keys + key] = text;
+        const Problems problems = addRecord(config, part, whole);
+        return problems.empty() ? "" : problems.all().front().message;
+    };
+    EXPECT_EQ(add({{".name", "ann"}, {".secret", "hush"}}), "");
+    EXPECT_EQ(add({{".name", "bea"}, {".kind", "deep"}, {".depth", "5"}}), "");
+    EXPECT_EQ(add({{".name", "ann"}}), "<i>Name</i> '<i>ann</i>' is used already.");
+    EXPECT_EQ(add({{".kind", "flat"}}), "<i>Name</i> is required.");
+    EXPECT_EQ(add({{".name", "dan"}, {".kind", "deep"}, {".depth", "10"}}),
+              "<i>Depth</i> must be 1 to 9.");
+    EXPECT_EQ(add({{".name", "dan"}, {".depth", "5"}}),
+              "config.test.list.item3.depth is no setting that can be given a value.");
+    EXPECT_EQ(config.getElement("config.test.list.total"), "2");
+    EXPECT_EQ(config.getElement("config.test.list.item1.secret"), "hush");
+
+    const auto second = partOf(list_page, config, "config.test.list.item2.depth");
+    ASSERT_TRUE(second && second->number == 2);
+    EXPECT_EQ(change(config, *second, {{"config.test.list.item2.name", "ann"}}).size(), 1U);
+    EXPECT_TRUE(change(config, *second, {{"config.test.list.item2.depth", ""}}).empty());
+    EXPECT_EQ(config.getElement("config.test.list.item2.depth"), "");
+    EXPECT_TRUE(checkStored(config, *second).empty());
 }
 
 } // namespace

@@ -3,7 +3,7 @@
 (function () {
     "use strict";
 
-    // Examples by element type, for which the rules stand in the server alone (types/elem_types.cpp).
+    // Examples by element type, whose rules are in the server alone (types/elem_types.cpp).
     var EXAMPLES = {
         address: "192.0.2.10, 2001:db8::10 or host.example.net",
         addresslist: "192.0.2.10, ntp.example.net",
@@ -96,7 +96,7 @@
     }
 
     function check(input, type, label) {
-        var value = input.value;
+        var value = input.value, asked = { form: "check", type: type, label: label, value: value, page: data.form, name: input.name };
         if (!value) {
             mark(input, "");
             return;
@@ -104,7 +104,7 @@
         fetch("?form=check", {
             method: "POST",
             headers: { "Content-Type": "application/x-www-form-urlencoded" },
-            body: "form=check&type=" + encoded(type) + "&label=" + encoded(label) + "&value=" + encoded(value)
+            body: Object.keys(asked).map(function (key) { return key + "=" + encoded(asked[key]); }).join("&")
         }).then(function (answer) {
             return answer.json();
         }).then(function (answer) {

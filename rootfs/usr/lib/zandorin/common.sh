@@ -13,6 +13,11 @@ value() {
     "$root/bin/zandorin-config" get "$1"
 }
 
+# secret KEY: the same of a password.
+secret() {
+    "$root/bin/zandorin-config" get --secret "$1"
+}
+
 # enabled KEY: succeeds when the committed value is true.
 enabled() {
     "$root/bin/zandorin-config" is "$1"

@@ -11,7 +11,7 @@
 
 #include <unistd.h>
 
-// What the neighbours on the network tell of themselves by LLDP, and what they are told of us.
+// What the neighbours on the network announce of themselves by LLDP, and what we announce.
 
 namespace zandorin {
 namespace {
@@ -20,7 +20,7 @@ constexpr const char *client_path = "/sbin/lldpcli";
 constexpr int silence_ms = 5000;
 constexpr int ending_ms = 500; // from the end of its output to the end of the client
 
-/// What stands first in a system's table, under these labels; the rest follows under its own keys.
+/// What comes first in a system's table, under these labels; the rest follows under its own keys.
 constexpr struct {
     const char *key;
     const char *label;

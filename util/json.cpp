@@ -1,6 +1,6 @@
-#include "ui/json.h"
+#include "util/json.h"
 
-namespace zandorin::ui {
+namespace zandorin {
 
 std::string jsonString(std::string_view text) {
     static constexpr char digits[] = "0123456789abcdef";
@@ -21,4 +21,4 @@ std::string jsonString(std::string_view text) {
     return json;
 }
 
-} // namespace zandorin::ui
+} // namespace zandorin

@@ -22,7 +22,7 @@ void commitOrDiscard(Engine &engine) {
     if (cgi == nullptr || !engine.config().getDelayedConfigMode())
         return;
     if (cgi->varStringExists(apply_field)) {
-        // Afterwards nothing tells the committed values from those before.
+        // Afterwards nothing distinguishes the committed values from those before.
         const std::vector<ConfigChange> changes = engine.config().getChanges();
         if (engine.config().doDelayedCommit())
             engine.endSessionsAfter(changes);

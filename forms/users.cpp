@@ -1,148 +1,293 @@
-#include "cgi/cgi.h"
-#include "engine/engine.h"
-#include "engine/formlet.h"
-#include "forms/users_form.h"
-#include "forms/users_pages.h"
-#include "util/fd.h"
-#include "util/files.h"
-#include "util/log.h"
-#include "util/paths.h"
+#include "platform/accounts/user_store.h"
+#include "platform/libzandorin/config_manager.h"
+#include "platform/libzandorin/serial_ports.h"
+#include "platform/libzdsupport/roles.h"
+#include "settings/records.h"
+#include "settings/registry.h"
+#include "util/escape.h"
+#include "util/split.h"
 
-#include <cerrno>
-#include <cstring>
-#include <string_view>
+#include <algorithm>
 
-// The page of users and groups: from a request to what it does, and to the page that it shows.
-//
-// The configuration is the master copy; the login accounts follow it. Whatever changes a list
-// happens under one lock, on the configuration as it is by then: nobody else renumbers in between.
-// First everything is checked, then it is put into the configuration in memory, then the account
-// is changed, last the configuration is written. Accounts change at once, even where configuration
-// changes are queued: who is disabled or deleted is so now.
+// Users and groups. The login accounts that follow them: users_page.cpp.
 
-namespace zandorin::users {
+namespace zandorin::settings {
 namespace {
 
-constexpr const char *lock_path = "/etc/config/.users.lock";
+constexpr const char *root = "root";
+/// Groups that exist without a record, with roles of their own.
+constexpr const char *built_in = "admin netgrp dialin pmshell pmoperator pptpd";
 
-bool isToggle(const Task &task) {
-    return task.action == "enable" || task.action == "disable";
+bool holds(const std::vector<std::string> &texts, const std::string &text) {
+    return std::find(texts.begin(), texts.end(), text) != texts.end();
 }
 
-bool namesRecord(const Task &task) {
-    return isToggle(task) || task.action == "edit" || task.action == "delete";
-}
-
-/// The record that the task is about. None, with an error, when it is not there, or is not any more
-/// the one that the page was opened with.
-std::optional<Record> taskRecord(Engine &engine, Cgi &cgi, const Task &task) {
-    auto record = recordAt(engine.config(), *task.kind, task.index);
-    if (!record)
-        cgi.addError(std::string("There is no such ") + task.kind->word +
-                     "; it may have been deleted meanwhile.");
-    else if (task.submitted && record->name != task.opened) {
-        cgi.addError("The list has changed meanwhile: this entry is " + quoted(record->name) +
-                     " now, not " + quoted(task.opened) + ". Nothing was saved.");
-        record.reset();
+std::vector<Option> groups(const ConfigManager &config, const std::string &) {
+    std::vector<Option> options;
+    for (const std::string &name : utilities::split(built_in, " "))
+        options.emplace_back(name);
+    const RecordList records("config.groups", "group");
+    for (const unsigned number : records.numbers(config)) {
+        const std::string name = config.getElement(records.keyOf(number) + ".name");
+        auto option = std::find_if(options.begin(), options.end(),
+                                   [&](const Option &each) { return each.value == name; });
+        if (option == options.end() && !name.empty())
+            option = options.insert(options.end(), name);
+        if (option != options.end() && option->title.empty())
+            option->title = config.getElement(records.keyOf(number) + ".description");
     }
-    return record;
+    return options;
 }
 
-/// A record that is not stored yet. A submission's fields bear the number it was opened with.
-Record newRecord(Engine &engine, const Task &task) {
-    const unsigned index =
-        task.submitted && task.index != 0 ? task.index : nextIndex(engine.config(), *task.kind);
-    return {.index = index, .key = keyOf(*task.kind, index), .name = ""};
-}
-
-void save(Engine &engine, Cgi &cgi, const Task &task, Record record) {
-    const RecordForm form(engine, cgi, std::move(record), true);
-    if (task.kind == &user_kind)
-        saveUser(form);
-    else
-        saveGroup(form);
-}
-
-void act(Engine &engine, Cgi &cgi, const Task &task) {
-    if (task.action == "add") {
-        save(engine, cgi, task, newRecord(engine, task));
-        return;
+/// What a group has without a record of it cannot be taken from it.
+std::vector<Option> roles(const ConfigManager &config, const std::string &group) {
+    utilities::Roles all;
+    roles_add_from_group(all.handle(), config.getElement(group + ".name").c_str(), config);
+    const std::vector<std::string> stored = readTextList(config, group + ".roles", "role");
+    std::vector<Option> options;
+    for (const role_record *role = ALL_ROLES; role->name != nullptr; ++role) {
+        Option &option = options.emplace_back(role->name);
+        option.title = role->description;
+        option.fixed = roles_has(all.get(), role->name) && !holds(stored, role->name);
     }
-    if (isToggle(task) && task.kind == &group_kind) {
-        cgi.addError("Groups cannot be enabled or disabled");
-        return;
-    }
-    auto record = taskRecord(engine, cgi, task);
-    if (!record)
-        return;
-    if (task.action == "edit")
-        save(engine, cgi, task, std::move(*record));
-    else if (isToggle(task))
-        enableUser(engine, cgi, *record, task.action == "enable");
-    else if (task.kind == &user_kind)
-        removeUser(engine, cgi, *record);
-    else
-        removeGroup(engine, cgi, *record);
+    return options;
 }
 
-void define(Engine &engine) {
-    ZANDORIN_TRACE();
-    Cgi *cgi = engine.requireCgi();
-    if (cgi == nullptr)
-        return;
-    const Task task = taskOf(*cgi);
-    if (task.kind == nullptr || (task.action != "add" && !namesRecord(task)))
-        return;
-    if (!task.submitted && !isToggle(task)) {
-        if (namesRecord(task))
-            taskRecord(engine, *cgi, task);
-        return;
-    }
-    // Nothing is saved on a page with errors, so no account may change either.
-    if (cgi->hasErrors() || cgi->hasPageError())
-        return;
-    const UniqueFd lock = lockFile(appliancePath(lock_path));
-    if (!lock || !engine.config().read()) {
-        logRecord(Priority::error, "Failed to lock the users: %s", std::strerror(errno));
-        cgi->addError("The users can not be changed now. Try again.");
-        return;
-    }
-    act(engine, *cgi, task);
+std::vector<Option> ports(const ConfigManager &config, const std::string &) {
+    std::vector<Option> options;
+    for (unsigned number = 1; number <= portCount(config); ++number)
+        options.emplace_back(std::to_string(number), portLabel(config, number));
+    return options;
 }
 
-/// Shows the page of one record, if that is what comes next.
-bool showRecord(Engine &engine, Cgi &cgi, const Task &task) {
-    const bool isDone = task.submitted && !cgi.hasErrors() && !cgi.hasPageError();
-    if (task.kind == nullptr || isDone || isToggle(task))
-        return false;
-    std::optional<Record> record;
-    if (task.action == "add")
-        record = newRecord(engine, task);
-    else if (namesRecord(task))
-        record = recordAt(engine.config(), *task.kind, task.index);
-    if (!record || (task.submitted && record->name != task.opened))
-        return false;
-    if (task.action == "delete") {
-        if (!task.submitted)
-            showQuestion(cgi, *task.kind, *record);
-        return !task.submitted;
+std::vector<Option> outlets(const ConfigManager &config, const std::string &) {
+    const RecordList records("config.power.outlets", "outlet");
+    std::vector<Option> options;
+    for (const unsigned number : records.numbers(config)) {
+        const std::string label = config.getElement(records.keyOf(number) + ".label");
+        const std::string text = std::to_string(number);
+        options.emplace_back(text, label.empty() ? "Outlet " + text : label);
     }
-    const RecordForm form(engine, cgi, std::move(*record), task.submitted);
-    if (task.kind == &user_kind)
-        showUser(form);
-    else
-        showGroup(form);
-    return true;
+    return options;
 }
 
-void render(Engine &engine) {
-    ZANDORIN_TRACE();
-    Cgi *cgi = engine.requireCgi();
-    if (cgi != nullptr && !showRecord(engine, *cgi, taskOf(*cgi)))
-        showList(engine, *cgi);
+/// Any text, for the login account of the user: what it is, is never shown.
+std::string password(const ConfigManager &config, const std::string &key) {
+    const std::string user = key.substr(0, key.rfind('.'));
+    return user_haspassword(config.getElement(user + ".username")) ? "x" : "";
 }
 
-const AutoRegisterFormlet registration("users", define, render);
+std::string groupsOf(const ConfigManager &config, const std::string &user) {
+    if (config.getElement(user + ".username") == root)
+        return "<i>The root user has no editable groups</i>";
+    std::string names;
+    for (const std::string &name : readTextList(config, user + ".groups", "group"))
+        names += (names.empty() ? "" : ", ") + escapeXmlText(name);
+    return names.empty() ? "No groups assigned. <i>User has no Management Console access</i>"
+                         : names;
+}
+
+std::string rolesOf(const ConfigManager &config, const std::string &group) {
+    utilities::Roles all;
+    roles_add_from_group(all.handle(), config.getElement(group + ".name").c_str(), config);
+    return utilities::Roles::to_string(all.get());
+}
+
+std::string stored(const ConfigManager &config, const std::string &key) {
+    return config.getElement(key);
+}
+
+constexpr Field user_name[] = {
+    {.label = "Username",
+     .key = ".username",
+     .type = "username",
+     .help = "Letters, digits, \".\", \"_\", \"-\" and \"@\".",
+     .maxlength = 64,
+     .accepts = user_isname,
+     .refusal = "<i>Username</i> can only hold letters, digits, \".\", \"_\", \"-\" and \"@\", and "
+                "begins with a letter or digit.",
+     .missing = "<i>Username</i> can not be empty."},
+};
+constexpr Field root_name[] = {
+    {.label = "Username", .key = ".username", .input = Input::note, .status = stored},
+    {.label = "Password",
+     .input = Input::note,
+     .help = "Set it on the page <a href=\"?form=systemsettings\">Administration</a>."},
+    {.label = "Groups",
+     .input = Input::note,
+     .help = "<i>The root user has no editable groups</i>"},
+};
+constexpr Field user_description[] = {
+    {.label = "Description",
+     .key = ".description",
+     .type = "printable",
+     .help = "Who this is; the login account says so too.",
+     .maxlength = 255,
+     .accepts = user_isfield,
+     .refusal = "<i>Description</i> can not contain \":\" or control characters."},
+};
+constexpr Field user_account[] = {
+    {.label = "Disabled",
+     .key = ".disabled",
+     .type = "boolean",
+     .input = Input::check,
+     .help = "No login of any kind, until enabled again. Password, groups and keys are kept."},
+    {.label = "Groups",
+     .key = ".groups",
+     .input = Input::set,
+     .options = groups,
+     .help = "What the user may do follows from the groups.",
+     .word = "group",
+     .posted = "group."},
+    {.label = "Password",
+     .key = ".password",
+     .type = "password",
+     .input = Input::password,
+     .maxlength = 255,
+     .held = password},
+    {.label = "Confirm Password",
+     .key = ".confirm",
+     .type = "password",
+     .input = Input::password,
+     .maxlength = 255,
+     .held = password},
+};
+constexpr Field user_keys[] = {
+    {.label = "SSH Authorized Keys",
+     .key = ".ssh_auth_keys",
+     .type = "unsafe_multiline_printable",
+     .input = Input::textArea,
+     .help = "Public keys, one a line, as in a file <code>authorized_keys</code>.",
+     .maxlength = 16383},
+    {.label = "Upload Keys",
+     .key = ".ssh_auth_keys.file",
+     .input = Input::file,
+     .help = "A file of public keys, such as <code>id_ed25519.pub</code>; they are added to those "
+             "above."},
+};
+constexpr Field user_login[] = {
+    {.label = "SSH Public Key Only",
+     .key = ".ssh_pubkey_only",
+     .type = "boolean",
+     .input = Input::check,
+     .help = "SSH takes no password of this user, only one of the keys."},
+    {.label = "Password in Flash",
+     .key = ".password_nvflash",
+     .type = "boolean",
+     .input = Input::check,
+     .help = "Keep the password's hash in non-volatile flash, so that it outlives a configuration "
+             "erase."},
+    {.label = "Dashboard",
+     .key = ".dashboard",
+     .type = "alphanum",
+     .help = "Name of the dashboard that this user sees first; empty for everybody's.",
+     .maxlength = 64},
+    {.label = "Dial-Back",
+     .key = ".callback.enabled",
+     .type = "boolean",
+     .input = Input::check,
+     .help = "A call of this user is ended and returned at the number below."},
+    {.label = "Dial-Back Phone Number",
+     .key = ".callback.phone",
+     .type = "phonenumber",
+     .maxlength = 64,
+     .required = {".callback.enabled"},
+     .missing = "<i>Dial-Back</i> needs a phone number."},
+};
+constexpr Field portBoxes(const char *help) {
+    return {.label = "Serial Ports",
+            .key = ".port",
+            .type = "boolean",
+            .input = Input::flags,
+            .options = ports,
+            .help = help,
+            .grid = true};
+}
+constexpr Field user_access[] = {
+    portBoxes("Ports that this user may use, besides those of the groups."),
+    {.label = "Power Outlets",
+     .key = ".power.outlet",
+     .type = "boolean",
+     .input = Input::flags,
+     .options = outlets},
+};
+constexpr Section user_sections[] = {
+    {.title = "", .fields = user_name, .except = {".username", root}},
+    {.title = "", .fields = root_name, .where = {".username", root}},
+    {.title = "", .fields = user_description},
+    {.title = "", .fields = user_account, .except = {".username", root}},
+    {.title = "SSH Keys", .fields = user_keys},
+    {.title = "Login", .fields = user_login},
+    {.title = "Access", .fields = user_access},
+};
+constexpr Column user_columns[] = {
+    {.title = "Username", .key = ".username"},
+    {.title = "Description", .key = ".description"},
+    {.title = "Groups", .status = groupsOf, .markup = true},
+};
+
+constexpr Field group_name[] = {
+    {.label = "Group Name",
+     .key = ".name",
+     .type = "groupposix",
+     .help = "Letters, digits, \".\", \"_\" and \"-\".",
+     .maxlength = 64,
+     .missing = "<i>Group Name</i> can not be empty."},
+};
+constexpr Field built_in_name[] = {
+    {.label = "Group Name", .key = ".name", .input = Input::note, .status = stored},
+};
+constexpr Field group_fields[] = {
+    {.label = "Description", .key = ".description", .type = "printable", .maxlength = 255},
+    {.label = "Roles",
+     .key = ".roles",
+     .input = Input::set,
+     .options = roles,
+     .help = "What the members may do.",
+     .word = "role",
+     .posted = "role."},
+    portBoxes("Ports that the members may use."),
+};
+constexpr Section group_sections[] = {
+    {.title = "", .fields = group_name, .except = {".name", built_in}},
+    {.title = "", .fields = built_in_name, .where = {".name", built_in}},
+    {.title = "", .fields = group_fields},
+};
+constexpr Column group_columns[] = {
+    {.title = "Name", .key = ".name"},
+    {.title = "Description", .key = ".description"},
+    {.title = "Roles", .status = rolesOf},
+};
+
+constexpr List lists[] = {
+    {.key = "config.groups",
+     .word = "group",
+     .title = "Groups",
+     .singular = "Group",
+     .empty = "No groups currently configured.",
+     .name = ".name",
+     .columns = group_columns,
+     .sections = group_sections,
+     .question = "Delete the group '{}'? Its members stay, without the group's roles.",
+     .fixed = built_in},
+    {.key = "config.users",
+     .word = "user",
+     .title = "Users",
+     .singular = "User",
+     .empty = "No users currently configured.",
+     .name = ".username",
+     .columns = user_columns,
+     .sections = user_sections,
+     .question = "Delete the user '{}' with the login account, the home folder and all files in "
+                 "it?",
+     .toggle = ".disabled",
+     .toggled = "Account for user: {}",
+     .fixed = root},
+};
+
+constexpr Page page = {.lists = lists};
+
+const AutoRegisterPage registration("users", packed<page>());
 
 } // namespace
-} // namespace zandorin::users
+} // namespace zandorin::settings

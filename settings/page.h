@@ -47,6 +47,7 @@ enum class Input : std::uint8_t {
     set,   ///< a box for each choice: the chosen ones are a numbered list below the key
     texts, ///< a numbered list of texts: each can be changed or deleted, one can be added
     note,  ///< nothing to type: what `status` answers
+    file,  ///< to be uploaded; the page's own code takes it
 };
 
 /// A choice that every appliance offers.
@@ -105,6 +106,9 @@ struct Field {
     const char *posted = ""; ///< of a set: the boxes' name, before the choice; "": the key and "."
     bool grid = false;       ///< boxes eight in a row and one for all of them: serial ports
     StatusOf status = nullptr; ///< shown above the input
+    /// Answers what is stored of a value that is no key of the configuration; the page's own code
+    /// writes it.
+    StatusOf held = nullptr;
 };
 
 struct Section {
@@ -113,6 +117,9 @@ struct Section {
     /// False leaves the section out, and what is stored under its keys alone.
     Condition offered = nullptr;
     const char *suffix = ""; ///< follows every key: for the same fields a second time
+    // By what is stored in a field of the place, "" for a record that is not there yet.
+    When where = {};  ///< the section is there only where this is so
+    When except = {}; ///< and where this is not; with no key: everywhere
 };
 
 /// A list column: the stored value in the words of its field, or what `status` answers.
@@ -120,6 +127,7 @@ struct Column {
     const char *title;
     const char *key = "";
     StatusOf status = nullptr;
+    bool markup = false; ///< `status` answers that
 };
 
 /// What a record of some list can be besides its own fields, by the value of a field: the type of
@@ -143,7 +151,10 @@ struct List {
     std::span<const Section> sections; ///< of a record's page
     const char *question = "";         ///< before deleting; raw, "{}" in it is the name
     const char *toggle = "";           ///< key of the box that switches a record off
-    bool moves = false;                ///< records can be moved up and down
+    const char *toggled = "";          ///< says that it was; markup, "{}" in it is the name
+    /// Names of records that can be neither deleted nor switched off, separated by blanks.
+    const char *fixed = "";
+    bool moves = false; ///< records can be moved up and down
     bool copies = false;
     Rule rule = nullptr; ///< across the fields of one record
     const char *variantKey = "";
@@ -163,7 +174,7 @@ struct Chooser {
 };
 
 struct Page {
-    std::span<const Section> sections;
+    std::span<const Section> sections = {};
     Rule rule = nullptr;
     std::span<const List> lists = {};
     Chooser chooser = {};

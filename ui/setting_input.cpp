@@ -52,9 +52,10 @@ std::string choiceInput(const Value &value, decltype(menuInput) &markupOf) {
 std::string boxes(const Value &value) {
     std::string html;
     for (const Option &option : value.options)
-        html += (html.empty() ? "" : "<br>") + labelledBox(boxName(value, option),
-                                                           contains(value.list, option.value),
-                                                           option.label, option.title);
+        html +=
+            (html.empty() ? "" : "<br>") +
+            labelledBox(boxName(value, option), option.fixed || contains(value.list, option.value),
+                        option.label, option.title, option.fixed);
     return html;
 }
 
@@ -116,6 +117,8 @@ std::string bareInput(Engine &engine, const Value &value) {
         return field.grid ? portBoxes(value) : boxes(value);
     case Input::texts:
         return textInputs(engine, value);
+    case Input::file:
+        return "<input type=\"file\"" + attribute("name", value.name) + ">";
     case Input::note:
         break;
     }

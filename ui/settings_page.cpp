@@ -3,6 +3,7 @@
 #include "cgi/cgi.h"
 #include "engine/cgi_submission.h"
 #include "engine/engine.h"
+#include "platform/libzandorin/config_text.h"
 #include "settings/form_check.h"
 #include "settings/records.h"
 #include "settings/registry.h"
@@ -10,6 +11,7 @@
 #include "ui/chooser.h"
 #include "ui/form.h"
 #include "ui/form_values.h"
+#include "ui/record_page.h"
 #include "ui/setting_input.h"
 #include "ui/table.h"
 #include "util/escape.h"
@@ -45,6 +47,7 @@ template <typename Use> void forElements(const Value &value, const Use &use) {
     const Field &field = *value.field;
     switch (field.input) {
     case Input::note:
+    case Input::file:
     case Input::confirmation:
     case Input::set:
         return;
@@ -62,7 +65,7 @@ template <typename Use> void forElements(const Value &value, const Use &use) {
         use(value.name, elementOf(value, field.label, false));
         return;
     default:
-        if (*field.file == '\0')
+        if (*field.file == '\0' && field.held == nullptr)
             use(value.name, elementOf(value, field.label, true));
     }
 }
@@ -83,18 +86,19 @@ void checkConflict(Engine &engine, const Value &value) {
     const settings::Fingerprint opened = engine.openedWith();
     const std::string stored = joined(value.storedList);
     if (isList(value) && opened.isKnown() && value.list != value.storedList &&
-        !opened.holds(value.key, stored, false) &&
-        !opened.holds(value.key, joined(value.list), false))
+        !opened.holds(value.name, stored, false) &&
+        !opened.holds(value.name, joined(value.list), false))
         engine.cgi()->addError(std::string("<i>") + value.field->label +
                                "</i> was changed by somebody else after this page was opened. "
                                "Nothing was saved; apply again to replace what is stored.");
 }
 
-void saveList(Engine &engine, const std::string &key, const std::string &word,
-              const std::vector<std::string> &list, const std::string &stored) {
+void saveList(Engine &engine, const std::string &name, const std::string &key,
+              const std::string &word, const std::vector<std::string> &list,
+              const std::string &stored) {
     // What its user left as it was shown stays as it is by now.
     const settings::Fingerprint opened = engine.openedWith();
-    if (!opened.isKnown() || !opened.holds(key, joined(list), false) || stored == joined(list))
+    if (!opened.isKnown() || !opened.holds(name, joined(list), false) || stored == joined(list))
         settings::writeTextList(engine.config(), key, word, list);
 }
 
@@ -138,9 +142,11 @@ void defineValues(Engine &engine, const Values &values, settings::Rule rule) {
         if (!isList(value))
             continue;
         checkConflict(engine, value);
-        engine.onAccepted(
-            [&engine, key = value.key, word = std::string(value.field->word), list = value.list,
-             stored = joined(value.storedList)] { saveList(engine, key, word, list, stored); });
+        engine.onAccepted([&engine, name = value.name, key = value.key,
+                           word = std::string(value.field->word), list = value.list,
+                           stored = joined(value.storedList)] {
+            saveList(engine, name, key, word, list, stored);
+        });
     }
 }
 
@@ -165,14 +171,14 @@ void fingerprintInput(Engine &engine, Form &form, const Values &values) {
     settings::Fingerprint fingerprint(engine.session().sessionId());
     for (const Value &value : values.all()) {
         if (isList(value))
-            fingerprint.add(value.key, joined(value.storedList), false);
+            fingerprint.add(value.name, joined(value.storedList), false);
         else
             forElements(value, [&](const std::string &name, const FormElem &element) {
                 const std::string &key = element.key.empty() ? name : element.key;
                 // Only of flags there is one key for each box.
                 const std::string stored =
                     key == value.key ? value.stored : engine.config().getElement(key);
-                fingerprint.add(key, settings::shownValue(element, stored), element.isSecret(key));
+                fingerprint.add(name, settings::shownValue(element, stored), element.isSecret(key));
             });
     }
     form.hiddenInput(settings::fingerprint_field, fingerprint.text());
@@ -182,15 +188,28 @@ void sectionRows(Engine &engine, Table &table, std::span<const settings::Section
                  const Values &values) {
     auto value = values.all().begin();
     for (const settings::Section &section : sections) {
-        if (section.offered != nullptr && !section.offered(engine.config()))
+        if (!values.offers(section))
             continue;
-        table.titleRow(section.title);
+        if (*section.title != '\0')
+            table.titleRow(section.title);
         for (std::size_t row = 0; row < section.fields.size(); ++row)
             valueRow(engine, table, *value++);
     }
 }
 
+std::string textToBe(const Engine &engine, const Value &value) {
+    const bool isBox = value.field->input == Input::check;
+    const std::string stored = isBox ? platform::isTrue(value.stored) ? "on" : "" : value.stored;
+    const bool isUntouched = engine.openedWith().holds(
+        value.name, value.text,
+        FormElem("", value.field->type.name(), true, true).isSecret(value.key));
+    return isUntouched ? stored : value.text;
+}
+
 void valueRow(Engine &engine, Table &table, const Value &value) {
+    const bool isChoice = value.field->input == Input::flags || value.field->input == Input::set;
+    if (isChoice && value.options.empty())
+        return;
     table.inputRow(value.field->label, settingInput(engine, value), value.field->help);
 }
 
@@ -199,6 +218,10 @@ void defineSettings(Engine &engine) {
     Cgi *cgi = engine.requireCgi();
     if (page == nullptr || cgi == nullptr)
         return;
+    if (isRecordRequest(*cgi, *page)) {
+        defineRecords(engine, *page);
+        return;
+    }
     const Chosen chosen(engine, page->chooser);
     const CgiSubmission submission(*cgi);
     if (!chosen.isKnown()) {
@@ -221,7 +244,7 @@ void renderSettings(Engine &engine) {
     if (page == nullptr || cgi == nullptr)
         return;
     const Chosen chosen(engine, page->chooser);
-    if (!chosen.isKnown())
+    if (!chosen.isKnown() || showRecord(engine, *page))
         return;
     if (!page->sections.empty()) {
         auto &opened = engine.pageValues();
@@ -238,6 +261,7 @@ void renderSettings(Engine &engine) {
         fingerprintInput(engine, form, values);
         form.closeForm();
     }
+    showLists(engine, *page);
 }
 
 } // namespace zandorin::ui

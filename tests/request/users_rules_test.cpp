@@ -86,11 +86,11 @@ TEST_F(Users, OldPagesAndStrangeRequestsChangeNothing) {
     configure("config.users.total", "3");
     const std::string before = files();
     const Row posts[] = {
-        {"renumbered meanwhile", userFields(1, "bea", "bea", "new"),
-         "The list has changed meanwhile: this entry is 'ann' now, not 'bea'. Nothing was saved."},
+        {"deleted meanwhile, another in its place", userFields(1, "zoe", "zoe", "new"),
+         "The list has changed meanwhile: this entry is 'ann' now, not 'zoe'. Nothing was saved."},
         {"deleted meanwhile", userFields(9, "zoe", "zoe", "new"),
          "There is no such user; it may have been deleted meanwhile."},
-        {"renumbered before it was deleted", question("delete", "user", 1, "bea"),
+        {"another in place of what was to be deleted", question("delete", "user", 1, "zoe"),
          "The list has changed meanwhile"},
         {"built-in group", question("delete", "group", 1, "admin"),
          "The group 'admin' is built in and can not be deleted."},

@@ -107,7 +107,7 @@ TEST_F(Users, LinksEnableDisableAndDelete) {
 TEST_F(Users, ARequestThatHadToWaitSeesWhatHasChanged) {
     addTwo();
     const std::string accounts = read(passwd);
-    UniqueFd lock = lockFile(onHost("/etc/config/.users.lock"));
+    UniqueFd lock = lockFile(onHost("/etc/config/.settings.lock"));
     ASSERT_TRUE(lock);
     const std::string cookie = login();
     auto answer = std::async(std::launch::async,
@@ -123,7 +123,7 @@ TEST_F(Users, ARequestThatHadToWaitSeesWhatHasChanged) {
 TEST_F(Users, ALinkActsToItsEndWhoeverHangsUp) {
     addTwo();
     const std::string cookie = login();
-    const std::string lock = onHost("/etc/config/.users.lock");
+    const std::string lock = onHost("/etc/config/.settings.lock");
     UniqueFd held = lockFile(lock);
     ASSERT_TRUE(held);
     Running request = start({{"REQUEST_METHOD", "GET"},

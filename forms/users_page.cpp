@@ -1,0 +1,326 @@
+#include "cgi/cgi.h"
+#include "cgi/session_file.h"
+#include "engine/engine.h"
+#include "engine/formlet.h"
+#include "forms/users_keys.h"
+#include "platform/accounts/account_file.h"
+#include "platform/accounts/authorized_keys.h"
+#include "platform/accounts/user_store.h"
+#include "settings/records.h"
+#include "ui/record_page.h"
+#include "ui/record_request.h"
+#include "ui/settings_page.h"
+#include "util/escape.h"
+#include "util/log.h"
+#include "util/split.h"
+#include "util/strings.h"
+
+#include <algorithm>
+
+// Login accounts follow the configuration, which is the master copy: see docs/users.md. Everything
+// is checked, then the account is changed, last the configuration is written. Accounts change at
+// once, even where configuration changes are queued: who is disabled or deleted is so now.
+
+namespace zandorin::users {
+namespace {
+
+using settings::Value;
+using ui::RecordChange;
+
+constexpr const char *root_name = "root";
+constexpr std::size_t keys_limit = 16383;
+/// Protocols that prove the password without sending it: what they check against is made from the
+/// clear password, at the one moment in which it is known.
+constexpr const char *clear_password_groups = "dialin, pptpd";
+
+std::string quoted(const std::string &text) {
+    return "'" + encodeSafe(text) + "'";
+}
+
+bool isUser(const RecordChange &change) {
+    return std::string_view(change.list.word) == "user";
+}
+
+bool isRoot(const RecordChange &change) {
+    return isUser(change) && change.name == root_name;
+}
+
+/// The record's name as it will be.
+std::string nameOf(const RecordChange &change) {
+    const std::string name = change.values == nullptr ? "" : change.values->text(change.list.name);
+    return name.empty() ? change.name : name;
+}
+
+bool joins(const std::vector<std::string> &groups, const std::vector<std::string> &before = {}) {
+    const auto holds = [](const std::vector<std::string> &names, const std::string &name) {
+        return std::find(names.begin(), names.end(), name) != names.end();
+    };
+    const auto names = utilities::split(clear_password_groups, ", ");
+    return std::any_of(names.begin(), names.end(), [&](const std::string &name) {
+        return holds(groups, name) && !holds(before, name);
+    });
+}
+
+/// The submitted password when it is a new one; "" when the account is to have none.
+std::optional<std::string> newPassword(const RecordChange &change) {
+    const Value *password = change.values->find(".password");
+    if (password == nullptr)
+        return std::nullopt;
+    if (password->text != settings::password_placeholder)
+        return password->text;
+    // Under the new name, where renaming the account was done before and something failed after it.
+    const bool isOld = change.name.empty() || user_find(change.name);
+    return user_haspassword(isOld ? change.name : nameOf(change)) ? std::nullopt
+                                                                  : std::optional<std::string>("");
+}
+
+void checkPassword(Engine &engine, Cgi &cgi, const RecordChange &change) {
+    const std::string name = nameOf(change);
+    const auto password = newPassword(change);
+    const Value &groups = *change.values->find(".groups");
+    if (change.values->text(".password") != change.values->text(".confirm"))
+        cgi.addError("Password mismatch for user: " + quoted(name));
+    if (!password) {
+        logRecord(Priority::info, "Password has not changed: %s", name.c_str());
+        if (joins(groups.list, groups.storedList))
+            cgi.addError(std::string("When initially adding users to one of the following "
+                                     "groups: ") +
+                         clear_password_groups + ", the user's password must be respecified.");
+        return;
+    }
+    if (hasControlCharacter(*password))
+        cgi.addError("<i>Password</i> can not contain control characters.");
+    const std::string type = engine.config().getElement("config.auth.type");
+    if (password->empty() && (type.empty() || type == "Local"))
+        cgi.addError("Password cannot be empty when using <i>Local File</i> authentication for "
+                     "user: " +
+                     quoted(name));
+    else if (password->empty() && joins(groups.list))
+        cgi.addError(std::string("Password cannot be empty when user is in one of the following "
+                                 "groups: ") +
+                     clear_password_groups);
+}
+
+/// Accounts of the system, and of other users, are left alone.
+void checkAccount(Cgi &cgi, const RecordChange &change) {
+    const std::string name = nameOf(change);
+    const auto old = user_find(change.name);
+    const auto found = name == change.name ? old : user_find(name);
+    const bool isOldOwn = !old || user_isown(*old);
+    if (!isOldOwn || (found && !user_isown(*found)) || name == root_name)
+        cgi.addError("The account " + quoted(isOldOwn ? name : change.name) +
+                     " belongs to the system.");
+    else if (old && found && name != change.name)
+        cgi.addError("There is an account " + quoted(name) + " already.");
+}
+
+void checkUser(Engine &engine, Cgi &cgi, const RecordChange &change) {
+    const Value *keys = change.values->find(".ssh_auth_keys");
+    engine.elements()[keys->name].given = submittedKeys(engine, keys->name, keys_limit);
+    if (isRoot(change))
+        return;
+    checkAccount(cgi, change);
+    checkPassword(engine, cgi, change);
+    if (change.name != engine.getCurrentUsername())
+        return;
+    if (nameOf(change) != change.name)
+        cgi.addError("You can not rename the account that you are logged in with.");
+    if (!ui::textToBe(engine, *change.values->find(".disabled")).empty())
+        cgi.addError("You can not disable the account that you are logged in with.");
+}
+
+void checkGroup(Cgi &cgi, const RecordChange &change) {
+    const std::string &old = change.name;
+    const std::string sent = cgi.getVarString(change.values->place().names + ".name").raw;
+    if (ui::isFixed(change.list, old) && !sent.empty() && sent != old)
+        cgi.addError("The group " + quoted(old) + " is built in and can not be renamed.");
+    else if (!old.empty() && sent != old && ui::isFixed(change.list, sent))
+        cgi.addError("There is a group " + quoted(sent) + " already.");
+}
+
+/// A user or group that the page must leave alone, whatever a request says.
+void checkTouch(Engine &engine, Cgi &cgi, const RecordChange &change) {
+    if (!isUser(change)) {
+        if (ui::isFixed(change.list, change.name))
+            cgi.addError("The group " + quoted(change.name) +
+                         " is built in and can not be deleted.");
+    } else if (isRoot(change)) {
+        cgi.addError("The root user can not be " + change.action + "d.");
+    } else if (change.name == engine.getCurrentUsername()) {
+        cgi.addError("You can not " + change.action + " the account that you are logged in with.");
+    } else if (const auto account = user_find(change.name); account && !user_isown(*account)) {
+        cgi.addError("The account " + quoted(change.name) + " belongs to the system.");
+    }
+}
+
+void check(Engine &engine, const RecordChange &change) {
+    Cgi &cgi = *engine.cgi();
+    if (change.values == nullptr)
+        checkTouch(engine, cgi, change);
+    else if (isUser(change))
+        checkUser(engine, cgi, change);
+    else
+        checkGroup(cgi, change);
+}
+
+/// A user's keys as they will be, where the file is to follow them.
+std::optional<std::string> keysToBe(Engine &engine, const RecordChange &change) {
+    const Value &stored = *change.values->find(".ssh_auth_keys");
+    Value keys = stored;
+    keys.text = engine.elements()[keys.name].given.value_or("");
+    keys.text = ui::textToBe(engine, keys);
+    const bool follows = keys.text != stored.stored ||
+                         engine.config().getBoolean(change.key + ".ssh_auth_keys_modified");
+    return follows ? std::optional(keys.text) : std::nullopt;
+}
+
+/// Makes or changes the account, in one step; an account that is there without a user becomes this
+/// user's.
+bool applyAccount(Engine &engine, const RecordChange &change) {
+    const std::string name = nameOf(change);
+    const std::string description = ui::textToBe(engine, *change.values->find(".description"));
+    if (isRoot(change))
+        return user_setdescription(name, description) == 0;
+    const std::string oldName = change.name.empty() ? name : change.name;
+    const PasswordHash way =
+        passwordHashNamed(engine.config().getElement("config.auth.passwordhash"));
+    const auto password = newPassword(change);
+    const bool enabled = ui::textToBe(engine, *change.values->find(".disabled")).empty();
+    if (user_find(oldName) || user_find(name))
+        return user_changeuser(oldName, {.name = name,
+                                         .password = password,
+                                         .way = way,
+                                         .description = description,
+                                         .enabled = enabled}) == 0;
+    return user_adduser(name, password.value_or(""), description, way) == 0 &&
+           (enabled || user_changeuser(name, {.enabled = false}) == 0);
+}
+
+void saveUser(Engine &engine, Cgi &cgi, const RecordChange &change) {
+    const std::string name = nameOf(change);
+    const auto keys = keysToBe(engine, change);
+    bool done = applyAccount(engine, change);
+    if (done && keys) {
+        const auto account = user_find(name);
+        done = account && writeAuthorizedKeys(*account, *keys);
+    }
+    if (!done) {
+        cgi.addError("The user's login account could not be changed. Nothing was saved in the "
+                     "configuration.");
+        return;
+    }
+    const Value *disabled = change.values->find(".disabled");
+    const bool ends = newPassword(change) || name != change.name ||
+                      (disabled != nullptr && !ui::textToBe(engine, *disabled).empty());
+    if (!change.name.empty() && ends)
+        removeSessionsOf(change.name, engine.session().sessionId());
+}
+
+void apply(Engine &engine, const RecordChange &change) {
+    Cgi &cgi = *engine.cgi();
+    const std::string &name = change.name;
+    const bool deletes = change.action == "delete";
+    const char *failure = nullptr;
+    if (isUser(change) && change.values != nullptr) {
+        saveUser(engine, cgi, change);
+    } else if (isUser(change) && deletes) {
+        // Without an account there may still be its home folder: a deletion may have been
+        // interrupted.
+        if (user_isname(name) && user_deluser(name) != 0)
+            failure = "The user's login account could not be deleted.";
+    } else if (isUser(change)) {
+        if (user_find(name) && user_changeuser(name, {.enabled = change.action == "enable"}) != 0)
+            failure = "The user's login account could not be changed.";
+    } else if (deletes) {
+        if (user_delgroup(name) != 0)
+            failure = "The group could not be deleted.";
+    } else if ((!name.empty() && user_renamegroup(name, nameOf(change)) != 0) ||
+               user_addgroup(nameOf(change)) != 0) {
+        failure = "The group could not be changed.";
+    }
+    if (failure != nullptr)
+        cgi.addError(std::string(failure) + " Nothing was saved in the configuration.");
+    else if (isUser(change) && change.values == nullptr && change.action != "enable")
+        removeSessionsOf(name, "");
+}
+
+/// Gives a group another name in every user's list, or takes it out for a new name of "".
+void renameInUsers(ConfigManager &config, const std::string &group, const std::string &newName) {
+    const settings::RecordList users("config.users", "user");
+    for (const unsigned number : users.numbers(config)) {
+        const std::string list = users.keyOf(number) + ".groups";
+        std::vector<std::string> names = settings::readTextList(config, list, "group");
+        const auto found = std::find(names.begin(), names.end(), group);
+        if (found == names.end())
+            continue;
+        if (newName.empty())
+            names.erase(found);
+        else
+            *found = newName;
+        settings::writeTextList(config, list, "group", names);
+    }
+}
+
+void store(Engine &engine, const RecordChange &change) {
+    ConfigManager &config = engine.config();
+    if (!isUser(change)) {
+        if (!change.name.empty() && (change.action == "delete" || nameOf(change) != change.name))
+            renameInUsers(config, change.name, change.action == "delete" ? "" : nameOf(change));
+        return;
+    }
+    if (change.values == nullptr)
+        return;
+    if (!isRoot(change)) {
+        // The hash is in the account file alone.
+        config.setElement(change.key + ".password", "x");
+        config.delElement(change.key + ".plaintext_password");
+    }
+    // From the first change on the file follows the configuration.
+    if (config.getElement(change.key + ".ssh_auth_keys") !=
+        change.values->find(".ssh_auth_keys")->stored)
+        config.setElement(change.key + ".ssh_auth_keys_modified", true);
+}
+
+/// What an administrator should know about a user's state, behind the name.
+std::string stateOf(const ConfigManager &config, const AccountFile &accounts,
+                    const std::string &key) {
+    const auto account = accounts.find(config.getElement(key + ".username"));
+    const bool disabled = config.getBoolean(key + ".disabled");
+    const bool isLocked = account && account->hash.starts_with("!");
+    std::string text = disabled ? "disabled, " : "";
+    if (!account)
+        text += "no login account: edit the user and give a password, ";
+    else if (!disabled && isLocked)
+        text += "login account locked: disable and enable the user, ";
+    else if (disabled && user_isown(*account) && !isLocked)
+        text += "login account not locked: disable the user again, ";
+    return text.empty() ? "" : "<br><i>" + text.substr(0, text.size() - 2) + "</i>";
+}
+
+void define(Engine &engine) {
+    ZANDORIN_TRACE();
+    ui::defineRecords(engine, *ui::settingsPage(engine),
+                      {.check = [&engine](const RecordChange &change) { check(engine, change); },
+                       .apply = [&engine](const RecordChange &change) { apply(engine, change); },
+                       .store = [&engine](const RecordChange &change) { store(engine, change); },
+                       .halfDone =
+                           "The login account has been changed already. Try again, so that the "
+                           "configuration says the same."});
+}
+
+void render(Engine &engine) {
+    ZANDORIN_TRACE();
+    AccountFile accounts;
+    accounts.read();
+    ui::renderRecords(engine, *ui::settingsPage(engine),
+                      {.note = [&](const settings::List &list, const std::string &key) {
+                          return std::string_view(list.word) == "user"
+                                     ? stateOf(engine.config(), accounts, key)
+                                     : "";
+                      }});
+}
+
+const AutoRegisterFormlet registration("users", define, render);
+
+} // namespace
+} // namespace zandorin::users

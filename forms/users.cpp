@@ -1,7 +1,7 @@
 #include "platform/accounts/user_store.h"
 #include "platform/libzandorin/config_manager.h"
-#include "platform/libzandorin/serial_ports.h"
 #include "platform/libzdsupport/roles.h"
+#include "settings/appliance_options.h"
 #include "settings/records.h"
 #include "settings/registry.h"
 #include "util/escape.h"
@@ -15,6 +15,7 @@ namespace zandorin::settings {
 namespace {
 
 constexpr const char *root = "root";
+constexpr const char *root_groups = "<i>The root user has no editable groups</i>";
 /// Groups that exist without a record, with roles of their own.
 constexpr const char *built_in = "admin netgrp dialin pmshell pmoperator pptpd";
 
@@ -53,24 +54,6 @@ std::vector<Option> roles(const ConfigManager &config, const std::string &group)
     return options;
 }
 
-std::vector<Option> ports(const ConfigManager &config, const std::string &) {
-    std::vector<Option> options;
-    for (unsigned number = 1; number <= portCount(config); ++number)
-        options.emplace_back(std::to_string(number), portLabel(config, number));
-    return options;
-}
-
-std::vector<Option> outlets(const ConfigManager &config, const std::string &) {
-    const RecordList records("config.power.outlets", "outlet");
-    std::vector<Option> options;
-    for (const unsigned number : records.numbers(config)) {
-        const std::string label = config.getElement(records.keyOf(number) + ".label");
-        const std::string text = std::to_string(number);
-        options.emplace_back(text, label.empty() ? "Outlet " + text : label);
-    }
-    return options;
-}
-
 /// Any text, for the login account of the user: what it is, is never shown.
 std::string password(const ConfigManager &config, const std::string &key) {
     const std::string user = key.substr(0, key.rfind('.'));
@@ -79,7 +62,7 @@ std::string password(const ConfigManager &config, const std::string &key) {
 
 std::string groupsOf(const ConfigManager &config, const std::string &user) {
     if (config.getElement(user + ".username") == root)
-        return "<i>The root user has no editable groups</i>";
+        return root_groups;
     std::string names;
     for (const std::string &name : readTextList(config, user + ".groups", "group"))
         names += (names.empty() ? "" : ", ") + escapeXmlText(name);
@@ -97,7 +80,36 @@ std::string stored(const ConfigManager &config, const std::string &key) {
     return config.getElement(key);
 }
 
-constexpr Field user_name[] = {
+constexpr Field box(const char *label, const char *key, const char *help) {
+    return {.label = label, .key = key, .type = "boolean", .input = Input::check, .help = help};
+}
+constexpr Field portBoxes(const char *help) {
+    return {.label = "Serial Ports",
+            .key = ".port",
+            .type = "boolean",
+            .input = Input::flags,
+            .options = portOptions,
+            .help = help,
+            .grid = true};
+}
+constexpr Field secret(const char *label, const char *key) {
+    return {.label = label,
+            .key = key,
+            .type = "password",
+            .input = Input::password,
+            .maxlength = 255,
+            .held = password};
+}
+
+constexpr Field description = {
+    .label = "Description",
+    .key = ".description",
+    .type = "printable",
+    .help = "Who this is; the login account says so too.",
+    .maxlength = 255,
+    .accepts = user_isfield,
+    .refusal = "<i>Description</i> can not contain \":\" or control characters."};
+constexpr Field user_account[] = {
     {.label = "Username",
      .key = ".username",
      .type = "username",
@@ -107,31 +119,9 @@ constexpr Field user_name[] = {
      .refusal = "<i>Username</i> can only hold letters, digits, \".\", \"_\", \"-\" and \"@\", and "
                 "begins with a letter or digit.",
      .missing = "<i>Username</i> can not be empty."},
-};
-constexpr Field root_name[] = {
-    {.label = "Username", .key = ".username", .input = Input::note, .status = stored},
-    {.label = "Password",
-     .input = Input::note,
-     .help = "Set it on the page <a href=\"?form=systemsettings\">Administration</a>."},
-    {.label = "Groups",
-     .input = Input::note,
-     .help = "<i>The root user has no editable groups</i>"},
-};
-constexpr Field user_description[] = {
-    {.label = "Description",
-     .key = ".description",
-     .type = "printable",
-     .help = "Who this is; the login account says so too.",
-     .maxlength = 255,
-     .accepts = user_isfield,
-     .refusal = "<i>Description</i> can not contain \":\" or control characters."},
-};
-constexpr Field user_account[] = {
-    {.label = "Disabled",
-     .key = ".disabled",
-     .type = "boolean",
-     .input = Input::check,
-     .help = "No login of any kind, until enabled again. Password, groups and keys are kept."},
+    description,
+    box("Disabled", ".disabled",
+        "No login of any kind, until enabled again. Password, groups and keys are kept."),
     {.label = "Groups",
      .key = ".groups",
      .input = Input::set,
@@ -139,54 +129,45 @@ constexpr Field user_account[] = {
      .help = "What the user may do follows from the groups.",
      .word = "group",
      .posted = "group."},
+    secret("Password", ".password"),
+    secret("Confirm Password", ".confirm"),
+};
+constexpr Field root_account[] = {
+    {.label = "Username", .input = Input::note, .help = root},
+    description,
     {.label = "Password",
-     .key = ".password",
-     .type = "password",
-     .input = Input::password,
-     .maxlength = 255,
-     .held = password},
-    {.label = "Confirm Password",
-     .key = ".confirm",
-     .type = "password",
-     .input = Input::password,
-     .maxlength = 255,
-     .held = password},
+     .input = Input::note,
+     .help = "Set it on the page <a href=\"?form=systemsettings\">Administration</a>."},
+    {.label = "Groups", .input = Input::note, .help = root_groups},
 };
 constexpr Field user_keys[] = {
     {.label = "SSH Authorized Keys",
      .key = ".ssh_auth_keys",
-     .type = "unsafe_multiline_printable",
-     .input = Input::textArea,
+     .type = "sshauthkey",
+     .input = Input::lines,
      .help = "Public keys, one a line, as in a file <code>authorized_keys</code>.",
      .maxlength = 16383},
     {.label = "Upload Keys",
      .key = ".ssh_auth_keys.file",
      .input = Input::file,
      .help = "A file of public keys, such as <code>id_ed25519.pub</code>; they are added to those "
-             "above."},
+             "above.",
+     .refusal = "The file of SSH keys is no text file. Upload a public key.",
+     .word = "SSH keys"},
 };
 constexpr Field user_login[] = {
-    {.label = "SSH Public Key Only",
-     .key = ".ssh_pubkey_only",
-     .type = "boolean",
-     .input = Input::check,
-     .help = "SSH takes no password of this user, only one of the keys."},
-    {.label = "Password in Flash",
-     .key = ".password_nvflash",
-     .type = "boolean",
-     .input = Input::check,
-     .help = "Keep the password's hash in non-volatile flash, so that it outlives a configuration "
-             "erase."},
+    box("SSH Public Key Only", ".ssh_pubkey_only",
+        "SSH takes no password of this user, only one of the keys."),
+    box("Password in Flash", ".password_nvflash",
+        "Keep the password's hash in non-volatile flash, so that it outlives a configuration "
+        "erase."),
     {.label = "Dashboard",
      .key = ".dashboard",
      .type = "alphanum",
      .help = "Name of the dashboard that this user sees first; empty for everybody's.",
      .maxlength = 64},
-    {.label = "Dial-Back",
-     .key = ".callback.enabled",
-     .type = "boolean",
-     .input = Input::check,
-     .help = "A call of this user is ended and returned at the number below."},
+    box("Dial-Back", ".callback.enabled",
+        "A call of this user is ended and returned at the number below."),
     {.label = "Dial-Back Phone Number",
      .key = ".callback.phone",
      .type = "phonenumber",
@@ -194,28 +175,17 @@ constexpr Field user_login[] = {
      .required = {".callback.enabled"},
      .missing = "<i>Dial-Back</i> needs a phone number."},
 };
-constexpr Field portBoxes(const char *help) {
-    return {.label = "Serial Ports",
-            .key = ".port",
-            .type = "boolean",
-            .input = Input::flags,
-            .options = ports,
-            .help = help,
-            .grid = true};
-}
 constexpr Field user_access[] = {
     portBoxes("Ports that this user may use, besides those of the groups."),
     {.label = "Power Outlets",
      .key = ".power.outlet",
      .type = "boolean",
      .input = Input::flags,
-     .options = outlets},
+     .options = outletOptions},
 };
 constexpr Section user_sections[] = {
-    {.title = "", .fields = user_name, .except = {".username", root}},
-    {.title = "", .fields = root_name, .where = {".username", root}},
-    {.title = "", .fields = user_description},
     {.title = "", .fields = user_account, .except = {".username", root}},
+    {.title = "", .fields = root_account, .where = {".username", root}},
     {.title = "SSH Keys", .fields = user_keys},
     {.title = "Login", .fields = user_login},
     {.title = "Access", .fields = user_access},
@@ -259,6 +229,8 @@ constexpr Column group_columns[] = {
     {.title = "Roles", .status = rolesOf},
 };
 
+constexpr Mention in_users[] = {{"config.users", "user", ".groups", "group"}};
+
 constexpr List lists[] = {
     {.key = "config.groups",
      .word = "group",
@@ -269,7 +241,9 @@ constexpr List lists[] = {
      .columns = group_columns,
      .sections = group_sections,
      .question = "Delete the group '{}'? Its members stay, without the group's roles.",
-     .fixed = built_in},
+     .fixed = built_in,
+     .refusal = "The group {} is built in and",
+     .mentions = in_users},
     {.key = "config.users",
      .word = "user",
      .title = "Users",
@@ -282,7 +256,8 @@ constexpr List lists[] = {
                  "it?",
      .toggle = ".disabled",
      .toggled = "Account for user: {}",
-     .fixed = root},
+     .fixed = root,
+     .refusal = "The root user"},
 };
 
 constexpr Page page = {.lists = lists};

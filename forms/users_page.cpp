@@ -2,18 +2,13 @@
 #include "cgi/session_file.h"
 #include "engine/engine.h"
 #include "engine/formlet.h"
-#include "forms/users_keys.h"
 #include "platform/accounts/account_file.h"
 #include "platform/accounts/authorized_keys.h"
 #include "platform/accounts/user_store.h"
-#include "settings/records.h"
 #include "ui/record_page.h"
-#include "ui/record_request.h"
 #include "ui/settings_page.h"
-#include "util/escape.h"
 #include "util/log.h"
 #include "util/split.h"
-#include "util/strings.h"
 
 #include <algorithm>
 
@@ -25,17 +20,13 @@ namespace zandorin::users {
 namespace {
 
 using settings::Value;
+using ui::quoted;
 using ui::RecordChange;
 
 constexpr const char *root_name = "root";
-constexpr std::size_t keys_limit = 16383;
 /// Protocols that prove the password without sending it: what they check against is made from the
 /// clear password, at the one moment in which it is known.
 constexpr const char *clear_password_groups = "dialin, pptpd";
-
-std::string quoted(const std::string &text) {
-    return "'" + encodeSafe(text) + "'";
-}
 
 bool isUser(const RecordChange &change) {
     return std::string_view(change.list.word) == "user";
@@ -43,12 +34,6 @@ bool isUser(const RecordChange &change) {
 
 bool isRoot(const RecordChange &change) {
     return isUser(change) && change.name == root_name;
-}
-
-/// The record's name as it will be.
-std::string nameOf(const RecordChange &change) {
-    const std::string name = change.values == nullptr ? "" : change.values->text(change.list.name);
-    return name.empty() ? change.name : name;
 }
 
 bool joins(const std::vector<std::string> &groups, const std::vector<std::string> &before = {}) {
@@ -70,12 +55,13 @@ std::optional<std::string> newPassword(const RecordChange &change) {
         return password->text;
     // Under the new name, where renaming the account was done before and something failed after it.
     const bool isOld = change.name.empty() || user_find(change.name);
-    return user_haspassword(isOld ? change.name : nameOf(change)) ? std::nullopt
-                                                                  : std::optional<std::string>("");
+    return user_haspassword(isOld ? change.name : change.nameToBe())
+               ? std::nullopt
+               : std::optional<std::string>("");
 }
 
 void checkPassword(Engine &engine, Cgi &cgi, const RecordChange &change) {
-    const std::string name = nameOf(change);
+    const std::string name = change.nameToBe();
     const auto password = newPassword(change);
     const Value &groups = *change.values->find(".groups");
     if (change.values->text(".password") != change.values->text(".confirm"))
@@ -88,8 +74,6 @@ void checkPassword(Engine &engine, Cgi &cgi, const RecordChange &change) {
                          clear_password_groups + ", the user's password must be respecified.");
         return;
     }
-    if (hasControlCharacter(*password))
-        cgi.addError("<i>Password</i> can not contain control characters.");
     const std::string type = engine.config().getElement("config.auth.type");
     if (password->empty() && (type.empty() || type == "Local"))
         cgi.addError("Password cannot be empty when using <i>Local File</i> authentication for "
@@ -103,7 +87,7 @@ void checkPassword(Engine &engine, Cgi &cgi, const RecordChange &change) {
 
 /// Accounts of the system, and of other users, are left alone.
 void checkAccount(Cgi &cgi, const RecordChange &change) {
-    const std::string name = nameOf(change);
+    const std::string name = change.nameToBe();
     const auto old = user_find(change.name);
     const auto found = name == change.name ? old : user_find(name);
     const bool isOldOwn = !old || user_isown(*old);
@@ -115,69 +99,37 @@ void checkAccount(Cgi &cgi, const RecordChange &change) {
 }
 
 void checkUser(Engine &engine, Cgi &cgi, const RecordChange &change) {
-    const Value *keys = change.values->find(".ssh_auth_keys");
-    engine.elements()[keys->name].given = submittedKeys(engine, keys->name, keys_limit);
-    if (isRoot(change))
-        return;
     checkAccount(cgi, change);
     checkPassword(engine, cgi, change);
     if (change.name != engine.getCurrentUsername())
         return;
-    if (nameOf(change) != change.name)
+    if (change.nameToBe() != change.name)
         cgi.addError("You can not rename the account that you are logged in with.");
     if (!ui::textToBe(engine, *change.values->find(".disabled")).empty())
         cgi.addError("You can not disable the account that you are logged in with.");
 }
 
-void checkGroup(Cgi &cgi, const RecordChange &change) {
-    const std::string &old = change.name;
-    const std::string sent = cgi.getVarString(change.values->place().names + ".name").raw;
-    if (ui::isFixed(change.list, old) && !sent.empty() && sent != old)
-        cgi.addError("The group " + quoted(old) + " is built in and can not be renamed.");
-    else if (!old.empty() && sent != old && ui::isFixed(change.list, sent))
-        cgi.addError("There is a group " + quoted(sent) + " already.");
-}
-
-/// A user or group that the page must leave alone, whatever a request says.
+/// A user whose account must not be deleted or locked, whatever a request says.
 void checkTouch(Engine &engine, Cgi &cgi, const RecordChange &change) {
-    if (!isUser(change)) {
-        if (ui::isFixed(change.list, change.name))
-            cgi.addError("The group " + quoted(change.name) +
-                         " is built in and can not be deleted.");
-    } else if (isRoot(change)) {
-        cgi.addError("The root user can not be " + change.action + "d.");
-    } else if (change.name == engine.getCurrentUsername()) {
+    if (change.name == engine.getCurrentUsername())
         cgi.addError("You can not " + change.action + " the account that you are logged in with.");
-    } else if (const auto account = user_find(change.name); account && !user_isown(*account)) {
+    else if (const auto account = user_find(change.name); account && !user_isown(*account))
         cgi.addError("The account " + quoted(change.name) + " belongs to the system.");
-    }
 }
 
 void check(Engine &engine, const RecordChange &change) {
-    Cgi &cgi = *engine.cgi();
+    if (!isUser(change) || isRoot(change))
+        return;
     if (change.values == nullptr)
-        checkTouch(engine, cgi, change);
-    else if (isUser(change))
-        checkUser(engine, cgi, change);
+        checkTouch(engine, *engine.cgi(), change);
     else
-        checkGroup(cgi, change);
-}
-
-/// A user's keys as they will be, where the file is to follow them.
-std::optional<std::string> keysToBe(Engine &engine, const RecordChange &change) {
-    const Value &stored = *change.values->find(".ssh_auth_keys");
-    Value keys = stored;
-    keys.text = engine.elements()[keys.name].given.value_or("");
-    keys.text = ui::textToBe(engine, keys);
-    const bool follows = keys.text != stored.stored ||
-                         engine.config().getBoolean(change.key + ".ssh_auth_keys_modified");
-    return follows ? std::optional(keys.text) : std::nullopt;
+        checkUser(engine, *engine.cgi(), change);
 }
 
 /// Makes or changes the account, in one step; an account that is there without a user becomes this
 /// user's.
 bool applyAccount(Engine &engine, const RecordChange &change) {
-    const std::string name = nameOf(change);
+    const std::string name = change.nameToBe();
     const std::string description = ui::textToBe(engine, *change.values->find(".description"));
     if (isRoot(change))
         return user_setdescription(name, description) == 0;
@@ -196,88 +148,71 @@ bool applyAccount(Engine &engine, const RecordChange &change) {
            (enabled || user_changeuser(name, {.enabled = false}) == 0);
 }
 
-void saveUser(Engine &engine, Cgi &cgi, const RecordChange &change) {
-    const std::string name = nameOf(change);
-    const auto keys = keysToBe(engine, change);
-    bool done = applyAccount(engine, change);
-    if (done && keys) {
-        const auto account = user_find(name);
-        done = account && writeAuthorizedKeys(*account, *keys);
-    }
-    if (!done) {
-        cgi.addError("The user's login account could not be changed. Nothing was saved in the "
-                     "configuration.");
-        return;
-    }
+/// The keys as they will be, where the file follows them: from their first change here on.
+bool applyKeys(Engine &engine, const RecordChange &change) {
+    const Value &stored = *change.values->find(".ssh_auth_keys");
+    const std::string keys = ui::textToBe(engine, stored);
+    if (keys == stored.stored &&
+        !engine.config().getBoolean(change.key + ".ssh_auth_keys_modified"))
+        return true;
+    const auto account = user_find(change.nameToBe());
+    return account && writeAuthorizedKeys(*account, keys);
+}
+
+const char *saveUser(Engine &engine, const RecordChange &change) {
+    if (!applyAccount(engine, change) || !applyKeys(engine, change))
+        return "The user's login account could not be changed.";
     const Value *disabled = change.values->find(".disabled");
-    const bool ends = newPassword(change) || name != change.name ||
+    const bool ends = newPassword(change) || change.nameToBe() != change.name ||
                       (disabled != nullptr && !ui::textToBe(engine, *disabled).empty());
     if (!change.name.empty() && ends)
         removeSessionsOf(change.name, engine.session().sessionId());
+    return nullptr;
+}
+
+const char *touchUser(const RecordChange &change) {
+    const std::string &name = change.name;
+    const bool enables = change.action == "enable";
+    // Without an account there may still be its home folder: a deletion may have been interrupted.
+    if (change.action == "delete") {
+        if (user_isname(name) && user_deluser(name) != 0)
+            return "The user's login account could not be deleted.";
+    } else if (user_find(name) && user_changeuser(name, {.enabled = enables}) != 0) {
+        return "The user's login account could not be changed.";
+    }
+    if (!enables)
+        removeSessionsOf(name, "");
+    return nullptr;
+}
+
+const char *applyGroup(const RecordChange &change) {
+    const std::string &name = change.name;
+    if (change.action == "delete")
+        return user_delgroup(name) == 0 ? nullptr : "The group could not be deleted.";
+    const std::string newName = change.nameToBe();
+    const bool done =
+        (name.empty() || user_renamegroup(name, newName) == 0) && user_addgroup(newName) == 0;
+    return done ? nullptr : "The group could not be changed.";
 }
 
 void apply(Engine &engine, const RecordChange &change) {
-    Cgi &cgi = *engine.cgi();
-    const std::string &name = change.name;
-    const bool deletes = change.action == "delete";
-    const char *failure = nullptr;
-    if (isUser(change) && change.values != nullptr) {
-        saveUser(engine, cgi, change);
-    } else if (isUser(change) && deletes) {
-        // Without an account there may still be its home folder: a deletion may have been
-        // interrupted.
-        if (user_isname(name) && user_deluser(name) != 0)
-            failure = "The user's login account could not be deleted.";
-    } else if (isUser(change)) {
-        if (user_find(name) && user_changeuser(name, {.enabled = change.action == "enable"}) != 0)
-            failure = "The user's login account could not be changed.";
-    } else if (deletes) {
-        if (user_delgroup(name) != 0)
-            failure = "The group could not be deleted.";
-    } else if ((!name.empty() && user_renamegroup(name, nameOf(change)) != 0) ||
-               user_addgroup(nameOf(change)) != 0) {
-        failure = "The group could not be changed.";
-    }
+    const char *failure = !isUser(change)            ? applyGroup(change)
+                          : change.values == nullptr ? touchUser(change)
+                                                     : saveUser(engine, change);
     if (failure != nullptr)
-        cgi.addError(std::string(failure) + " Nothing was saved in the configuration.");
-    else if (isUser(change) && change.values == nullptr && change.action != "enable")
-        removeSessionsOf(name, "");
+        engine.cgi()->addError(std::string(failure) + " Nothing was saved in the configuration.");
 }
 
-/// Gives a group another name in every user's list, or takes it out for a new name of "".
-void renameInUsers(ConfigManager &config, const std::string &group, const std::string &newName) {
-    const settings::RecordList users("config.users", "user");
-    for (const unsigned number : users.numbers(config)) {
-        const std::string list = users.keyOf(number) + ".groups";
-        std::vector<std::string> names = settings::readTextList(config, list, "group");
-        const auto found = std::find(names.begin(), names.end(), group);
-        if (found == names.end())
-            continue;
-        if (newName.empty())
-            names.erase(found);
-        else
-            *found = newName;
-        settings::writeTextList(config, list, "group", names);
-    }
-}
-
-void store(Engine &engine, const RecordChange &change) {
-    ConfigManager &config = engine.config();
-    if (!isUser(change)) {
-        if (!change.name.empty() && (change.action == "delete" || nameOf(change) != change.name))
-            renameInUsers(config, change.name, change.action == "delete" ? "" : nameOf(change));
-        return;
-    }
-    if (change.values == nullptr)
+void store(ConfigManager &config, const RecordChange &change) {
+    if (!isUser(change) || change.values == nullptr)
         return;
     if (!isRoot(change)) {
         // The hash is in the account file alone.
         config.setElement(change.key + ".password", "x");
         config.delElement(change.key + ".plaintext_password");
     }
-    // From the first change on the file follows the configuration.
-    if (config.getElement(change.key + ".ssh_auth_keys") !=
-        change.values->find(".ssh_auth_keys")->stored)
+    const Value &keys = *change.values->find(".ssh_auth_keys");
+    if (config.getElement(keys.key) != keys.stored)
         config.setElement(change.key + ".ssh_auth_keys_modified", true);
 }
 
@@ -299,13 +234,13 @@ std::string stateOf(const ConfigManager &config, const AccountFile &accounts,
 
 void define(Engine &engine) {
     ZANDORIN_TRACE();
-    ui::defineRecords(engine, *ui::settingsPage(engine),
-                      {.check = [&engine](const RecordChange &change) { check(engine, change); },
-                       .apply = [&engine](const RecordChange &change) { apply(engine, change); },
-                       .store = [&engine](const RecordChange &change) { store(engine, change); },
-                       .halfDone =
-                           "The login account has been changed already. Try again, so that the "
-                           "configuration says the same."});
+    ui::defineRecords(
+        engine, *ui::settingsPage(engine),
+        {.check = [&engine](const RecordChange &change) { check(engine, change); },
+         .apply = [&engine](const RecordChange &change) { apply(engine, change); },
+         .store = [&engine](const RecordChange &change) { store(engine.config(), change); },
+         .halfDone = "The login account has been changed already. Try again, so that the "
+                     "configuration says the same."});
 }
 
 void render(Engine &engine) {

@@ -76,10 +76,14 @@ constexpr void members(Like<Column> auto &column, auto &use) {
 constexpr void members(Like<Variant> auto &variant, auto &use) {
     use(variant.name, variant.title, variant.fields, variant.offered);
 }
+constexpr void members(Like<Mention> auto &mention, auto &use) {
+    use(mention.key, mention.word, mention.set, mention.entry);
+}
 constexpr void members(Like<List> auto &list, auto &use) {
     use(list.key, list.word, list.title, list.singular, list.empty, list.name, list.columns,
-        list.sections, list.question, list.toggle, list.toggled, list.fixed, list.moves,
-        list.copies, list.rule, list.variantKey, list.variants, list.lists, list.offered);
+        list.sections, list.question, list.toggle, list.toggled, list.fixed, list.refusal,
+        list.mentions, list.moves, list.copies, list.rule, list.variantKey, list.variants,
+        list.lists, list.offered);
 }
 constexpr void members(Like<Chooser> auto &chooser, auto &use) {
     use(chooser.variable, chooser.label, chooser.help, chooser.prefix, chooser.options,

@@ -47,7 +47,8 @@ enum class Input : std::uint8_t {
     set,   ///< a box for each choice: the chosen ones are a numbered list below the key
     texts, ///< a numbered list of texts: each can be changed or deleted, one can be added
     note,  ///< nothing to type: what `status` answers
-    file,  ///< to be uploaded; the page's own code takes it
+    lines, ///< an area of texts, one a line, each of the field's type
+    file,  ///< of lines for the field before it; its key is that one's and ".file"
 };
 
 /// A choice that every appliance offers.
@@ -101,8 +102,9 @@ struct Field {
     /// Said when it is required and not given; markup, "{}" in it is the value that requires it.
     const char *missing = "";
     const char *standard = ""; ///< what holds when nothing is stored, for the documentation
-    const char *file = "";   ///< kept in this file of the appliance; the page's own code writes it
-    const char *word = "";   ///< of a set and of texts: the entries' name, before their number
+    const char *file = ""; ///< kept in this file of the appliance; the page's own code writes it
+    /// Of a set and of texts the entries' name, before their number; of a file what it holds.
+    const char *word = "";
     const char *posted = ""; ///< of a set: the boxes' name, before the choice; "": the key and "."
     bool grid = false;       ///< boxes eight in a row and one for all of them: serial ports
     StatusOf status = nullptr; ///< shown above the input
@@ -139,6 +141,15 @@ struct Variant {
     Condition offered = nullptr;
 };
 
+/// Where the records of another list name those of this one: in a numbered list of texts. They are
+/// renamed there with the record, and taken out with it.
+struct Mention {
+    const char *key;
+    const char *word;  ///< of the other list
+    const char *set;   ///< key from "." on
+    const char *entry; ///< before the number of a text
+};
+
 /// Records <key>.<word>1 and so on, numbered without gaps, with their number in <key>.total.
 struct List {
     const char *key;
@@ -154,6 +165,9 @@ struct List {
     const char *toggled = "";          ///< says that it was; markup, "{}" in it is the name
     /// Names of records that can be neither deleted nor switched off, separated by blanks.
     const char *fixed = "";
+    /// Begins what is said to who tries, "{}" in it is the name: "The user {} is built in and".
+    const char *refusal = "";
+    std::span<const Mention> mentions = {};
     bool moves = false; ///< records can be moved up and down
     bool copies = false;
     Rule rule = nullptr; ///< across the fields of one record

@@ -20,10 +20,6 @@ using settings::List;
 using settings::RecordList;
 using settings::Values;
 
-std::string quoted(const std::string &text) {
-    return "'" + encodeSafe(text) + "'";
-}
-
 /// A request's change with what it needs until the form is saved.
 struct Work {
     RecordRequest request;
@@ -68,12 +64,33 @@ void checkLengths(Cgi &cgi, const Values &values) {
     }
 }
 
+/// Also where the page only shows it.
+std::string sentName(const Cgi &cgi, const Work &work) {
+    return work.values && work.hasNames() && work.values->find(work.list().name) != nullptr
+               ? cgi.getVarString(work.values->place().names + work.list().name).raw
+               : "";
+}
+
 void checkName(Cgi &cgi, const Work &work) {
-    const std::string name = work.values->text(work.list().name);
+    const std::string name = sentName(cgi, work);
     if (!name.empty() && name != work.identity &&
-        work.records.find(work.values->config(), work.list().name, name))
+        (work.records.find(work.values->config(), work.list().name, name) ||
+         (!work.identity.empty() && isFixed(work.list(), name))))
         cgi.addError(std::string("There is a ") + work.list().word + " " + quoted(name) +
                      " already.");
+}
+
+/// Some records stay as they are.
+void checkFixed(Cgi &cgi, const Work &work) {
+    const std::string sent = sentName(cgi, work);
+    const bool isRenamed = !sent.empty() && sent != work.identity;
+    if (work.request.adds() || !isFixed(work.list(), work.identity) ||
+        (work.request.edits() && !isRenamed))
+        return;
+    std::string said = work.list().refusal;
+    if (const auto at = said.find("{}"); at != std::string::npos)
+        said.replace(at, 2, quoted(work.identity));
+    cgi.addError(said + " can not be " + (isRenamed ? "rename" : work.request.action) + "d.");
 }
 
 /// A copy needs a name of its own.
@@ -95,9 +112,31 @@ void moveRecord(ConfigManager &config, const Work &work) {
     work.records.move(config, position, work.request.action == "up" ? position - 1 : position + 1);
 }
 
+/// Keeps in step where other lists name the record; a new name of "" takes it out.
+void renameMentions(ConfigManager &config, const Work &work, const std::string &newName) {
+    for (const settings::Mention &mention : work.list().mentions) {
+        const RecordList others(mention.key, mention.word);
+        for (const unsigned number : others.numbers(config)) {
+            const std::string key = others.keyOf(number) + mention.set;
+            std::vector<std::string> names = settings::readTextList(config, key, mention.entry);
+            const auto found = std::find(names.begin(), names.end(), work.identity);
+            if (found == names.end())
+                continue;
+            if (newName.empty())
+                names.erase(found);
+            else
+                *found = newName;
+            settings::writeTextList(config, key, mention.entry, names);
+        }
+    }
+}
+
 void changeList(ConfigManager &config, const Work &work) {
     const std::string &action = work.request.action;
     const std::string toggle = work.key() + work.list().toggle;
+    const std::string name = action == "delete" ? "" : work.change().nameToBe();
+    if (work.hasNames() && !work.request.adds() && name != work.identity)
+        renameMentions(config, work, name);
     if (action == "delete")
         work.records.remove(config, work.number);
     else if (action == "copy")
@@ -114,9 +153,7 @@ void changeList(ConfigManager &config, const Work &work) {
 
 std::string doneMessage(const Work &work) {
     const List &list = work.list();
-    std::string name = work.values && work.hasNames() ? work.values->text(list.name) : "";
-    if (name.empty())
-        name = work.change().name;
+    const std::string name = work.change().nameToBe();
     const std::string who = list.singular + (name.empty() ? "" : " " + quoted(name));
     const std::string &action = work.request.action;
     if (work.request.toggles()) {
@@ -162,6 +199,15 @@ void defineFields(Engine &engine, Cgi &cgi, Work &work) {
 
 } // namespace
 
+std::string quoted(const std::string &text) {
+    return "'" + encodeSafe(text) + "'";
+}
+
+std::string RecordChange::nameToBe() const {
+    const std::string sent = values == nullptr || *list.name == '\0' ? "" : values->text(list.name);
+    return sent.empty() ? name : sent;
+}
+
 bool isRecordRequest(const Cgi &cgi, const settings::Page &page) {
     if (page.lists.empty())
         return false;
@@ -205,6 +251,7 @@ void defineRecords(Engine &engine, const settings::Page &page, const RecordHooks
         if (work->hasNames())
             checkName(*cgi, *work);
     }
+    checkFixed(*cgi, *work);
     if (hooks.check)
         hooks.check(work->change());
     engine.setForceSubmit(true);

@@ -26,7 +26,13 @@ struct RecordChange {
     std::string name;   ///< that it is stored with; "" of a new one, or of a list without names
     /// What was submitted; null where nothing was: all but add and edit.
     const settings::Values *values = nullptr;
+
+    /// The name that it will have.
+    std::string nameToBe() const;
 };
+
+/// Text from outside as messages show it.
+std::string quoted(const std::string &text);
 
 /// What a page does besides, in the order of a change; all of it under the lock of the settings.
 /// Errors are those of the request, and nothing is changed once there is one.

@@ -99,6 +99,7 @@ std::string bareInput(Engine &engine, const Value &value) {
     case Input::confirmation:
         return passwordInput(value);
     case Input::textArea:
+    case Input::lines:
         return textAreaInput(value.name, value.text, area_rows, area_cols);
     case Input::unsafeText:
     case Input::unsafeSecret:

@@ -3,7 +3,6 @@
 #include "cgi/cgi.h"
 #include "engine/cgi_submission.h"
 #include "engine/engine.h"
-#include "platform/libzandorin/config_text.h"
 #include "settings/form_check.h"
 #include "settings/records.h"
 #include "settings/registry.h"
@@ -11,6 +10,7 @@
 #include "ui/chooser.h"
 #include "ui/form.h"
 #include "ui/form_values.h"
+#include "ui/lines_input.h"
 #include "ui/record_page.h"
 #include "ui/setting_input.h"
 #include "ui/table.h"
@@ -46,6 +46,13 @@ FormElem elementOf(const Value &value, const char *label, bool save) {
 template <typename Use> void forElements(const Value &value, const Use &use) {
     const Field &field = *value.field;
     switch (field.input) {
+    case Input::lines: {
+        // Each line is of the type; they are checked when they are submitted.
+        FormElem element = elementOf(value, field.label, true);
+        element.type = "unsafe_multiline_printable";
+        use(value.name, element);
+        return;
+    }
     case Input::note:
     case Input::file:
     case Input::confirmation:
@@ -65,8 +72,8 @@ template <typename Use> void forElements(const Value &value, const Use &use) {
         use(value.name, elementOf(value, field.label, false));
         return;
     default:
-        if (*field.file == '\0' && field.held == nullptr)
-            use(value.name, elementOf(value, field.label, true));
+        if (*field.file == '\0')
+            use(value.name, elementOf(value, field.label, field.held == nullptr));
     }
 }
 
@@ -79,6 +86,17 @@ std::string joined(const std::vector<std::string> &texts) {
     for (const std::string &text : texts)
         (all += text) += '\n';
     return all;
+}
+
+/// What counts as submitted of fields of lines.
+void takeLines(Engine &engine, const Values &values) {
+    for (const Value &value : values.all()) {
+        if (value.field->input != Input::lines)
+            continue;
+        const Value *file = values.find(std::string(value.field->key) + ".file");
+        engine.elements()[value.name].given =
+            submittedLines(engine, value, file == nullptr ? nullptr : file->field);
+    }
 }
 
 /// A list that this user changed after somebody else did.
@@ -134,6 +152,7 @@ void defineValues(Engine &engine, const Values &values, settings::Rule rule) {
         });
     if (!values.isSubmitted())
         return;
+    takeLines(engine, values);
     settings::Problems problems;
     settings::checkRules(values, rule, problems);
     for (const settings::Problem &problem : problems.all())
@@ -197,13 +216,12 @@ void sectionRows(Engine &engine, Table &table, std::span<const settings::Section
     }
 }
 
-std::string textToBe(const Engine &engine, const Value &value) {
-    const bool isBox = value.field->input == Input::check;
-    const std::string stored = isBox ? platform::isTrue(value.stored) ? "on" : "" : value.stored;
-    const bool isUntouched = engine.openedWith().holds(
-        value.name, value.text,
-        FormElem("", value.field->type.name(), true, true).isSecret(value.key));
-    return isUntouched ? stored : value.text;
+std::string textToBe(Engine &engine, const Value &value) {
+    const FormElem &element = engine.elements()[value.name];
+    const std::string text = element.given.value_or(value.text);
+    return engine.openedWith().holds(value.name, text, element.isSecret(value.key))
+               ? settings::shownValue(element, value.stored)
+               : text;
 }
 
 void valueRow(Engine &engine, Table &table, const Value &value) {

@@ -44,9 +44,9 @@ settings::Values shownValues(Engine &engine, std::span<const settings::Section> 
 /// The rows of the sections that are offered, each under its title.
 void sectionRows(Engine &engine, Table &table, std::span<const settings::Section> sections,
                  const settings::Values &values);
-/// What will be stored of a value that is one text: the submitted one, or what is stored by now
-/// where its user left it as the page showed it.
-std::string textToBe(const Engine &engine, const settings::Value &value);
+/// What will be stored of a value that is one text and declared: the submitted one, or what is
+/// stored by now where its user left it as the page showed it.
+std::string textToBe(Engine &engine, const settings::Value &value);
 /// One row; none for boxes without a choice.
 void valueRow(Engine &engine, Table &table, const settings::Value &value);
 

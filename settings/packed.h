@@ -83,7 +83,7 @@ constexpr void members(Like<List> auto &list, auto &use) {
     use(list.key, list.word, list.title, list.singular, list.empty, list.name, list.columns,
         list.sections, list.question, list.toggle, list.toggled, list.fixed, list.refusal,
         list.mentions, list.moves, list.copies, list.rule, list.variantKey, list.variants,
-        list.lists, list.offered);
+        list.lists, list.text, list.offered);
 }
 constexpr void members(Like<Chooser> auto &chooser, auto &use) {
     use(chooser.variable, chooser.label, chooser.help, chooser.prefix, chooser.options,

@@ -174,6 +174,9 @@ struct List {
     const char *variantKey = "";
     std::span<const Variant> variants = {};
     std::span<const List> lists = {}; ///< inside each record; keys from "."
+    /// Key of the field that took the words of one text, separated by commas, that older releases
+    /// kept under the list's key; it becomes records when the list is changed.
+    const char *text = "";
     Condition offered = nullptr;
 };
 

@@ -223,12 +223,15 @@ void defineRecords(Engine &engine, const settings::Page &page, const RecordHooks
     const List &list = *request.list;
     const bool acts = request.submitted || request.isCommand();
     // Nothing is saved on a page with errors, so nothing else may change either.
-    if (acts && (cgi->hasErrors() || cgi->hasPageError() || !engine.lockSettings()))
+    if (acts && (cgi->hasErrors() || cgi->hasPageError() || !lockPage(engine, page)))
         return;
     if (request.toggles() && *list.toggle == '\0') {
         cgi->addError(std::string(list.title) + " cannot be enabled or disabled");
         return;
     }
+    const bool moves = request.action == "up" || request.action == "down";
+    if ((moves && !list.moves) || (request.action == "copy" && !list.copies))
+        return;
     const auto number = requestedRecord(engine.config(), request);
     if (!number) {
         sayMissing(*cgi, engine.config(), request);

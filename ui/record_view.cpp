@@ -61,18 +61,17 @@ std::string actionLinks(Engine &engine, const List &list, const std::vector<List
 /// A stored value in the words of its field.
 std::string storedWords(const ConfigManager &config, const List &list, const char *column,
                         const std::string &key) {
-    std::string stored = config.getElement(key + column);
+    const std::string stored = config.getElement(key + column);
     for (const settings::Section &section : list.sections)
         for (const Field &field : section.fields) {
             if (std::string_view(field.key) != column)
                 continue;
             if (field.input == Input::check)
                 return platform::isTrue(stored) ? "yes" : "";
+            // Of a menu the first choice holds while nothing is stored.
             for (const settings::Option &option : settings::optionsOf(field, config, key))
-                if (option.value == stored)
+                if (option.value == stored || stored.empty())
                     return option.label;
-            if (stored.empty())
-                return field.standard;
         }
     return stored;
 }

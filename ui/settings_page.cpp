@@ -120,6 +120,11 @@ void saveList(Engine &engine, const std::string &name, const std::string &key,
         settings::writeTextList(engine.config(), key, word, list);
 }
 
+void adoptTexts(Engine &engine, const settings::Page &page) {
+    for (const settings::List &list : page.lists)
+        settings::adoptText(engine.config(), list);
+}
+
 /// A form for a place that is not there; names, too, what it gave settings that need others.
 void refusePlace(Cgi &cgi, const settings::Page &page, const Chosen &chosen,
                  const settings::Submission &submission) {
@@ -133,6 +138,13 @@ void refusePlace(Cgi &cgi, const settings::Page &page, const Chosen &chosen,
 }
 
 } // namespace
+
+bool lockPage(Engine &engine, const settings::Page &page) {
+    if (!engine.lockSettings())
+        return false;
+    adoptTexts(engine, page);
+    return true;
+}
 
 const settings::Page *settingsPage(Engine &engine) {
     auto &loaded = engine.pageTable();
@@ -236,6 +248,7 @@ void defineSettings(Engine &engine) {
     Cgi *cgi = engine.requireCgi();
     if (page == nullptr || cgi == nullptr)
         return;
+    adoptTexts(engine, *page);
     if (isRecordRequest(*cgi, *page)) {
         defineRecords(engine, *page);
         return;
@@ -247,7 +260,7 @@ void defineSettings(Engine &engine) {
         return;
     }
     const bool isSubmitted = engine.formWasSubmitted();
-    if (isSubmitted && !engine.lockSettings())
+    if (isSubmitted && !lockPage(engine, *page))
         return;
     Values values(engine.config(), isSubmitted ? &submission : nullptr, chosen.place());
     values.add(page->sections);
@@ -261,6 +274,7 @@ void renderSettings(Engine &engine) {
     Cgi *cgi = engine.requireCgi();
     if (page == nullptr || cgi == nullptr)
         return;
+    adoptTexts(engine, *page);
     const Chosen chosen(engine, page->chooser);
     if (!chosen.isKnown() || showRecord(engine, *page))
         return;

@@ -27,6 +27,10 @@ void defineSettings(Engine &engine);
 /// lists.
 void renderSettings(Engine &engine);
 
+/// Engine::lockSettings, with what an older release kept differently in its place in the store's
+/// memory.
+bool lockPage(Engine &engine, const settings::Page &page);
+
 /// The table of the request's page, loaded once; null when it has none.
 const settings::Page *settingsPage(Engine &engine);
 

@@ -5,9 +5,6 @@
 #include "settings/records.h"
 #include "settings/registry.h"
 #include "util/escape.h"
-#include "util/split.h"
-
-#include <algorithm>
 
 // Users and groups. The login accounts that follow them: users_page.cpp.
 
@@ -16,43 +13,6 @@ namespace {
 
 constexpr const char *root = "root";
 constexpr const char *root_groups = "<i>The root user has no editable groups</i>";
-/// Groups that exist without a record, with roles of their own.
-constexpr const char *built_in = "admin netgrp dialin pmshell pmoperator pptpd";
-
-bool holds(const std::vector<std::string> &texts, const std::string &text) {
-    return std::find(texts.begin(), texts.end(), text) != texts.end();
-}
-
-std::vector<Option> groups(const ConfigManager &config, const std::string &) {
-    std::vector<Option> options;
-    for (const std::string &name : utilities::split(built_in, " "))
-        options.emplace_back(name);
-    const RecordList records("config.groups", "group");
-    for (const unsigned number : records.numbers(config)) {
-        const std::string name = config.getElement(records.keyOf(number) + ".name");
-        auto option = std::find_if(options.begin(), options.end(),
-                                   [&](const Option &each) { return each.value == name; });
-        if (option == options.end() && !name.empty())
-            option = options.insert(options.end(), name);
-        if (option != options.end() && option->title.empty())
-            option->title = config.getElement(records.keyOf(number) + ".description");
-    }
-    return options;
-}
-
-/// What a group has without a record of it cannot be taken from it.
-std::vector<Option> roles(const ConfigManager &config, const std::string &group) {
-    utilities::Roles all;
-    roles_add_from_group(all.handle(), config.getElement(group + ".name").c_str(), config);
-    const std::vector<std::string> stored = readTextList(config, group + ".roles", "role");
-    std::vector<Option> options;
-    for (const role_record *role = ALL_ROLES; role->name != nullptr; ++role) {
-        Option &option = options.emplace_back(role->name);
-        option.title = role->description;
-        option.fixed = roles_has(all.get(), role->name) && !holds(stored, role->name);
-    }
-    return options;
-}
 
 /// Any text, for the login account of the user: what it is, is never shown.
 std::string password(const ConfigManager &config, const std::string &key) {
@@ -70,28 +30,6 @@ std::string groupsOf(const ConfigManager &config, const std::string &user) {
                          : names;
 }
 
-std::string rolesOf(const ConfigManager &config, const std::string &group) {
-    utilities::Roles all;
-    roles_add_from_group(all.handle(), config.getElement(group + ".name").c_str(), config);
-    return utilities::Roles::to_string(all.get());
-}
-
-std::string stored(const ConfigManager &config, const std::string &key) {
-    return config.getElement(key);
-}
-
-constexpr Field box(const char *label, const char *key, const char *help) {
-    return {.label = label, .key = key, .type = "boolean", .input = Input::check, .help = help};
-}
-constexpr Field portBoxes(const char *help) {
-    return {.label = "Serial Ports",
-            .key = ".port",
-            .type = "boolean",
-            .input = Input::flags,
-            .options = portOptions,
-            .help = help,
-            .grid = true};
-}
 constexpr Field secret(const char *label, const char *key) {
     return {.label = label,
             .key = key,
@@ -120,12 +58,12 @@ constexpr Field user_account[] = {
                 "begins with a letter or digit.",
      .missing = "<i>Username</i> can not be empty."},
     description,
-    box("Disabled", ".disabled",
-        "No login of any kind, until enabled again. Password, groups and keys are kept."),
+    checkBox("Disabled", ".disabled",
+             "No login of any kind, until enabled again. Password, groups and keys are kept."),
     {.label = "Groups",
      .key = ".groups",
      .input = Input::set,
-     .options = groups,
+     .options = groupOptions,
      .help = "What the user may do follows from the groups.",
      .word = "group",
      .posted = "group."},
@@ -156,18 +94,18 @@ constexpr Field user_keys[] = {
      .word = "SSH keys"},
 };
 constexpr Field user_login[] = {
-    box("SSH Public Key Only", ".ssh_pubkey_only",
-        "SSH takes no password of this user, only one of the keys."),
-    box("Password in Flash", ".password_nvflash",
-        "Keep the password's hash in non-volatile flash, so that it outlives a configuration "
-        "erase."),
+    checkBox("SSH Public Key Only", ".ssh_pubkey_only",
+             "SSH takes no password of this user, only one of the keys."),
+    checkBox("Password in Flash", ".password_nvflash",
+             "Keep the password's hash in non-volatile flash, so that it outlives a configuration "
+             "erase."),
     {.label = "Dashboard",
      .key = ".dashboard",
      .type = "alphanum",
      .help = "Name of the dashboard that this user sees first; empty for everybody's.",
      .maxlength = 64},
-    box("Dial-Back", ".callback.enabled",
-        "A call of this user is ended and returned at the number below."),
+    checkBox("Dial-Back", ".callback.enabled",
+             "A call of this user is ended and returned at the number below."),
     {.label = "Dial-Back Phone Number",
      .key = ".callback.phone",
      .type = "phonenumber",
@@ -177,11 +115,7 @@ constexpr Field user_login[] = {
 };
 constexpr Field user_access[] = {
     portBoxes("Ports that this user may use, besides those of the groups."),
-    {.label = "Power Outlets",
-     .key = ".power.outlet",
-     .type = "boolean",
-     .input = Input::flags,
-     .options = outletOptions},
+    outletBoxes(),
 };
 constexpr Section user_sections[] = {
     {.title = "", .fields = user_account, .except = {".username", root}},
@@ -205,28 +139,28 @@ constexpr Field group_name[] = {
      .missing = "<i>Group Name</i> can not be empty."},
 };
 constexpr Field built_in_name[] = {
-    {.label = "Group Name", .key = ".name", .input = Input::note, .status = stored},
+    {.label = "Group Name", .key = ".name", .input = Input::note},
 };
 constexpr Field group_fields[] = {
     {.label = "Description", .key = ".description", .type = "printable", .maxlength = 255},
     {.label = "Roles",
      .key = ".roles",
      .input = Input::set,
-     .options = roles,
+     .options = roleOptions,
      .help = "What the members may do.",
      .word = "role",
      .posted = "role."},
     portBoxes("Ports that the members may use."),
 };
 constexpr Section group_sections[] = {
-    {.title = "", .fields = group_name, .except = {".name", built_in}},
-    {.title = "", .fields = built_in_name, .where = {".name", built_in}},
+    {.title = "", .fields = group_name, .except = {".name", built_in_groups}},
+    {.title = "", .fields = built_in_name, .where = {".name", built_in_groups}},
     {.title = "", .fields = group_fields},
 };
 constexpr Column group_columns[] = {
     {.title = "Name", .key = ".name"},
     {.title = "Description", .key = ".description"},
-    {.title = "Roles", .status = rolesOf},
+    {.title = "Roles", .status = rolesOfGroup},
 };
 
 constexpr Mention in_users[] = {{"config.users", "user", ".groups", "group"}};
@@ -241,7 +175,7 @@ constexpr List lists[] = {
      .columns = group_columns,
      .sections = group_sections,
      .question = "Delete the group '{}'? Its members stay, without the group's roles.",
-     .fixed = built_in,
+     .fixed = built_in_groups,
      .refusal = "The group {} is built in and",
      .mentions = in_users},
     {.key = "config.users",

@@ -37,12 +37,10 @@ bool isRoot(const RecordChange &change) {
 }
 
 bool joins(const std::vector<std::string> &groups, const std::vector<std::string> &before = {}) {
-    const auto holds = [](const std::vector<std::string> &names, const std::string &name) {
-        return std::find(names.begin(), names.end(), name) != names.end();
-    };
     const auto names = utilities::split(clear_password_groups, ", ");
     return std::any_of(names.begin(), names.end(), [&](const std::string &name) {
-        return holds(groups, name) && !holds(before, name);
+        return std::count(groups.begin(), groups.end(), name) >
+               std::count(before.begin(), before.end(), name);
     });
 }
 
@@ -109,21 +107,16 @@ void checkUser(Engine &engine, Cgi &cgi, const RecordChange &change) {
         cgi.addError("You can not disable the account that you are logged in with.");
 }
 
-/// A user whose account must not be deleted or locked, whatever a request says.
-void checkTouch(Engine &engine, Cgi &cgi, const RecordChange &change) {
-    if (change.name == engine.getCurrentUsername())
+void check(Engine &engine, const RecordChange &change) {
+    Cgi &cgi = *engine.cgi();
+    if (!isUser(change) || isRoot(change))
+        return;
+    if (change.values != nullptr)
+        checkUser(engine, cgi, change);
+    else if (change.name == engine.getCurrentUsername())
         cgi.addError("You can not " + change.action + " the account that you are logged in with.");
     else if (const auto account = user_find(change.name); account && !user_isown(*account))
         cgi.addError("The account " + quoted(change.name) + " belongs to the system.");
-}
-
-void check(Engine &engine, const RecordChange &change) {
-    if (!isUser(change) || isRoot(change))
-        return;
-    if (change.values == nullptr)
-        checkTouch(engine, *engine.cgi(), change);
-    else
-        checkUser(engine, *engine.cgi(), change);
 }
 
 /// Makes or changes the account, in one step; an account that is there without a user becomes this
@@ -133,19 +126,13 @@ bool applyAccount(Engine &engine, const RecordChange &change) {
     const std::string description = ui::textToBe(engine, *change.values->find(".description"));
     if (isRoot(change))
         return user_setdescription(name, description) == 0;
-    const std::string oldName = change.name.empty() ? name : change.name;
-    const PasswordHash way =
-        passwordHashNamed(engine.config().getElement("config.auth.passwordhash"));
-    const auto password = newPassword(change);
-    const bool enabled = ui::textToBe(engine, *change.values->find(".disabled")).empty();
-    if (user_find(oldName) || user_find(name))
-        return user_changeuser(oldName, {.name = name,
-                                         .password = password,
-                                         .way = way,
-                                         .description = description,
-                                         .enabled = enabled}) == 0;
-    return user_adduser(name, password.value_or(""), description, way) == 0 &&
-           (enabled || user_changeuser(name, {.enabled = false}) == 0);
+    return user_putuser(
+               change.name.empty() ? name : change.name,
+               {.name = name,
+                .password = newPassword(change),
+                .way = passwordHashNamed(engine.config().getElement("config.auth.passwordhash")),
+                .description = description,
+                .enabled = ui::textToBe(engine, *change.values->find(".disabled")).empty()}) == 0;
 }
 
 /// The keys as they will be, where the file follows them: from their first change here on.
@@ -203,7 +190,8 @@ void apply(Engine &engine, const RecordChange &change) {
         engine.cgi()->addError(std::string(failure) + " Nothing was saved in the configuration.");
 }
 
-void store(ConfigManager &config, const RecordChange &change) {
+void store(Engine &engine, const RecordChange &change) {
+    ConfigManager &config = engine.config();
     if (!isUser(change) || change.values == nullptr)
         return;
     if (!isRoot(change)) {
@@ -233,18 +221,15 @@ std::string stateOf(const ConfigManager &config, const AccountFile &accounts,
 }
 
 void define(Engine &engine) {
-    ZANDORIN_TRACE();
-    ui::defineRecords(
-        engine, *ui::settingsPage(engine),
-        {.check = [&engine](const RecordChange &change) { check(engine, change); },
-         .apply = [&engine](const RecordChange &change) { apply(engine, change); },
-         .store = [&engine](const RecordChange &change) { store(engine.config(), change); },
-         .halfDone = "The login account has been changed already. Try again, so that the "
-                     "configuration says the same."});
+    ui::defineRecords(engine, *ui::settingsPage(engine),
+                      {.check = check,
+                       .apply = apply,
+                       .store = store,
+                       .halfDone = "The login account has been changed already. Try again, so that "
+                                   "the configuration says the same."});
 }
 
 void render(Engine &engine) {
-    ZANDORIN_TRACE();
     AccountFile accounts;
     accounts.read();
     ui::renderRecords(engine, *ui::settingsPage(engine),

@@ -46,7 +46,7 @@ enum class Input : std::uint8_t {
     flags, ///< a box for each choice: <key><choice> is "on" or not there
     set,   ///< a box for each choice: the chosen ones are a numbered list below the key
     texts, ///< a numbered list of texts: each can be changed or deleted, one can be added
-    note,  ///< nothing to type: what `status` answers
+    note,  ///< nothing to type: what `status` answers, or what is stored
     lines, ///< an area of texts, one a line, each of the field's type
     file,  ///< of lines for the field before it; its key is that one's and ".file"
 };
@@ -112,6 +112,10 @@ struct Field {
     /// writes it.
     StatusOf held = nullptr;
 };
+
+constexpr Field checkBox(const char *label, const char *key, const char *help) {
+    return {.label = label, .key = key, .type = "boolean", .input = Input::check, .help = help};
+}
 
 struct Section {
     const char *title;

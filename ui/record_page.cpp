@@ -170,9 +170,9 @@ std::string doneMessage(const Work &work) {
 }
 
 void schedule(Engine &engine, const std::shared_ptr<const Work> &work) {
-    const auto run = [work](const RecordHooks::Step &step) {
-        if (step)
-            step(work->change());
+    const auto run = [&engine, work](RecordHooks::Step step) {
+        if (step != nullptr)
+            step(engine, work->change());
     };
     engine.onAccepted([work, run] { run(work->hooks.apply); });
     engine.onSaved([&engine, work, run] {
@@ -255,8 +255,8 @@ void defineRecords(Engine &engine, const settings::Page &page, const RecordHooks
             checkName(*cgi, *work);
     }
     checkFixed(*cgi, *work);
-    if (hooks.check)
-        hooks.check(work->change());
+    if (hooks.check != nullptr)
+        hooks.check(engine, work->change());
     engine.setForceSubmit(true);
     schedule(engine, work);
 }

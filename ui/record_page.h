@@ -37,7 +37,7 @@ std::string quoted(const std::string &text);
 /// What a page does besides, in the order of a change; all of it under the lock of the settings.
 /// Errors are those of the request, and nothing is changed once there is one.
 struct RecordHooks {
-    using Step = std::function<void(const RecordChange &)>;
+    using Step = void (*)(Engine &engine, const RecordChange &change);
 
     Step check = nullptr; ///< refuses; nothing is changed yet
     Step apply = nullptr; ///< all checks have passed: changes what is kept elsewhere

@@ -121,7 +121,10 @@ std::string bareInput(Engine &engine, const Value &value) {
     case Input::file:
         return "<input type=\"file\"" + attribute("name", value.name) + ">";
     case Input::note:
-        break;
+        // Without a `status` what is stored.
+        return field.status != nullptr || *field.key == '\0'
+                   ? ""
+                   : encodeSafe(engine.config().getElement(value.key));
     }
     return "";
 }

@@ -297,6 +297,18 @@ int user_changeuser(const std::string &name, const AccountChange &change) {
     return accounts.save() && provideHome(name, *account) ? 0 : -1;
 }
 
+int user_putuser(const std::string &name, const AccountChange &change) {
+    ZANDORIN_TRACE();
+    const std::string newName = change.name.value_or(name);
+    if (user_find(name) || user_find(newName))
+        return user_changeuser(name, change);
+    const int made = user_adduser(newName, change.password.value_or(""),
+                                  change.description.value_or(""), change.way);
+    return made == 0 && !change.enabled.value_or(true)
+               ? user_changeuser(newName, {.enabled = false})
+               : made;
+}
+
 int user_setuser(const std::string &name, const std::string &password,
                  const std::string &description) {
     ZANDORIN_TRACE();

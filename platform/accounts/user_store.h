@@ -82,6 +82,9 @@ struct AccountChange {
 /// has the old name.
 int user_changeuser(const std::string &name, const AccountChange &change);
 
+/// The same for what may not be there yet: without an account of either name, one is made.
+int user_putuser(const std::string &name, const AccountChange &change);
+
 // Changes of one kind.
 int user_setuser(const std::string &name, const std::string &password,
                  const std::string &description);

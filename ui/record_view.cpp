@@ -61,7 +61,7 @@ std::string actionLinks(Engine &engine, const List &list, const std::vector<List
 /// A stored value in the words of its field.
 std::string storedWords(const ConfigManager &config, const List &list, const char *column,
                         const std::string &key) {
-    const std::string stored = config.getElement(key + column);
+    std::string stored = config.getElement(key + column);
     for (const settings::Section &section : list.sections)
         for (const Field &field : section.fields) {
             if (std::string_view(field.key) != column)

@@ -76,6 +76,28 @@ bool writeFile(const std::string &path, std::string_view data) {
     return false;
 }
 
+/// Copies the bytes of a file; false when there are none, or its name is refused.
+bool fetch(Cgi &form, const char *field, char *data, std::size_t size) {
+    logRecord(Priority::debug, "gcgiFetchData(%s, %d)", field, static_cast<int>(size));
+    char *fetchedName = nullptr;
+    int truncated = 0;
+    const int status =
+        gcgiFetchData(field, data, size, nullptr, nullptr, nullptr, &fetchedName, &truncated);
+    if (status != GCGI_OK) {
+        logRecord(Priority::error, "Failed to fetch '%s': error: %d", field, status);
+        return false;
+    }
+    const std::string fileName = fetchedName == nullptr ? "" : fetchedName;
+    std::free(fetchedName);
+    logRecord(Priority::debug, "Retrieved file: fname: %s: truncated: %d", fileName.c_str(),
+              truncated);
+    if (fileName.find_first_not_of(file_name_characters) != std::string::npos) {
+        form.addError("File name contains illegal characters");
+        return false;
+    }
+    return true;
+}
+
 } // namespace
 
 bool hasRoomFor(const struct statvfs &fileSystem, std::size_t size) {
@@ -101,24 +123,17 @@ bool uploadFile(Cgi &form, const std::string &fieldName, const std::string &dest
     const std::unique_ptr<char[]> data(new (std::nothrow) char[size]());
     if (!data)
         return refuse(form, "Failed to allocate file buffer");
-    logRecord(Priority::debug, "gcgiFetchData(%s, %d)", field, static_cast<int>(size));
-    char *fetchedName = nullptr;
-    int truncated = 0;
-    const int status =
-        gcgiFetchData(field, data.get(), size, nullptr, nullptr, nullptr, &fetchedName, &truncated);
-    if (status != GCGI_OK) {
-        logRecord(Priority::error, "Failed to fetch '%s': error: %d", field, status);
+    if (!fetch(form, field, data.get(), size))
         return false;
-    }
-    const std::string fileName = fetchedName == nullptr ? "" : fetchedName;
-    std::free(fetchedName);
-    logRecord(Priority::debug, "Retrieved file: fname: %s: truncated: %d", fileName.c_str(),
-              truncated);
-    if (fileName.find_first_not_of(file_name_characters) != std::string::npos) {
-        form.addError("File name contains illegal characters");
-        return false;
-    }
     return createFile(destination, mode) && writeFile(destination, {data.get(), size});
+}
+
+std::optional<std::string> uploadedText(Cgi &form, const std::string &fieldName) {
+    std::size_t size = 0;
+    if (gcgiFieldSize(fieldName.c_str(), &size) != GCGI_OK || size == 0)
+        return std::nullopt;
+    std::string text(size, '\0');
+    return fetch(form, fieldName.c_str(), text.data(), size) ? std::optional(text) : std::nullopt;
 }
 
 } // namespace zandorin

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 
 #include <sys/statvfs.h>
@@ -23,5 +24,9 @@ bool hasRoomFor(const struct statvfs &fileSystem, std::size_t size);
 /// file cannot be created, the process is left with an umask of 0.
 bool uploadFile(Cgi &form, const std::string &fieldName, const std::string &destination,
                 mode_t mode);
+
+/// The bytes of the file that was chosen for a field; none when there was none, or when the
+/// client's file name is refused as above, which is an error of the request.
+std::optional<std::string> uploadedText(Cgi &form, const std::string &fieldName);
 
 } // namespace zandorin

@@ -217,11 +217,26 @@ void Engine::defineForm(const Formlet *formlet) {
                 logRecord(Priority::fatal, "Failed opening: %s", path.c_str());
         }
         validateForm();
-        configure();
+        saveForm();
     });
     settingsLock_.reset();
     if (!fault.empty())
         cgi_->setPageError(fault);
+}
+
+void Engine::saveForm() {
+    const auto tell = [this](bool isWritten) {
+        if (formWasSubmitted() && !cgi_->hasErrors())
+            for (const auto &effect : written_)
+                effect(isWritten);
+    };
+    try {
+        configure();
+    } catch (const utilities::Exception &) {
+        tell(false);
+        throw;
+    }
+    tell(true);
 }
 
 void Engine::writeMessages() {

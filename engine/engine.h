@@ -103,6 +103,14 @@ class Engine : public ConfigManagerListener {
     /// saved, and no further effect called.
     void onAccepted(std::function<void()> effect) { effects_.push_back(std::move(effect)); }
 
+    /// The same, with the values in the store's memory already, before it is written: for what
+    /// follows from them.
+    void onSaved(std::function<void()> effect) { derived_.push_back(std::move(effect)); }
+
+    /// Has `effect` called with true once the form that was submitted is stored, also where that
+    /// changed nothing; with false when the configuration could not be written.
+    void onWritten(std::function<void(bool)> effect) { written_.push_back(std::move(effect)); }
+
     /// Makes this request the only one that changes settings until it has saved them, and reads the
     /// configuration as it is by now. False, with an error of the request, when that failed.
     bool lockSettings();
@@ -140,6 +148,8 @@ class Engine : public ConfigManagerListener {
     bool isUserKnown(const std::string &user);
     void refuse();
     void defineForm(const Formlet *formlet);
+    /// configure() with what was to follow it.
+    void saveForm();
     void openPage();
     void closePage();
     void writeMessages();
@@ -164,6 +174,8 @@ class Engine : public ConfigManagerListener {
     FormElements elements_;
     std::vector<std::string> extraConfigurators_;
     std::vector<std::function<void()>> effects_;
+    std::vector<std::function<void()>> derived_;
+    std::vector<std::function<void(bool)>> written_;
     std::optional<settings::LoadedPage> pageTable_;
     std::optional<settings::Values> pageValues_;
     UniqueFd settingsLock_; ///< held from lockSettings until the form is saved

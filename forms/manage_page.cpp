@@ -1,8 +1,8 @@
 #include "cgi/cgi.h"
 #include "engine/engine.h"
 #include "engine/formlet.h"
-#include "forms/users_model.h"
 #include "platform/libzandorin/serial_ports.h"
+#include "settings/records.h"
 #include "ui/page.h"
 #include "ui/table.h"
 #include "ui/template_functions.h"
@@ -33,14 +33,16 @@ class Grants {
   public:
     explicit Grants(Engine &engine)
         : config_(engine.config()), all_(roles_has(engine.getUserRoles(), "admin")) {
-        const auto user =
-            users::recordNamed(config_, users::user_kind, engine.getCurrentUsername());
+        const settings::RecordList users("config.users", "user");
+        const settings::RecordList groups("config.groups", "group");
+        const auto user = users.find(config_, ".username", engine.getCurrentUsername());
         if (!user)
             return;
-        keys_.push_back(user->key);
-        for (const std::string &name : users::values(config_, user->key + ".groups", "group"))
-            if (const auto group = users::recordNamed(config_, users::group_kind, name))
-                keys_.push_back(group->key);
+        keys_.push_back(users.keyOf(*user));
+        for (const std::string &name :
+             settings::readTextList(config_, keys_.front() + ".groups", "group"))
+            if (const auto group = groups.find(config_, ".name", name))
+                keys_.push_back(groups.keyOf(*group));
     }
     /// A port is given to a user or to a group, an outlet to a user alone.
     bool hasPort(unsigned number) const {
@@ -95,15 +97,16 @@ void showPorts(const ConfigManager &config, const Grants &grants, ui::Table &tab
 }
 
 void showOutlets(const ConfigManager &config, const Grants &grants, ui::Table &table) {
+    const settings::RecordList outlets("config.power.outlets", "outlet");
     table.titleRow("Your Power Outlets");
     bool any = false;
-    for (const unsigned number : users::numbers(config, "config.power.outlets", "outlet")) {
+    for (const unsigned number : outlets.numbers(config)) {
         if (!grants.hasOutlet(number))
             continue;
         any = true;
         const std::string text = std::to_string(number);
         table.labelledTextRow("Outlet " + text,
-                              config.getElement("config.power.outlets.outlet" + text + ".label"));
+                              config.getElement(outlets.keyOf(number) + ".label"));
     }
     if (!any)
         table.textRow("None yet: an administrator assigns outlets to you.");

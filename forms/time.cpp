@@ -71,11 +71,44 @@ constexpr Field zone[] = {
 constexpr Field ntp[] = {
     boxField("Enable NTP", "config.ntp.enabled",
              "Keep the clock right by time servers of the network."),
-    {.label = "NTP Servers",
-     .key = "config.ntp.servers",
-     .type = "addresslist",
-     .help = "Addresses or host names, separated by commas without blanks.",
-     .note = "Time servers."},
+};
+
+constexpr Choice kinds[] = {{"server", "one server"}, {"pool", "pool of servers"}};
+constexpr Field server[] = {
+    {.label = "Address",
+     .key = ".address",
+     .type = "address",
+     .help = "Address or host name of a time server.",
+     .missing = "<i>Address</i> can not be empty."},
+    {.label = "Kind",
+     .key = ".kind",
+     .input = Input::menu,
+     .choices = kinds,
+     .help = "Behind the name of a pool there are several servers; some of them are used."},
+    {.label = "Preferred",
+     .key = ".preferred",
+     .type = "boolean",
+     .input = Input::check,
+     .help = "Its time counts as long as it can be trusted."},
+};
+constexpr Section server_sections[] = {{.title = "", .fields = server}};
+constexpr Column server_columns[] = {
+    {.title = "Address", .key = ".address"},
+    {.title = "Kind", .key = ".kind"},
+    {.title = "Preferred", .key = ".preferred"},
+};
+constexpr List lists[] = {
+    {.key = "config.ntp.servers",
+     .word = "server",
+     .title = "NTP Servers",
+     .singular = "Server",
+     .empty = "No time servers yet.",
+     .name = ".address",
+     .columns = server_columns,
+     .sections = server_sections,
+     .question = "Delete the time server '{}'?",
+     .moves = true,
+     .text = ".address"},
 };
 
 constexpr Section sections[] = {
@@ -83,7 +116,7 @@ constexpr Section sections[] = {
     {"Network Time Protocol", ntp},
 };
 
-constexpr Page page = {.sections = sections};
+constexpr Page page = {.sections = sections, .lists = lists};
 
 const AutoRegisterPage registration("time", packed<page>());
 

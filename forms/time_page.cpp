@@ -5,6 +5,7 @@
 #include "ui/form.h"
 #include "ui/form_values.h"
 #include "ui/inputs.h"
+#include "ui/record_page.h"
 #include "ui/settings_page.h"
 #include "ui/table.h"
 #include "ui/template_functions.h"
@@ -142,8 +143,10 @@ void renderClock(Engine &engine, Cgi &cgi) {
 }
 
 void render(Engine &engine) {
-    if (Cgi *cgi = engine.requireCgi())
-        renderClock(engine, *cgi);
+    Cgi *cgi = engine.requireCgi();
+    if (cgi == nullptr || ui::showRecord(engine, *ui::settingsPage(engine)))
+        return;
+    renderClock(engine, *cgi);
     ui::renderSettings(engine);
 }
 

@@ -10,10 +10,10 @@ namespace zandorin::settings {
 inline constexpr const char *fingerprint_field = "fingerprint";
 
 /// What the values of a page were when it was opened: eight hexadecimal digits for each (FNV-1a of
-/// key and value), sent along with the page's form. By them a submission says which fields its user
-/// changed, and the store whether somebody else did meanwhile.
-/// `secret` goes into the digits of passwords, so that a saved copy of a page is no way to try
-/// them out: the session's id.
+/// the field's name, which a record keeps when it is renumbered meanwhile, and the value), sent
+/// along with the page's form. By them a submission says which fields its user changed, and the
+/// store whether somebody else did meanwhile. `secret` goes into the digits of passwords, so that a
+/// saved copy of a page is no way to try them out: the session's id.
 class Fingerprint {
   public:
     explicit Fingerprint(std::string secret) : secret_(std::move(secret)) {}

@@ -80,24 +80,27 @@ std::string shownValue(const FormElem &element, const std::string &stored) {
 }
 
 std::string FormCheck::submitted(const std::string &name, const FormElem &element) const {
+    if (element.given)
+        return *element.given;
     const auto text = submission_.text(name, element.bufferSize());
     return text || submission_.isWhole() ? text.value_or("")
                                          : config_.getElement(keyOf(name, element));
 }
 
 /// Of an empty input without a delete box nothing is known: it may have been emptied.
-bool FormCheck::isUntouched(const FormElem &element, const std::string &key,
+bool FormCheck::isUntouched(const std::string &name, const FormElem &element,
                             const std::string &value, bool boxed) const {
     if (!fingerprint_.isKnown() || boxed)
         return false;
-    return fingerprint_.holds(key, value, element.isSecret(key));
+    return fingerprint_.holds(name, value, element.isSecret(keyOf(name, element)));
 }
 
-bool FormCheck::isConflict(const FormElem &element, const std::string &key,
+bool FormCheck::isConflict(const std::string &name, const FormElem &element,
                            const std::string &value) const {
+    const std::string key = keyOf(name, element);
     const std::string stored = shownValue(element, config_.getElement(key));
     return fingerprint_.isKnown() && element.autoSave && stored != value &&
-           !fingerprint_.holds(key, stored, element.isSecret(key));
+           !fingerprint_.holds(name, stored, element.isSecret(key));
 }
 
 void FormCheck::check(const std::string &name, const FormElem &element, const std::string &value) {
@@ -110,9 +113,9 @@ void FormCheck::check(const std::string &name, const FormElem &element, const st
     if (!value.empty() && !acceptsType(element, name, value, problems_))
         return;
     const bool changes = !value.empty() || element.autoDelete || boxed;
-    if (!changes || isUntouched(element, key, value, boxed))
+    if (!changes || isUntouched(name, element, value, boxed))
         return;
-    if (isConflict(element, key, value)) {
+    if (isConflict(name, element, value)) {
         const bool isShown = !element.isSecret(key);
         problems_.add(name, labelled(element) +
                                 " was changed by somebody else after this page was opened" +

@@ -51,9 +51,9 @@ class FormCheck {
     void save(ConfigManager &config) const;
 
   private:
-    bool isUntouched(const FormElem &element, const std::string &key, const std::string &value,
+    bool isUntouched(const std::string &name, const FormElem &element, const std::string &value,
                      bool boxed) const;
-    bool isConflict(const FormElem &element, const std::string &key,
+    bool isConflict(const std::string &name, const FormElem &element,
                     const std::string &value) const;
     void note(const std::string &key, const FormElem &element, const std::string &value);
     void notePassword(const std::string &password);

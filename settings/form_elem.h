@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <string>
 
 namespace zandorin {
@@ -20,6 +21,8 @@ struct FormElem {
     bool autoDelete = true;    ///< delete the key when the submitted value is empty
     int maxLength = 0;         ///< bytes of the field's buffer; 0 or less means the type's
     std::string key = "";      ///< configuration key; "" when the field's name is the key
+    /// Counts as submitted, in place of the field's text.
+    std::optional<std::string> given = std::nullopt;
     std::string standard = ""; ///< what the input shows while nothing is stored
 
     /// True when no page and no log record may show the value; `ofKey` is the element's key.

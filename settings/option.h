@@ -17,6 +17,7 @@ struct Option {
     std::string label;
     std::string group;      ///< options of one group follow each other; "" for none
     std::string title = ""; ///< shown when the label of a box is pointed at
+    bool fixed = false;     ///< of a box: ticked whatever is stored, and not to be changed
     std::string box = "";   ///< ends the name of its box in a form; "": the value does
 
     const std::string &boxName() const { return box.empty() ? value : box; }

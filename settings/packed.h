@@ -64,25 +64,30 @@ constexpr void members(Like<Field> auto &field, auto &use) {
     use(field.label, field.key, field.type, field.input, field.choices, field.options, field.help,
         field.maxlength, field.least, field.most, field.accepts, field.refusal, field.confirms,
         field.required, field.missing, field.file, field.word, field.posted, field.grid,
-        field.status);
+        field.status, field.held);
     // Only zandorin-config describes settings; a page does not read past these.
 #ifdef ZANDORIN_DOCUMENTED
     use(field.standard, field.note);
 #endif
 }
 constexpr void members(Like<Section> auto &section, auto &use) {
-    use(section.title, section.fields, section.offered, section.suffix);
+    use(section.title, section.fields, section.offered, section.suffix, section.where,
+        section.except);
 }
 constexpr void members(Like<Column> auto &column, auto &use) {
-    use(column.title, column.key, column.status);
+    use(column.title, column.key, column.status, column.markup);
 }
 constexpr void members(Like<Variant> auto &variant, auto &use) {
     use(variant.name, variant.title, variant.fields, variant.offered);
 }
+constexpr void members(Like<Mention> auto &mention, auto &use) {
+    use(mention.key, mention.word, mention.set, mention.entry);
+}
 constexpr void members(Like<List> auto &list, auto &use) {
     use(list.key, list.word, list.title, list.singular, list.empty, list.name, list.columns,
-        list.sections, list.question, list.toggle, list.moves, list.copies, list.rule,
-        list.variantKey, list.variants, list.lists, list.offered);
+        list.sections, list.question, list.toggle, list.toggled, list.fixed, list.refusal,
+        list.mentions, list.moves, list.copies, list.rule, list.variantKey, list.variants,
+        list.lists, list.text, list.offered);
 }
 constexpr void members(Like<Chooser> auto &chooser, auto &use) {
     use(chooser.variable, chooser.label, chooser.help, chooser.prefix, chooser.options,

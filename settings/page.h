@@ -46,7 +46,9 @@ enum class Input : std::uint8_t {
     flags, ///< a box for each choice: <key><choice> is "on" or not there
     set,   ///< a box for each choice: the chosen ones are a numbered list below the key
     texts, ///< a numbered list of texts: each can be changed or deleted, one can be added
-    note,  ///< nothing to type: what `status` answers
+    note,  ///< nothing to type: what `status` answers, or what is stored
+    lines, ///< an area of texts, one a line, each of the field's type
+    file,  ///< of lines for the field before it; its key is that one's and ".file"
 };
 
 /// A choice that every appliance offers.
@@ -101,13 +103,21 @@ struct Field {
     const char *missing = "";
     // For the documentation alone (see docs/configuration.md), and not in zandorin.cgi.
     const char *standard = ""; ///< what holds when nothing is stored
-    const char *note = "";   ///< what it means, Markdown, where that is not the help's first words
-    const char *file = "";   ///< kept in this file of the appliance; the page's own code writes it
-    const char *word = "";   ///< of a set and of texts: the entries' name, before their number
+    const char *note = ""; ///< what it means, Markdown, where that is not the help's first words
+    const char *file = ""; ///< kept in this file of the appliance; the page's own code writes it
+    /// Of a set and of texts the entries' name, before their number; of a file what it holds.
+    const char *word = "";
     const char *posted = ""; ///< of a set: the boxes' name, before the choice; "": the key and "."
     bool grid = false;       ///< boxes eight in a row and one for all of them: serial ports
     StatusOf status = nullptr; ///< shown above the input
+    /// Answers what is stored of a value that is no key of the configuration; the page's own code
+    /// writes it.
+    StatusOf held = nullptr;
 };
+
+constexpr Field checkBox(const char *label, const char *key, const char *help) {
+    return {.label = label, .key = key, .type = "boolean", .input = Input::check, .help = help};
+}
 
 struct Section {
     const char *title;
@@ -115,6 +125,9 @@ struct Section {
     /// False leaves the section out, and what is stored under its keys alone.
     Condition offered = nullptr;
     const char *suffix = ""; ///< follows every key: for the same fields a second time
+    // By what is stored in a field of the place, "" for a record that is not there yet.
+    When where = {};  ///< the section is there only where this is so
+    When except = {}; ///< and where this is not; with no key: everywhere
 };
 
 /// A list column: the stored value in the words of its field, or what `status` answers.
@@ -122,6 +135,7 @@ struct Column {
     const char *title;
     const char *key = "";
     StatusOf status = nullptr;
+    bool markup = false; ///< `status` answers that
 };
 
 /// What a record of some list can be besides its own fields, by the value of a field: the type of
@@ -131,6 +145,15 @@ struct Variant {
     const char *title;
     std::span<const Field> fields;
     Condition offered = nullptr;
+};
+
+/// Where the records of another list name those of this one: in a numbered list of texts. They are
+/// renamed there with the record, and taken out with it.
+struct Mention {
+    const char *key;
+    const char *word;  ///< of the other list
+    const char *set;   ///< key from "." on
+    const char *entry; ///< before the number of a text
 };
 
 /// Records <key>.<word>1 and so on, numbered without gaps, with their number in <key>.total.
@@ -145,12 +168,21 @@ struct List {
     std::span<const Section> sections; ///< of a record's page
     const char *question = "";         ///< before deleting; raw, "{}" in it is the name
     const char *toggle = "";           ///< key of the box that switches a record off
-    bool moves = false;                ///< records can be moved up and down
+    const char *toggled = "";          ///< says that it was; markup, "{}" in it is the name
+    /// Names of records that can be neither deleted nor switched off, separated by blanks.
+    const char *fixed = "";
+    /// Begins what is said to who tries, "{}" in it is the name: "The user {} is built in and".
+    const char *refusal = "";
+    std::span<const Mention> mentions = {};
+    bool moves = false; ///< records can be moved up and down
     bool copies = false;
     Rule rule = nullptr; ///< across the fields of one record
     const char *variantKey = "";
     std::span<const Variant> variants = {};
     std::span<const List> lists = {}; ///< inside each record; keys from "."
+    /// Key of the field that took the words of one text, separated by commas, that older releases
+    /// kept under the list's key; it becomes records when the list is changed.
+    const char *text = "";
     Condition offered = nullptr;
 };
 
@@ -165,7 +197,7 @@ struct Chooser {
 };
 
 struct Page {
-    std::span<const Section> sections;
+    std::span<const Section> sections = {};
     Rule rule = nullptr;
     std::span<const List> lists = {};
     Chooser chooser = {};

@@ -1,8 +1,10 @@
 #include "settings/records.h"
 
 #include "platform/libzandorin/config_manager.h"
+#include "settings/page.h"
 #include "util/hash.h"
 #include "util/log.h"
+#include "util/split.h"
 #include "util/strings.h"
 
 #include <algorithm>
@@ -144,6 +146,20 @@ void RecordList::settle(ConfigManager &config) const {
         config.delElement(total);
     else
         config.setElement(total, std::to_string(next - 1));
+}
+
+void adoptText(ConfigManager &config, const List &list) {
+    if (*list.text == '\0')
+        return;
+    const std::string text = config.getElement(list.key);
+    const RecordList records(list.key, list.word);
+    for (const std::string &word : utilities::split(text, ", "))
+        if (!records.find(config, list.text, word))
+            config.setElement(records.keyOf(records.next(config)) + list.text, word);
+    if (text.empty())
+        return;
+    config.setElement(list.key, "");
+    records.settle(config);
 }
 
 std::vector<std::string> readTextList(const ConfigManager &config, const std::string &key,

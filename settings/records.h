@@ -12,6 +12,8 @@ class ConfigManager;
 
 namespace zandorin::settings {
 
+struct List;
+
 /// A list of records in the configuration: <key>.<word>1 and so on, their number in <key>.total.
 /// Only the entries that are there count, in the order of their numbers, whatever the total says; a
 /// gap or a wrong total is logged, and every change of the list mends it. Numbers are written
@@ -59,6 +61,9 @@ class RecordList {
     std::string key_;
     std::string word_;
 };
+
+/// Makes the text of an older release records of the list, in the store's memory (see List::text).
+void adoptText(ConfigManager &config, const List &list);
 
 /// Lists whose entries are single texts; empty entries are left out.
 std::vector<std::string> readTextList(const ConfigManager &config, const std::string &key,

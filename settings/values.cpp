@@ -52,8 +52,18 @@ std::vector<Option> optionsOf(const Field &field, const ConfigManager &config,
 
 void Values::add(std::span<const Section> sections) {
     for (const Section &section : sections)
-        if (section.offered == nullptr || section.offered(config_))
+        if (offers(section))
             add(section.fields, section.suffix);
+}
+
+bool Values::offers(const Section &section) const {
+    return (section.offered == nullptr || section.offered(config_)) &&
+           (*section.where.key == '\0' || isStored(section.where)) &&
+           (*section.except.key == '\0' || !isStored(section.except));
+}
+
+bool Values::isStored(const When &when) const {
+    return contains(utilities::split(when.values, " "), config_.getElement(keyOf(when.key)));
 }
 
 void Values::add(std::span<const Field> fields, const char *suffix) {
@@ -92,6 +102,7 @@ void Values::read(Value &value) const {
     const Field &field = *value.field;
     switch (field.input) {
     case Input::note:
+    case Input::file:
         return;
     case Input::flags:
         readFlags(value);
@@ -111,7 +122,8 @@ void Values::read(Value &value) const {
         [[fallthrough]];
     default:
         value.stored =
-            *field.file == '\0'
+            field.held != nullptr ? field.held(config_, value.key)
+            : *field.file == '\0'
                 ? config_.getElement(value.key)
                 : readFile(appliancePath(field.file), std::size_t{64} * 1024).value_or("");
     }

@@ -45,6 +45,8 @@ class Values {
 
     /// Takes the fields of each section that is offered.
     void add(std::span<const Section> sections);
+    /// True when the section is there, on this appliance and at this place.
+    bool offers(const Section &section) const;
     void add(std::span<const Field> fields, const char *suffix = "");
 
     const ConfigManager &config() const { return config_; }
@@ -78,6 +80,7 @@ class Values {
     std::string submittedText(const std::string &name, std::size_t longest,
                               const std::string &stored) const;
     bool isTicked(const std::string &name, bool stored) const;
+    bool isStored(const When &when) const;
 
     const ConfigManager &config_;
     const Submission *submission_;

@@ -52,9 +52,10 @@ std::string choiceInput(const Value &value, decltype(menuInput) &markupOf) {
 std::string boxes(const Value &value) {
     std::string html;
     for (const Option &option : value.options)
-        html += (html.empty() ? "" : "<br>") + labelledBox(boxName(value, option),
-                                                           contains(value.list, option.value),
-                                                           option.label, option.title);
+        html +=
+            (html.empty() ? "" : "<br>") +
+            labelledBox(boxName(value, option), option.fixed || contains(value.list, option.value),
+                        option.label, option.title, option.fixed);
     return html;
 }
 
@@ -98,6 +99,7 @@ std::string bareInput(Engine &engine, const Value &value) {
     case Input::confirmation:
         return passwordInput(value);
     case Input::textArea:
+    case Input::lines:
         return textAreaInput(value.name, value.text, area_rows, area_cols);
     case Input::unsafeText:
     case Input::unsafeSecret:
@@ -116,8 +118,13 @@ std::string bareInput(Engine &engine, const Value &value) {
         return field.grid ? portBoxes(value) : boxes(value);
     case Input::texts:
         return textInputs(engine, value);
+    case Input::file:
+        return "<input type=\"file\"" + attribute("name", value.name) + ">";
     case Input::note:
-        break;
+        // Without a `status` what is stored.
+        return field.status != nullptr || *field.key == '\0'
+                   ? ""
+                   : encodeSafe(engine.config().getElement(value.key));
     }
     return "";
 }

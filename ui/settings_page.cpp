@@ -10,6 +10,8 @@
 #include "ui/chooser.h"
 #include "ui/form.h"
 #include "ui/form_values.h"
+#include "ui/lines_input.h"
+#include "ui/record_page.h"
 #include "ui/setting_input.h"
 #include "ui/table.h"
 #include "util/escape.h"
@@ -31,7 +33,15 @@ using settings::Values;
 template <typename Use> void forElements(const Value &value, const Use &use) {
     const Field &field = *value.field;
     switch (field.input) {
+    case Input::lines: {
+        // Each line is of the type; they are checked when they are submitted.
+        FormElem element = elementOf(value, field.label, true);
+        element.type = "unsafe_multiline_printable";
+        use(value.name, element);
+        return;
+    }
     case Input::note:
+    case Input::file:
     case Input::confirmation:
     case Input::set:
         return;
@@ -50,7 +60,7 @@ template <typename Use> void forElements(const Value &value, const Use &use) {
         return;
     default:
         if (*field.file == '\0')
-            use(value.name, elementOf(value, field.label, true));
+            use(value.name, elementOf(value, field.label, field.held == nullptr));
     }
 }
 
@@ -65,24 +75,41 @@ std::string joined(const std::vector<std::string> &texts) {
     return all;
 }
 
+/// What counts as submitted of fields of lines.
+void takeLines(Engine &engine, const Values &values) {
+    for (const Value &value : values.all()) {
+        if (value.field->input != Input::lines)
+            continue;
+        const Value *file = values.find(std::string(value.field->key) + ".file");
+        engine.elements()[value.name].given =
+            submittedLines(engine, value, file == nullptr ? nullptr : file->field);
+    }
+}
+
 /// A list that this user changed after somebody else did.
 void checkConflict(Engine &engine, const Value &value) {
     const settings::Fingerprint opened = engine.openedWith();
     const std::string stored = joined(value.storedList);
     if (isList(value) && opened.isKnown() && value.list != value.storedList &&
-        !opened.holds(value.key, stored, false) &&
-        !opened.holds(value.key, joined(value.list), false))
+        !opened.holds(value.name, stored, false) &&
+        !opened.holds(value.name, joined(value.list), false))
         engine.cgi()->addError(std::string("<i>") + value.field->label +
                                "</i> was changed by somebody else after this page was opened. "
                                "Nothing was saved; apply again to replace what is stored.");
 }
 
-void saveList(Engine &engine, const std::string &key, const std::string &word,
-              const std::vector<std::string> &list, const std::string &stored) {
+void saveList(Engine &engine, const std::string &name, const std::string &key,
+              const std::string &word, const std::vector<std::string> &list,
+              const std::string &stored) {
     // What its user left as it was shown stays as it is by now.
     const settings::Fingerprint opened = engine.openedWith();
-    if (!opened.isKnown() || !opened.holds(key, joined(list), false) || stored == joined(list))
+    if (!opened.isKnown() || !opened.holds(name, joined(list), false) || stored == joined(list))
         settings::writeTextList(engine.config(), key, word, list);
+}
+
+void adoptTexts(Engine &engine, const settings::Page &page) {
+    for (const settings::List &list : page.lists)
+        settings::adoptText(engine.config(), list);
 }
 
 /// A form for a place that is not there; names, too, what it gave settings that need others.
@@ -98,6 +125,13 @@ void refusePlace(Cgi &cgi, const settings::Page &page, const Chosen &chosen,
 }
 
 } // namespace
+
+bool lockPage(Engine &engine, const settings::Page &page) {
+    if (!engine.lockSettings())
+        return false;
+    adoptTexts(engine, page);
+    return true;
+}
 
 const settings::Page *settingsPage(Engine &engine) {
     auto &loaded = engine.pageTable();
@@ -117,6 +151,7 @@ void defineValues(Engine &engine, const Values &values, settings::Rule rule) {
         });
     if (!values.isSubmitted())
         return;
+    takeLines(engine, values);
     settings::Problems problems;
     settings::checkRules(values, rule, problems);
     for (const settings::Problem &problem : problems.all())
@@ -125,9 +160,11 @@ void defineValues(Engine &engine, const Values &values, settings::Rule rule) {
         if (!isList(value))
             continue;
         checkConflict(engine, value);
-        engine.onAccepted(
-            [&engine, key = value.key, word = std::string(value.field->word), list = value.list,
-             stored = joined(value.storedList)] { saveList(engine, key, word, list, stored); });
+        engine.onAccepted([&engine, name = value.name, key = value.key,
+                           word = std::string(value.field->word), list = value.list,
+                           stored = joined(value.storedList)] {
+            saveList(engine, name, key, word, list, stored);
+        });
     }
 }
 
@@ -152,14 +189,14 @@ void fingerprintInput(Engine &engine, Form &form, const Values &values) {
     settings::Fingerprint fingerprint(engine.session().sessionId());
     for (const Value &value : values.all()) {
         if (isList(value))
-            fingerprint.add(value.key, joined(value.storedList), false);
+            fingerprint.add(value.name, joined(value.storedList), false);
         else
             forElements(value, [&](const std::string &name, const FormElem &element) {
                 const std::string &key = element.key.empty() ? name : element.key;
                 // Only of flags there is one key for each box.
                 const std::string stored =
                     key == value.key ? value.stored : engine.config().getElement(key);
-                fingerprint.add(key, settings::shownValue(element, stored), element.isSecret(key));
+                fingerprint.add(name, settings::shownValue(element, stored), element.isSecret(key));
             });
     }
     form.hiddenInput(settings::fingerprint_field, fingerprint.text());
@@ -169,15 +206,27 @@ void sectionRows(Engine &engine, Table &table, std::span<const settings::Section
                  const Values &values) {
     auto value = values.all().begin();
     for (const settings::Section &section : sections) {
-        if (section.offered != nullptr && !section.offered(engine.config()))
+        if (!values.offers(section))
             continue;
-        table.titleRow(section.title);
+        if (*section.title != '\0')
+            table.titleRow(section.title);
         for (std::size_t row = 0; row < section.fields.size(); ++row)
             valueRow(engine, table, *value++);
     }
 }
 
+std::string textToBe(Engine &engine, const Value &value) {
+    const FormElem &element = engine.elements()[value.name];
+    const std::string text = element.given.value_or(value.text);
+    return engine.openedWith().holds(value.name, text, element.isSecret(value.key))
+               ? settings::shownValue(element, value.stored)
+               : text;
+}
+
 void valueRow(Engine &engine, Table &table, const Value &value) {
+    const bool isChoice = value.field->input == Input::flags || value.field->input == Input::set;
+    if (isChoice && value.options.empty())
+        return;
     table.inputRow(value.field->label, settingInput(engine, value), value.field->help);
 }
 
@@ -186,6 +235,11 @@ void defineSettings(Engine &engine) {
     Cgi *cgi = engine.requireCgi();
     if (page == nullptr || cgi == nullptr)
         return;
+    adoptTexts(engine, *page);
+    if (isRecordRequest(*cgi, *page)) {
+        defineRecords(engine, *page);
+        return;
+    }
     const Chosen chosen(engine, page->chooser);
     const CgiSubmission submission(*cgi);
     if (!chosen.isKnown()) {
@@ -193,7 +247,7 @@ void defineSettings(Engine &engine) {
         return;
     }
     const bool isSubmitted = engine.formWasSubmitted();
-    if (isSubmitted && !engine.lockSettings())
+    if (isSubmitted && !lockPage(engine, *page))
         return;
     Values values(engine.config(), isSubmitted ? &submission : nullptr, chosen.place());
     values.add(page->sections);
@@ -207,8 +261,9 @@ void renderSettings(Engine &engine) {
     Cgi *cgi = engine.requireCgi();
     if (page == nullptr || cgi == nullptr)
         return;
+    adoptTexts(engine, *page);
     const Chosen chosen(engine, page->chooser);
-    if (!chosen.isKnown())
+    if (!chosen.isKnown() || showRecord(engine, *page))
         return;
     if (!page->sections.empty()) {
         auto &opened = engine.pageValues();
@@ -225,6 +280,7 @@ void renderSettings(Engine &engine) {
         fingerprintInput(engine, form, values);
         form.closeForm();
     }
+    showLists(engine, *page);
 }
 
 } // namespace zandorin::ui

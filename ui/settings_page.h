@@ -27,6 +27,10 @@ void defineSettings(Engine &engine);
 /// lists.
 void renderSettings(Engine &engine);
 
+/// Engine::lockSettings, with what an older release kept differently in its place in the store's
+/// memory.
+bool lockPage(Engine &engine, const settings::Page &page);
+
 /// The table of the request's page, loaded once; null when it has none.
 const settings::Page *settingsPage(Engine &engine);
 
@@ -44,7 +48,10 @@ settings::Values shownValues(Engine &engine, std::span<const settings::Section> 
 /// The rows of the sections that are offered, each under its title.
 void sectionRows(Engine &engine, Table &table, std::span<const settings::Section> sections,
                  const settings::Values &values);
-/// One row.
+/// What will be stored of a value that is one text and declared: the submitted one, or what is
+/// stored by now where its user left it as the page showed it.
+std::string textToBe(Engine &engine, const settings::Value &value);
+/// One row; none for boxes without a choice.
 void valueRow(Engine &engine, Table &table, const settings::Value &value);
 
 /// The hidden field that says what the values were when the page was made.

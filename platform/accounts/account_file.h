@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/accounts/account_line.h"
 #include "util/fd.h"
 
 #include <optional>
@@ -10,17 +11,6 @@
 #include <sys/types.h>
 
 namespace zandorin {
-
-/// One record of passwd(5).
-struct Account {
-    std::string name;
-    std::string hash;
-    uid_t uid = 0;
-    gid_t gid = 0;
-    std::string description;
-    std::string home;
-    std::string shell;
-};
 
 /// The lines of /etc/config/passwd. Driven as: open(), which takes the lock of all writers, change,
 /// save(); or read() alone to look. A line that is no account, or is not changed, stays as it is.

@@ -1,11 +1,11 @@
 #include "platform/accounts/accounts.h"
 
+#include "platform/accounts/account_line.h"
 #include "util/files.h"
 #include "util/log.h"
 #include "util/paths.h"
 #include "util/wipe.h"
 
-#include <algorithm>
 #include <cerrno>
 
 namespace zandorin {
@@ -35,16 +35,11 @@ std::optional<std::string> ShadowFile::hashOf(std::string_view name) const {
     if (!contents)
         return std::nullopt;
     std::optional<std::string> hash;
-    for (std::string_view rest = *contents; !rest.empty() && !hash;) {
-        const std::string_view line = rest.substr(0, rest.find('\n'));
-        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
-        const auto nameEnd = line.find(':');
-        if (name.empty() || line.substr(0, nameEnd) != name ||
-            std::count(line.begin(), line.end(), ':') != 6)
-            continue;
-        const std::string_view second = line.substr(nameEnd + 1);
-        hash = second.substr(0, second.find(':'));
-    }
+    for (const std::string_view line : linesOf(*contents))
+        if (const auto fields = accountFields(line); fields && fields->front() == name) {
+            hash = (*fields)[1];
+            break;
+        }
     wipe(*contents);
     return hash;
 }

@@ -2,6 +2,7 @@
 
 #include "platform/accounts/account_file.h"
 #include "platform/accounts/accounts.h"
+#include "util/exception.h"
 #include "util/fd.h"
 #include "util/files.h"
 #include "util/log.h"
@@ -139,8 +140,7 @@ std::optional<Account> accountToChange(const AccountFile &accounts, const std::s
     if (account)
         return newName == name || isNameFree(accounts, newName) ? account : std::nullopt;
     account = accounts.find(newName);
-    const bool isOwn = account && account->uid >= first_uid && account->home == homeOf(newName);
-    return isOwn ? account : std::nullopt;
+    return account && user_isown(*account) ? account : std::nullopt;
 }
 
 } // namespace
@@ -195,6 +195,24 @@ int user_ispassword(const std::string &name, const std::string &password) {
         return 0;
     const std::string stored = account->pw_passwd;
     return !stored.empty() && platform::hashPassword(password, stored.c_str()) == stored ? 1 : 0;
+}
+
+std::optional<Account> user_find(const std::string &name) {
+    ZANDORIN_TRACE();
+    AccountFile accounts;
+    if (!accounts.read() && errno != ENOENT)
+        throw utilities::Exception("The login accounts can not be read.");
+    return name.empty() ? std::nullopt : accounts.find(name);
+}
+
+bool user_isown(const Account &account) {
+    return account.uid >= first_uid && account.home == homeOf(account.name);
+}
+
+bool user_haspassword(const std::string &name) {
+    const auto account = user_find(name);
+    return account && account->hash != no_password &&
+           account->hash != std::string(1, disabled_mark) + no_password;
 }
 
 uid_t user_getfreeuid() {
@@ -277,6 +295,18 @@ int user_changeuser(const std::string &name, const AccountChange &change) {
         setEnabled(*account, *change.enabled);
     accounts.set(before, *account);
     return accounts.save() && provideHome(name, *account) ? 0 : -1;
+}
+
+int user_putuser(const std::string &name, const AccountChange &change) {
+    ZANDORIN_TRACE();
+    const std::string newName = change.name.value_or(name);
+    if (user_find(name) || user_find(newName))
+        return user_changeuser(name, change);
+    const int made = user_adduser(newName, change.password.value_or(""),
+                                  change.description.value_or(""), change.way);
+    return made == 0 && !change.enabled.value_or(true)
+               ? user_changeuser(newName, {.enabled = false})
+               : made;
 }
 
 int user_setuser(const std::string &name, const std::string &password,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/accounts/account_line.h"
 #include "platform/accounts/password_hash.h"
 
 #include <optional>
@@ -35,6 +36,14 @@ std::string user_hashpassword(const std::string &password, PasswordHash way = Pa
 
 /// 1 when the account exists (getpwnam(3)) and has this password, else 0.
 int user_ispassword(const std::string &name, const std::string &password);
+
+/// The account of that name. Throws utilities::Exception when the file is there and cannot be read:
+/// what looks like no account must not be taken for one that is missing.
+std::optional<Account> user_find(const std::string &name);
+/// True for an account that was made here, or is like it; others are the system's.
+bool user_isown(const Account &account);
+/// True when there is an account of that name and it has a password. Throws as user_find does.
+bool user_haspassword(const std::string &name);
 
 /// The smallest gap above the first used id, as ids at or above 1000 go; 1000 when there is none.
 uid_t user_getfreeuid();
@@ -72,6 +81,9 @@ struct AccountChange {
 /// account of the old name, one of the new name is changed, and its home folder moved if that still
 /// has the old name.
 int user_changeuser(const std::string &name, const AccountChange &change);
+
+/// The same for what may not be there yet: without an account of either name, one is made.
+int user_putuser(const std::string &name, const AccountChange &change);
 
 // Changes of one kind.
 int user_setuser(const std::string &name, const std::string &password,

@@ -32,7 +32,7 @@ void addAllKnown(roles_t *set) {
 constexpr struct {
     std::string_view group;
     const char *roles[6]; // ends with a null pointer
-} built_in_groups[] = {
+} roles_of_built_in[] = {
     {"admin", {"admin", "ports", "power", "devices", "status"}},
     {"pmshell", {"ports"}},
     {"pmoperator", {"ports", "devices", "status"}},
@@ -107,12 +107,12 @@ int roles_add_from_user(roles_t *set, const char *user, const ConfigManager &con
 int roles_add_from_group(roles_t *set, const char *group, const ConfigManager &config) {
     if (set == nullptr || group == nullptr || *group == '\0')
         return -1;
-    const auto *builtIn = std::find_if(std::begin(built_in_groups), std::end(built_in_groups),
+    const auto *builtIn = std::find_if(std::begin(roles_of_built_in), std::end(roles_of_built_in),
                                        [group](const auto &known) { return known.group == group; });
     const std::string key = findEntry(config, "config.groups", "group", ".name", group);
-    if (builtIn == std::end(built_in_groups) && key.empty())
+    if (builtIn == std::end(roles_of_built_in) && key.empty())
         return -1;
-    if (builtIn != std::end(built_in_groups))
+    if (builtIn != std::end(roles_of_built_in))
         for (const char *const *role = builtIn->roles; *role != nullptr; ++role)
             roles_add_role(set, *role);
     if (!key.empty())

@@ -21,6 +21,9 @@ struct role_record {
 /// Every role the system knows, at most five, and the record with the null name.
 extern const role_record ALL_ROLES[6];
 
+/// Groups that exist without a record, with roles of their own; separated by blanks.
+inline constexpr const char *built_in_groups = "admin netgrp dialin pmshell pmoperator pptpd";
+
 // All functions take null handles. Those that answer an int give 0 on success, -1 on failure.
 
 /// Adds one role; a name that is there already, or is empty, changes nothing.

@@ -26,6 +26,7 @@ std::vector<Page> pages() {
     std::vector<Page> pages = {
         {"User", "form=users&action=edit&index=1&type=user", "user"},
         {"Group", "form=users&action=edit&index=7&type=group", "group"},
+        {"TimeServer", "form=time&action=edit&index=1&type=server", "server"},
         {"AutoResponses", "form=autoresponse", "settings"},
     };
     for (const std::string &id : settingsPages())
@@ -130,7 +131,8 @@ class EveryInput : public RequestTest, public ::testing::WithParamInterface<Page
         Fields sent = {{"form", page_.query.substr(5, page_.query.find('&') - 5)},
                        {"apply", "Apply"}};
         for (const PageField &field : fields)
-            if ((field.kind != "checkbox" || field.checked) && !isAction(field.name))
+            if ((field.kind != "checkbox" || field.checked) && !isAction(field.name) &&
+                !(isSettings_ && (field.name == "action" || field.name == "type"))) // to add
                 sent.emplace_back(field.name, field.value);
         return post(sent, login());
     }

@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 constexpr const char *folder = "/etc/config";
 constexpr const char *kept = "/tmp/kept";
-constexpr const char *users_lock = "/etc/config/.users.lock";
+constexpr const char *users_lock = "/etc/config/.settings.lock";
 constexpr const char *group_file = "/etc/config/group";
 
 struct Change {

@@ -207,15 +207,15 @@ TEST_F(SettingsRules, Clock) {
         const Response response = submit("time", formData(sent));
         EXPECT_EQ(response.boxes(), error) << sent;
         // The other form of the page was not sent: it shows, and keeps, what is stored.
-        EXPECT_TRUE(response.has("value=\"ntp.example.com\"")) << sent;
+        EXPECT_TRUE(response.has("ntp.example.com")) << sent;
     }
     EXPECT_EQ(configuration(), before);
     EXPECT_NE(log().find("Manually setting time: 01 May 2030 23:59:00"), std::string::npos);
 
     // Neither a look at the page nor its settings touch the clock.
     EXPECT_EQ(get("form=time&time.hour=24", login()).boxes(), "");
-    EXPECT_EQ(submit("time", {{"config.ntp.servers", "a,b"}}).boxes(), "");
-    EXPECT_EQ(stored("config.ntp.servers"), "a,b");
+    EXPECT_EQ(submit("time", {{"config.ntp.enabled", "on"}}).boxes(), "");
+    EXPECT_EQ(stored("config.ntp.enabled"), "on");
 }
 
 } // namespace

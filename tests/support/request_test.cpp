@@ -197,7 +197,8 @@ void RequestTest::equip() const {
         formData("config.ui.debug=on&config.auth.pmshell.available=on&config.system.model=HX9008&"
                  "config.system.sms.method=cellular&config.ports.port2.device.type=ups&"
                  "config.ports.port3.device.type=enviro&config.ports.port4.device.type=rpc&"
-                 "config.power.outlets.outlet1.label=Rack&config.groups.total=7&"
+                 "config.ntp.servers=ntp.example.com&config.power.outlets.outlet1.label=Rack&"
+                 "config.groups.total=7&"
                  "config.groups.group7.name=ops&config.autoresponse.total=1") +
         Fields{{rule + "name", "rule"},
                {rule + "check_type", "webui_login"},

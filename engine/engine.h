@@ -103,6 +103,10 @@ class Engine : public ConfigManagerListener {
     /// saved, and no further effect called.
     void onAccepted(std::function<void()> effect) { effects_.push_back(std::move(effect)); }
 
+    /// The same, with the values in the store's memory already, before it is written: for what
+    /// follows from them.
+    void onSaved(std::function<void()> effect) { derived_.push_back(std::move(effect)); }
+
     /// Makes this request the only one that changes settings until it has saved them, and reads the
     /// configuration as it is by now. False, with an error of the request, when that failed.
     bool lockSettings();
@@ -164,6 +168,7 @@ class Engine : public ConfigManagerListener {
     FormElements elements_;
     std::vector<std::string> extraConfigurators_;
     std::vector<std::function<void()>> effects_;
+    std::vector<std::function<void()>> derived_;
     std::optional<settings::LoadedPage> pageTable_;
     std::optional<settings::Values> pageValues_;
     UniqueFd settingsLock_; ///< held from lockSettings until the form is saved

@@ -90,8 +90,11 @@ void Engine::validateForm() {
     for (const auto &effect : effects_)
         if (!request->hasErrors())
             effect();
-    if (!request->hasErrors())
-        check.save(configManager_);
+    if (request->hasErrors())
+        return;
+    check.save(configManager_);
+    for (const auto &effect : derived_)
+        effect();
 }
 
 } // namespace zandorin

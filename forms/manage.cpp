@@ -3,6 +3,8 @@
 #include "engine/formlet.h"
 #include "forms/users_model.h"
 #include "platform/libzandorin/serial_ports.h"
+#include "settings/devices.h"
+#include "settings/records.h"
 #include "ui/page.h"
 #include "ui/table.h"
 #include "ui/template_functions.h"
@@ -37,6 +39,8 @@ class Grants {
             users::recordNamed(config_, users::user_kind, engine.getCurrentUsername());
         if (!user)
             return;
+        outlets_ = settings::readTextList(config_, user->key + settings::granted_outlets,
+                                          settings::outlet_word);
         keys_.push_back(user->key);
         for (const std::string &name : users::values(config_, user->key + ".groups", "group"))
             if (const auto group = users::recordNamed(config_, users::group_kind, name))
@@ -49,15 +53,15 @@ class Grants {
                    return config_.getBoolean(key + flag);
                });
     }
-    bool hasOutlet(unsigned number) const {
-        return all_ || (!keys_.empty() && config_.getBoolean(keys_.front() + ".power.outlet" +
-                                                             std::to_string(number)));
+    bool hasOutlet(const std::string &key) const {
+        return all_ || std::find(outlets_.begin(), outlets_.end(), key) != outlets_.end();
     }
 
   private:
     const ConfigManager &config_;
-    bool all_;                      ///< an administrator has everything
-    std::vector<std::string> keys_; ///< records of the user, first, and of their groups
+    bool all_;                         ///< an administrator has everything
+    std::vector<std::string> keys_;    ///< records of the user and of their groups
+    std::vector<std::string> outlets_; ///< by their keys
 };
 
 void showUser(Engine &engine, ui::Table &table) {
@@ -97,13 +101,11 @@ void showPorts(const ConfigManager &config, const Grants &grants, ui::Table &tab
 void showOutlets(const ConfigManager &config, const Grants &grants, ui::Table &table) {
     table.titleRow("Your Power Outlets");
     bool any = false;
-    for (const unsigned number : users::numbers(config, "config.power.outlets", "outlet")) {
-        if (!grants.hasOutlet(number))
+    for (const settings::Option &outlet : settings::outletOptions(config)) {
+        if (!grants.hasOutlet(outlet.value))
             continue;
         any = true;
-        const std::string text = std::to_string(number);
-        table.labelledTextRow("Outlet " + text,
-                              config.getElement("config.power.outlets.outlet" + text + ".label"));
+        table.labelledTextRow(outlet.group, outlet.label);
     }
     if (!any)
         table.textRow("None yet: an administrator assigns outlets to you.");
@@ -146,6 +148,7 @@ void render(Engine &engine) {
     Cgi *cgi = engine.requireCgi();
     if (cgi == nullptr)
         return;
+    settings::moveOutlets(engine.config());
     const ConfigManager &config = engine.config();
     const Grants grants(engine);
     const auto may = [&](const char *role) { return roles_has(engine.getUserRoles(), role); };

@@ -18,6 +18,7 @@ struct Option {
     std::string group;      ///< options of one group follow each other; "" for none
     std::string title = ""; ///< shown when the label of a box is pointed at
     std::string box = "";   ///< ends the name of its box in a form; "": the value does
+    bool offered = true;    ///< false for what is stored and no choice any more
 
     const std::string &boxName() const { return box.empty() ? value : box; }
 };

@@ -66,6 +66,8 @@ using Condition = bool (*)(const ConfigManager &config);
 using Accepts = bool (*)(const std::string &value);
 /// A rule across fields: adds a problem for what does not go together.
 using Rule = void (*)(const Values &values, Problems &problems);
+/// Writes what follows from the values of the record at `key`, once they are in the store.
+using Derive = void (*)(ConfigManager &config, const std::string &key);
 
 /// True when the value of the field `key` is one of `values` (separated by blanks), or is given at
 /// all where `values` is "". A page without such a field: never.
@@ -100,10 +102,12 @@ struct Field {
     /// Said when it is required and not given; markup, "{}" in it is the value that requires it.
     const char *missing = "";
     const char *standard = ""; ///< what holds when nothing is stored, for the documentation
-    const char *file = "";   ///< kept in this file of the appliance; the page's own code writes it
-    const char *word = "";   ///< of a set and of texts: the entries' name, before their number
-    const char *posted = ""; ///< of a set: the boxes' name, before the choice; "": the key and "."
-    bool grid = false;       ///< boxes eight in a row and one for all of them: serial ports
+    const char *file = ""; ///< kept in this file of the appliance; the page's own code writes it
+    const char *word = ""; ///< of a set and of texts: the entries' name, before their number
+    /// Of a set the boxes' name, before the choice; of texts the name of the input for one more.
+    /// From "." on below the place; "": made from the key.
+    const char *posted = "";
+    bool grid = false;         ///< boxes eight in a row and one for all of them: serial ports
     StatusOf status = nullptr; ///< shown above the input
 };
 
@@ -129,6 +133,7 @@ struct Variant {
     const char *title;
     std::span<const Field> fields;
     Condition offered = nullptr;
+    const char *subject = ""; ///< key of the field that says what it is about; "": it is one thing
 };
 
 /// Records <key>.<word>1 and so on, numbered without gaps, with their number in <key>.total.
@@ -139,17 +144,18 @@ struct List {
     const char *singular;  ///< of one record: "User"
     const char *empty;     ///< in place of the table's rows
     const char *name = ""; ///< key of the field that identifies a record; "": its contents do
-    std::span<const Column> columns;
-    std::span<const Section> sections; ///< of a record's page
-    const char *question = "";         ///< before deleting; raw, "{}" in it is the name
-    const char *toggle = "";           ///< key of the box that switches a record off
-    bool moves = false;                ///< records can be moved up and down
+    std::span<const Column> columns = {};
+    std::span<const Section> sections = {}; ///< of a record's page
+    const char *question = "";              ///< before deleting; raw, "{}" in it is the name
+    const char *toggle = "";                ///< key of the box that switches a record off
+    bool moves = false;                     ///< records can be moved up and down
     bool copies = false;
     Rule rule = nullptr; ///< across the fields of one record
     const char *variantKey = "";
     std::span<const Variant> variants = {};
     std::span<const List> lists = {}; ///< inside each record; keys from "."
     Condition offered = nullptr;
+    Derive derive = nullptr; ///< after every change of a record
 };
 
 /// A page that is about one of several places, which the request names in the field `variable`.

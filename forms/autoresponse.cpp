@@ -7,6 +7,7 @@
 #include "settings/records.h"
 #include "settings/registry.h"
 #include "settings/values.h"
+#include "settings/variants.h"
 #include "util/escape.h"
 #include "util/strings.h"
 
@@ -16,6 +17,7 @@
 namespace zandorin::autoresponse {
 namespace {
 
+using settings::Column;
 using settings::List;
 using settings::Problems;
 using settings::Section;
@@ -125,26 +127,45 @@ constexpr Section record_sections[] = {
     {.title = "Active Times", .fields = times},
 };
 
-constexpr const char *action_question = "Delete the action '{}'?";
+std::string delayOf(const ConfigManager &config, const std::string &key) {
+    const std::string delay =
+        config.getElement(concat({key, ".", config.getElement(key + ".type"), ".delay_time"}));
+    return (delay.empty() ? "0" : delay) + " s";
+}
+std::string nameOf(const ConfigManager &config, const std::string &key) {
+    return config.getElement(concat({key, ".", config.getElement(key + ".type"), ".name"}));
+}
+constexpr Column action_columns[] = {
+    {.title = "Delay Time", .status = delayOf},
+    {.title = "Action Name", .status = nameOf},
+    {.title = "Action Type", .key = ".type"},
+};
+constexpr List actionList(const char *key, const char *title, const char *singular) {
+    return {.key = key,
+            .word = "action",
+            .title = title,
+            .singular = singular,
+            .empty = "No Actions Scheduled",
+            .columns = action_columns,
+            .question = "Delete the action '{}' of '{}'?",
+            .moves = true,
+            .variantKey = ".type",
+            .variantWord = "action",
+            .unchosen = "Select an action type from the left menu",
+            .noVariant = "Unknown Action Type",
+            .variants = actions::types};
+}
 constexpr List actions_of_record[] = {
-    {.key = ".trigger_actions",
-     .word = "action",
-     .title = "Trigger Actions",
-     .singular = "Trigger Action",
-     .empty = "No Actions Scheduled",
-     .question = action_question,
-     .moves = true,
-     .variantKey = ".type",
-     .variants = actions::types},
-    {.key = ".resolve_actions",
-     .word = "action",
-     .title = "Resolve Actions",
-     .singular = "Resolve Action",
-     .empty = "No Actions Scheduled",
-     .question = action_question,
-     .moves = true,
-     .variantKey = ".type",
-     .variants = actions::types},
+    actionList(".trigger_actions", "Trigger Actions", "Trigger Action"),
+    actionList(".resolve_actions", "Resolve Actions", "Resolve Action"),
+};
+
+std::string checkOf(const ConfigManager &config, const std::string &key);
+
+constexpr Column record_columns[] = {
+    {.title = "Name", .key = ".name"},
+    {.title = "Check Type", .status = checkOf},
+    {.title = "Status"}, // what the service reports
 };
 
 constexpr List records[] = {
@@ -154,14 +175,25 @@ constexpr List records[] = {
      .singular = "Auto-Response",
      .empty = "No auto-responses are configured.",
      .name = ".name",
+     .columns = record_columns,
      .sections = record_sections,
      .question = "Delete the auto-response '{}' with its check and all of its actions?",
      .rule = checkRecord,
      .variantKey = ".check_type",
+     .variantWord = "check",
+     .unchosen = "Add a new check by selecting a check type from the left menu",
+     .noVariant = "No Check type selected",
      .variants = checks::types,
      .lists = actions_of_record,
      .derive = storeAmounts},
 };
+
+/// The check's title and its limits.
+std::string checkOf(const ConfigManager &config, const std::string &key) {
+    const std::string amounts = shownAmounts(config, key);
+    return settings::variantTitle(config, records[0], key) +
+           (amounts.empty() ? "" : " (" + amounts + ")");
+}
 
 constexpr Field global[] = {
     box("config.autoresponse.logging.enabled", "Log Events",

@@ -84,14 +84,14 @@ constexpr Field custom[] = {
 };
 
 constexpr settings::Variant types[] = {
-    {"email", "Email Action", email},
-    {"sms", "SMS Action", sms},
-    {"snmp", "SNMP Trap Action", snmp},
-    {"nagios", "Nagios Event Action", nagios},
-    {"conman", "Network Interface Event Action", conman},
-    {"rpc", "RPC/PDU Action", rpc},
-    {"dio", "Digital Output Action", dio},
-    {"custom", "Custom Script Action", custom},
+    {"email", "Email Action", email, nullptr, ".email.name"},
+    {"sms", "SMS Action", sms, nullptr, ".sms.name"},
+    {"snmp", "SNMP Trap Action", snmp, nullptr, ".snmp.name"},
+    {"nagios", "Nagios Event Action", nagios, nullptr, ".nagios.name"},
+    {"conman", "Network Interface Event Action", conman, nullptr, ".conman.name"},
+    {"rpc", "RPC/PDU Action", rpc, nullptr, ".rpc.name"},
+    {"dio", "Digital Output Action", dio, nullptr, ".dio.name"},
+    {"custom", "Custom Script Action", custom, nullptr, ".custom.name"},
 };
 
 } // namespace zandorin::autoresponse::actions

@@ -17,7 +17,7 @@ RecordList strips() {
     return {"config.power", "device"};
 }
 
-std::string orElse(std::string label, const char *word, unsigned number) {
+std::string orElse(const std::string &label, const char *word, unsigned number) {
     return label.empty() ? word + std::to_string(number) : label;
 }
 

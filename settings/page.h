@@ -119,7 +119,8 @@ struct Section {
     const char *suffix = ""; ///< follows every key: for the same fields a second time
 };
 
-/// A list column: the stored value in the words of its field, or what `status` answers.
+/// A list column: the stored value in the words of its field, of the variant's key its title, or
+/// what `status` answers of the record. With neither the page's own code knows the text.
 struct Column {
     const char *title;
     const char *key = "";
@@ -151,7 +152,10 @@ struct List {
     bool moves = false;                     ///< records can be moved up and down
     bool copies = false;
     Rule rule = nullptr; ///< across the fields of one record
-    const char *variantKey = "";
+    const char *variantKey = ""; ///< "": the records have no variants
+    const char *variantWord = "";   ///< what one of them is called: "check"
+    const char *unchosen = "";      ///< shown while none is chosen; markup
+    const char *noVariant = "";     ///< refuses a record of none that is known; markup
     std::span<const Variant> variants = {};
     std::span<const List> lists = {}; ///< inside each record; keys from "."
     Condition offered = nullptr;

@@ -2,6 +2,8 @@
 
 #include "platform/libzandorin/config_manager.h"
 
+#include "settings/values.h"
+
 #include <algorithm>
 
 namespace zandorin::settings {
@@ -14,6 +16,26 @@ const Variant *findVariant(std::span<const Variant> variants, std::string_view n
 
 bool isOffered(const Variant &variant, const ConfigManager &config) {
     return variant.offered == nullptr || variant.offered(config);
+}
+
+const Variant *storedVariant(const ConfigManager &config, const List &list,
+                             const std::string &key) {
+    return findVariant(list.variants, config.getElement(key + list.variantKey));
+}
+
+std::string variantTitle(const ConfigManager &config, const List &list, const std::string &key) {
+    const Variant *variant = storedVariant(config, list, key);
+    return variant == nullptr ? config.getElement(key + list.variantKey) : variant->title;
+}
+
+std::string variantSubject(const ConfigManager &config, const List &list, const std::string &key) {
+    const Variant *variant = storedVariant(config, list, key);
+    if (variant == nullptr || *variant->subject == '\0')
+        return "";
+    Values values(config, nullptr, {.names = key, .keys = key});
+    values.add(variant->fields);
+    const Value *value = values.find(variant->subject);
+    return value == nullptr ? "" : storedWords(*value);
 }
 
 void clearVariants(ConfigManager &config, std::span<const Variant> variants,

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "forms/autoresponse_choices.h"
-#include "settings/devices.h"
 
 namespace zandorin::autoresponse::actions {
 
@@ -57,14 +56,14 @@ constexpr Field nagios[] = {
 constexpr Field conman[] = {
     actionName(".conman.name"),
     delay(".conman.delay_time"),
-    menu(".conman.ref", "Connection", connections),
+    menu(".conman.ref", "Connection", connectionOptions),
     menu(".conman.action", "Action", connection_actions),
 };
 
 constexpr Field rpc[] = {
     actionName(".rpc.name"),
     delay(".rpc.delay_time"),
-    menu(".rpc.outlet", "Outlet", settings::outletOptions, "Serial ports whose device is an RPC."),
+    menu(".rpc.outlet", "Outlet", outletOptions, "Serial ports whose device is an RPC."),
     menu(".rpc.action", "Action", outlet_actions),
 };
 

@@ -1,9 +1,14 @@
 #pragma once
 
 #include "forms/autoresponse_choices.h"
-#include "settings/devices.h"
+#include "platform/libzandorin/config_manager.h"
 
 namespace zandorin::autoresponse::checks {
+
+/// SMS need a modem.
+inline bool hasCellularModem(const ConfigManager &config) {
+    return config.getElement("config.system.sms.method") == "cellular";
+}
 
 constexpr Field ports(const char *key, const char *boxes) {
     return {.label = "Serial Ports",
@@ -30,7 +35,7 @@ constexpr Field cli_login[] = {
 };
 
 constexpr Field routeddata[] = {
-    menu(".routeddata.interface", "Interface", interfaces, "Where the data comes in."),
+    menu(".routeddata.interface", "Interface", interfaceOptions, "Where the data comes in."),
     text(".routeddata.src_mac_addr", "Source MAC Address", "mac",
          "Only data from this device, such as 00:13:c6:00:2b:01; empty for all."),
     text(".routeddata.src_ip_addr", "Source IP Address", "ip",
@@ -61,7 +66,7 @@ constexpr Field sms[] = {
 };
 
 constexpr Field net_ping[] = {
-    menu(".net.ping.interface", "Interface", interfaces, "Where pings are sent from."),
+    menu(".net.ping.interface", "Interface", interfaceOptions, "Where pings are sent from."),
     text(".net.ping.address", "Address to Ping", "address", "An IP address or host name."),
     number(".net.ping.frequency", "Check Frequency (seconds)", "Between two checks."),
     number(".net.ping.num_packets", "Number of Pings",
@@ -70,12 +75,12 @@ constexpr Field net_ping[] = {
 
 constexpr const char *ups_help = "Serial ports whose device is a UPS.";
 constexpr Field ups_status[] = {
-    menu(".ups_status.dev_ref", "UPS", upses, ups_help),
+    menu(".ups_status.dev_ref", "UPS", upsOptions, ups_help),
     menu(".ups_status.trigger_condition", "Trigger Condition", ups_conditions),
 };
 
 constexpr Field power[] = {
-    menu(".power.dev_ref", "UPS", upses, ups_help),
+    menu(".power.dev_ref", "UPS", upsOptions, ups_help),
     whole(".power.trigger_value", "Trigger Value", "Battery charge in percent."),
     menu(".power.comparison", "Comparison", comparisons),
     number(".power.hysteresis", "Hysteresis",
@@ -89,7 +94,7 @@ constexpr Field alarm[] = {
 };
 
 constexpr Field environmental[] = {
-    menu(".enviro.dev_ref", "Sensor", sensors,
+    menu(".enviro.dev_ref", "Sensor", sensorOptions,
          "Serial ports whose device is an environmental monitor."),
     whole(".enviro.trigger_value", "Trigger Value", "Degrees Celsius, or percent of humidity."),
     menu(".enviro.comparison", "Comparison", comparisons),
@@ -98,7 +103,7 @@ constexpr Field environmental[] = {
 };
 
 constexpr Field conman[] = {
-    menu(".conman.ref", "Connection", connections),
+    menu(".conman.ref", "Connection", connectionOptions),
     box(".conman.input_event_starting", "Trigger on Starting"),
     box(".conman.input_event_up", "Trigger on Up"),
     box(".conman.input_event_stopping", "Trigger on Stopping"),

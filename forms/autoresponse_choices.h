@@ -1,23 +1,15 @@
 #pragma once
 
-#include "settings/page.h"
+#include "settings/devices.h"
+#include "settings/shapes.h"
 
-#include <cstdint>
-#include <limits>
-#include <string>
-#include <vector>
-
-// What the menus of auto-responses offer, and the shapes of their fields. The choices' values are
-// what the service reads; changing one breaks stored configurations.
+// What the menus of auto-responses offer. The choices' values are what the service reads; changing
+// one breaks stored configurations.
 
 namespace zandorin::autoresponse {
 
-using settings::Choice;
-using settings::Field;
-using settings::Input;
-using settings::OptionsOf;
-
-inline constexpr Choice none[] = {{"", "- Select -"}}; ///< before the choices of this appliance
+using namespace settings; // the words of a table
+using namespace settings::shapes;
 
 inline constexpr Choice comparisons[] = {
     {"", "- Select -"},
@@ -64,55 +56,6 @@ inline constexpr Choice return_codes[] = {
     {"2", "2 (CRITICAL)"}, {"3", "3 (UNKNOWN)"},
 };
 
-using Options = std::vector<settings::Option>;
-Options interfaces(const ConfigManager &config, const std::string &place);  ///< roles, and "any"
-Options connections(const ConfigManager &config, const std::string &place); ///< by their keys
-Options upses(const ConfigManager &config, const std::string &place);       ///< ports with a UPS
-Options sensors(const ConfigManager &config, const std::string &place); ///< of ports with a monitor
-Options inputPins(const ConfigManager &config, const std::string &place);
-Options outputPins(const ConfigManager &config, const std::string &place);
-/// SMS need a modem.
-bool hasCellularModem(const ConfigManager &config);
-
-constexpr std::int32_t largest = std::numeric_limits<std::int32_t>::max();
-
-constexpr Field text(const char *key, const char *label, TypeName type, const char *help = "",
-                     int maxlength = 0) {
-    return {.label = label, .key = key, .type = type, .help = help, .maxlength = maxlength};
-}
-constexpr Field number(const char *key, const char *label, const char *help = "",
-                       std::int32_t most = largest, int digits = 10) {
-    return {.label = label,
-            .key = key,
-            .type = "numeric",
-            .help = help,
-            .maxlength = digits,
-            .most = most};
-}
-constexpr Field whole(const char *key, const char *label, const char *help) {
-    return {.label = label,
-            .key = key,
-            .type = "integer",
-            .help = help,
-            .least = -largest,
-            .most = largest};
-}
-constexpr Field box(const char *key, const char *label, const char *help = "") {
-    return {.label = label, .key = key, .type = "boolean", .input = Input::check, .help = help};
-}
-constexpr Field menu(const char *key, const char *label, std::span<const Choice> choices,
-                     const char *help = "", OptionsOf options = nullptr) {
-    return {.label = label,
-            .key = key,
-            .type = "printable",
-            .input = Input::menu,
-            .choices = choices,
-            .options = options,
-            .help = help};
-}
-constexpr Field menu(const char *key, const char *label, OptionsOf options, const char *help = "") {
-    return menu(key, label, none, help, options);
-}
 inline constexpr Field arguments = {
     .label = "Arguments",
     .key = ".custom.args",

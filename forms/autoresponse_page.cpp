@@ -7,7 +7,7 @@
 #include "settings/devices.h"
 #include "settings/records.h"
 #include "settings/variants.h"
-#include "ui/setting_input.h"
+#include "ui/inputs.h"
 #include "ui/settings_page.h"
 #include "ui/table.h"
 #include "ui/variant_page.h"
@@ -52,7 +52,7 @@ void cancel(Engine &engine, const std::string &name) {
 }
 
 /// One row for all days, each from and to, hours and minutes.
-void timesRow(Engine &engine, ui::Table &table, const settings::Section &times, Values values) {
+void timesRow(ui::Table &table, const settings::Section &times, Values values) {
     static constexpr const char *before[] = {"</td><td>", " : ", " to ", " : "};
     values.add(times.fields);
     std::string html = "<table class=\"times\">";
@@ -61,7 +61,10 @@ void timesRow(Engine &engine, ui::Table &table, const settings::Section &times, 
         const std::string_view label = value.field->label;
         if (part == 0)
             html += concat({"<tr><td>", label.substr(0, label.find(' '))});
-        html += before[part] + ui::settingInput(engine, value);
+        html += before[part] + ui::textInput({.name = value.name,
+                                              .value = value.text,
+                                              .maxlength = value.field->maxlength,
+                                              .size = value.field->maxlength});
         part = (part + 1) % std::size(before);
         html += part == 0 ? "</td></tr>" : "";
     }
@@ -72,8 +75,8 @@ void timesRow(Engine &engine, ui::Table &table, const settings::Section &times, 
 ui::VariantHooks hooksOf(Engine &engine, Cgi &cgi) {
     return {.check = [&cgi](const auto &check,
                             const Values &values) { checkDevices(cgi, check, values); },
-            .rows = [&engine](ui::Table &table, const auto &section,
-                              const Values &place) { timesRow(engine, table, section, place); },
+            .rows = [](ui::Table &table, const auto &section,
+                       const Values &place) { timesRow(table, section, place); },
             .command = "cancel",
             .commandTitle = "Cancel",
             .commandQuestion = "Cancel what '{}' is doing? Actions that wait are not run, and its "

@@ -3,6 +3,7 @@
 #include "platform/libzandorin/config_manager.h"
 #include "platform/libzandorin/serial_ports.h"
 #include "settings/records.h"
+#include "types/predicates.h"
 
 #include <algorithm>
 
@@ -24,6 +25,25 @@ std::string orElse(const std::string &label, const char *word, unsigned number) 
 Option outletOption(const ConfigManager &config, const std::string &key, unsigned number,
                     const std::string &device) {
     return {key, orElse(config.getElement(key + ".label"), "Outlet ", number), device};
+}
+
+/// The digital pins of the models that have any: "dio1" and so on, inputs first.
+struct Pins {
+    std::string_view model;
+    unsigned inputs;
+    unsigned all;
+};
+constexpr Pins models[] = {{"HX9004", 1, 2}, {"HX9008", 2, 4}, {"HX9016", 2, 4}};
+
+std::vector<Option> pins(const ConfigManager &config, bool areInputs) {
+    std::vector<Option> options;
+    const std::string model = config.getElement("config.system.model");
+    for (const Pins &pins : models)
+        if (pins.model == model)
+            for (unsigned pin = areInputs ? 1 : pins.inputs + 1;
+                 pin <= (areInputs ? pins.inputs : pins.all); ++pin)
+                options.emplace_back("dio" + std::to_string(pin), "DIO " + std::to_string(pin));
+    return options;
 }
 
 } // namespace
@@ -62,6 +82,43 @@ std::vector<Option> outletOptions(const ConfigManager &config, const std::string
             options.push_back(outletOption(config, outlets.keyOf(number), number, label));
     }
     return options;
+}
+
+std::vector<Option> interfaceOptions(const ConfigManager &config, const std::string & /*place*/) {
+    std::vector<Option> options;
+    for (const std::string &role : config.getInterfaces())
+        if (isValidNIC(role) && role != "any")
+            options.emplace_back(role);
+    options.emplace_back("any", "Any");
+    return options;
+}
+
+std::vector<Option> connectionOptions(const ConfigManager &config, const std::string & /*place*/) {
+    std::vector<Option> options;
+    for (const std::string &role : config.getInterfaces())
+        options.emplace_back("config.interfaces." + role, role);
+    return options;
+}
+
+std::vector<Option> upsOptions(const ConfigManager &config, const std::string & /*place*/) {
+    return portsWith(config, "ups");
+}
+
+std::vector<Option> sensorOptions(const ConfigManager &config, const std::string & /*place*/) {
+    std::vector<Option> options;
+    for (const Option &port : portsWith(config, "enviro")) {
+        options.emplace_back(port.value + ".enviro.temp", port.label + ": temperature");
+        options.emplace_back(port.value + ".enviro.humid", port.label + ": humidity");
+    }
+    return options;
+}
+
+std::vector<Option> inputPins(const ConfigManager &config, const std::string & /*place*/) {
+    return pins(config, true);
+}
+
+std::vector<Option> outputPins(const ConfigManager &config, const std::string & /*place*/) {
+    return pins(config, false);
 }
 
 void moveOutlets(ConfigManager &config) {

@@ -10,7 +10,8 @@ namespace zandorin {
 class ConfigManager;
 }
 
-// The serial ports and the devices on them as choices of any page. Labels are raw; `place` is not
+// What this appliance has, as choices of any page: its serial ports, the devices on them, network
+// interfaces, digital pins. Labels are raw; `place` is not
 // looked at.
 
 namespace zandorin::settings {
@@ -20,6 +21,18 @@ std::vector<Option> portOptions(const ConfigManager &config, const std::string &
 
 /// The ports with a device of that kind: "ups", "rpc" or "enviro".
 std::vector<Option> portsWith(const ConfigManager &config, std::string_view kind);
+
+std::vector<Option> upsOptions(const ConfigManager &config, const std::string &place = "");
+/// Temperature and humidity of each port with an environmental monitor.
+std::vector<Option> sensorOptions(const ConfigManager &config, const std::string &place = "");
+
+/// The digital inputs and outputs of this model; most have none.
+std::vector<Option> inputPins(const ConfigManager &config, const std::string &place = "");
+std::vector<Option> outputPins(const ConfigManager &config, const std::string &place = "");
+
+/// The network interfaces by their roles, and "any"; and all of them by their keys.
+std::vector<Option> interfaceOptions(const ConfigManager &config, const std::string &place = "");
+std::vector<Option> connectionOptions(const ConfigManager &config, const std::string &place = "");
 
 /// Every power outlet by its key, those of one device in a group:
 /// config.ports.port<P>.power.outlet<O> of a port with a power strip, and

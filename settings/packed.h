@@ -81,7 +81,8 @@ constexpr void members(Like<Variant> auto &variant, auto &use) {
 constexpr void members(Like<List> auto &list, auto &use) {
     use(list.key, list.word, list.title, list.singular, list.empty, list.name, list.columns,
         list.sections, list.question, list.toggle, list.moves, list.copies, list.rule,
-        list.variantKey, list.variantWord, list.unchosen, list.noVariant, list.variants, list.lists, list.offered, list.derive);
+        list.variantKey, list.variantWord, list.unchosen, list.noVariant, list.variants, list.lists,
+        list.offered, list.derive);
 }
 constexpr void members(Like<Chooser> auto &chooser, auto &use) {
     use(chooser.variable, chooser.label, chooser.help, chooser.prefix, chooser.options,

@@ -151,11 +151,11 @@ struct List {
     const char *toggle = "";                ///< key of the box that switches a record off
     bool moves = false;                     ///< records can be moved up and down
     bool copies = false;
-    Rule rule = nullptr; ///< across the fields of one record
-    const char *variantKey = ""; ///< "": the records have no variants
-    const char *variantWord = "";   ///< what one of them is called: "check"
-    const char *unchosen = "";      ///< shown while none is chosen; markup
-    const char *noVariant = "";     ///< refuses a record of none that is known; markup
+    Rule rule = nullptr;          ///< across the fields of one record
+    const char *variantKey = "";  ///< "": the records have no variants
+    const char *variantWord = ""; ///< what one of them is called: "check"
+    const char *unchosen = "";    ///< shown while none is chosen; markup
+    const char *noVariant = "";   ///< refuses a record of none that is known; markup
     std::span<const Variant> variants = {};
     std::span<const List> lists = {}; ///< inside each record; keys from "."
     Condition offered = nullptr;

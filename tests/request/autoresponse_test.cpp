@@ -109,22 +109,6 @@ TEST_F(AutoResponse, RefusedValuesStoreNothingAndStayOnThePage) {
     }
 }
 
-TEST_F(AutoResponse, TextsThatAreNotShownBackAreKeptOrDeleted) {
-    makeRecord();
-    addAction("email", "mail", {{"trigger.new.email.body", "dear\r\nbye"}});
-    const std::string body = record1 + "trigger_actions.action1.email.body";
-    const auto save = [&](const char *more) {
-        saveAction("1", "email", formData("trigger.1.email.name=mail") + formData(more));
-    };
-    save("trigger.1.email.subject=s");
-    EXPECT_THAT(stored(body), HasSubstr("bye"));
-    // A refused save deletes nothing either.
-    save("trigger.1.email.body.delete=on&trigger.1.email.to_addr=nobody");
-    EXPECT_THAT(stored(body), HasSubstr("bye"));
-    save("trigger.1.email.body.delete=on");
-    EXPECT_EQ(stored(body), "");
-}
-
 TEST_F(AutoResponse, ArgumentsAreAListThatGrowsAndShrinks) {
     makeRecord();
     addAction("custom", "run", {{"trigger.new.custom.argument", "one"}});

@@ -7,7 +7,6 @@
 #include "settings/records.h"
 #include "settings/registry.h"
 #include "settings/values.h"
-#include "settings/variants.h"
 #include "util/escape.h"
 #include "util/strings.h"
 
@@ -99,27 +98,34 @@ void checkName(const Values &values, Problems &problems) {
 }
 
 /// Of the four fields of a day.
-void checkDay(const Values &values, std::span<const Field> day, Problems &problems) {
+void checkDay(std::span<const settings::Value *const, 4> day, Problems &problems) {
     constexpr std::int64_t minutes_an_hour = 60;
-    const auto isEmpty = [&](std::size_t part) { return values.after(day[part].key).empty(); };
+    const auto isEmpty = [&](std::size_t part) { return day[part]->text.empty(); };
     const auto minutes = [&](std::size_t part) {
-        return parseWhole(values.after(day[part].key)).value_or(0) * minutes_an_hour +
-               parseWhole(values.after(day[part + 1].key)).value_or(0);
+        return parseWhole(day[part]->text).value_or(0) * minutes_an_hour +
+               parseWhole(day[part + 1]->text).value_or(0);
     };
-    const std::string label = day[0].label;
+    const std::string label = day[0]->field->label;
     const std::string name = "<i>" + label.substr(0, label.find(' ')) + "</i>";
     if (isEmpty(0) != isEmpty(2) || (isEmpty(0) && !(isEmpty(1) && isEmpty(3))))
-        problems.add(values.place().names + day[0].key,
-                     name + " needs the hours from and to, or neither.");
+        problems.add(day[0]->name, name + " needs the hours from and to, or neither.");
     else if (!isEmpty(0) && minutes(2) <= minutes(0))
-        problems.add(values.place().names + day[2].key, name + " must end after it begins.");
+        problems.add(day[2]->name, name + " must end after it begins.");
 }
 
 void checkRecord(const Values &values, Problems &problems) {
     checkName(values, problems);
-    constexpr std::size_t parts = 4;
-    for (std::size_t first = 0; first < std::size(times); first += parts)
-        checkDay(values, std::span(times).subspan(first, parts), problems);
+    std::vector<const settings::Value *> day;
+    for (const settings::Value &value : values.all()) {
+        // By their keys: the table itself has addresses and is only to be packed.
+        if (!std::string_view(value.field->key).starts_with(".time_"))
+            continue;
+        day.push_back(&value);
+        if (day.size() < 4)
+            continue;
+        checkDay(std::span<const settings::Value *const, 4>(day), problems);
+        day.clear();
+    }
 }
 
 constexpr Section record_sections[] = {
@@ -160,11 +166,9 @@ constexpr List actions_of_record[] = {
     actionList(".resolve_actions", "Resolve Actions", "Resolve Action"),
 };
 
-std::string checkOf(const ConfigManager &config, const std::string &key);
-
 constexpr Column record_columns[] = {
     {.title = "Name", .key = ".name"},
-    {.title = "Check Type", .status = checkOf},
+    {.title = "Check Type", .key = ".check_type", .status = shownAmounts},
     {.title = "Status"}, // what the service reports
 };
 
@@ -187,13 +191,6 @@ constexpr List records[] = {
      .lists = actions_of_record,
      .derive = storeAmounts},
 };
-
-/// The check's title and its limits.
-std::string checkOf(const ConfigManager &config, const std::string &key) {
-    const std::string amounts = shownAmounts(config, key);
-    return settings::variantTitle(config, records[0], key) +
-           (amounts.empty() ? "" : " (" + amounts + ")");
-}
 
 constexpr Field global[] = {
     box("config.autoresponse.logging.enabled", "Log Events",

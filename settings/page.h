@@ -119,8 +119,9 @@ struct Section {
     const char *suffix = ""; ///< follows every key: for the same fields a second time
 };
 
-/// A list column: the stored value in the words of its field, of the variant's key its title, or
-/// what `status` answers of the record. With neither the page's own code knows the text.
+/// A list column: the stored value in the words of its field (of the variant's key its title), or
+/// what `status` answers of the record; of both the second follows in brackets. With neither the
+/// page's own code knows the text.
 struct Column {
     const char *title;
     const char *key = "";

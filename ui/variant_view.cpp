@@ -79,15 +79,14 @@ Values VariantRequest::valuesAt(const settings::Place &place, bool submitted) co
 
 std::string VariantRequest::cell(const List &list, const Column &column, const std::string &key,
                                  unsigned number) const {
-    if (column.status != nullptr)
-        return column.status(config_, key);
+    const std::string status = column.status == nullptr ? "" : column.status(config_, key);
     if (*column.key == '\0')
-        return hooks_.cell ? hooks_.cell(number) : "";
-    if (std::string_view(column.key) == list.variantKey)
-        return settings::variantTitle(config_, list, key);
-    if (std::string_view(column.key) == list.name)
-        return recordName(config_, list, number);
-    return config_.getElement(key + column.key);
+        return column.status == nullptr && hooks_.cell ? hooks_.cell(number) : status;
+    const std::string_view of = column.key;
+    const std::string text = of == list.variantKey ? settings::variantTitle(config_, list, key)
+                             : of == list.name     ? recordName(config_, list, number)
+                                                   : config_.getElement(key + column.key);
+    return status.empty() ? text : text + " (" + status + ")";
 }
 
 /// The records of a list, each with its links; `linksOf(number)` answers their markup.

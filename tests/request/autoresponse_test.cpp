@@ -153,6 +153,23 @@ TEST_F(AutoResponse, ActionsAreOrderedModifiedAndDeleted) {
     EXPECT_EQ(names(), "2: drei two ");
 }
 
+TEST_F(AutoResponse, DamagedListsCountWhatIsThereAndAreMendedByTheNextChange) {
+    makeRecord();
+    const std::string list = record1 + "trigger_actions.";
+    configure({{list + "total", "9"},
+               {list + "action2.type", "snmp"},
+               {list + "action2.snmp.name", "two"},
+               {list + "action5.type", "snmp"},
+               {list + "action5.snmp.name", "five"}});
+    expectLog("no tree element");
+    EXPECT_EQ(open("&action=modify&index=1").lacks({">two<", ">five<", "modify_index=5"}), "");
+    saveAction("5", "snmp", formData("trigger.5.snmp.name=late&trigger.5.position=1"));
+    EXPECT_EQ(stored(list + "total"), "2");
+    EXPECT_EQ(stored(list + "action1.snmp.name"), "late");
+    EXPECT_EQ(stored(list + "action2.snmp.name"), "two");
+    EXPECT_EQ(stored(list + "action5"), "");
+}
+
 TEST_F(AutoResponse, StaleSubmissionsAreRefused) {
     for (const char *name : {"one", "two", "three"})
         makeRecord(name);

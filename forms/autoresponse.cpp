@@ -1,100 +1,207 @@
-#include "forms/autoresponse_pages.h"
-#include "forms/autoresponse_records.h"
+#include "forms/autoresponse.h"
 
-#include "cgi/cgi.h"
-#include "engine/engine.h"
-#include "engine/formlet.h"
-#include "util/log.h"
+#include "forms/autoresponse_actions.h"
+#include "forms/autoresponse_checks.h"
+#include "platform/libzandorin/config_manager.h"
+#include "settings/problems.h"
+#include "settings/records.h"
+#include "settings/registry.h"
+#include "settings/values.h"
+#include "util/escape.h"
+#include "util/strings.h"
 
-// Rules that watch the appliance and act on it: their list, the page of one rule, and their status.
-// The service that carries them out is another program; docs/autoresponse.md is what the two agree
-// on.
+// Rules that watch the appliance and act on it. The service that carries them out is another
+// program; docs/autoresponse.md is what the two agree on.
 
-namespace zandorin {
+namespace zandorin::autoresponse {
 namespace {
 
-using namespace autoresponse;
+using settings::Column;
+using settings::List;
+using settings::Problems;
+using settings::Section;
+using settings::Values;
 
-Cgi *requestOf(Engine &engine) {
-    if (engine.cgi() == nullptr)
-        logRecord(Priority::fatal, "CGI is not initialised");
-    return engine.cgi();
+constexpr const char *records_key = "config.autoresponse";
+constexpr const char *records_word = "autoresponse";
+
+constexpr const char *no_name = "Please give the auto-response a name.";
+
+bool isNoBlank(const std::string &name) {
+    return !trim(name).empty();
 }
 
-bool isStatusPage(const Engine &engine) {
-    return engine.formArgs() == "status";
+constexpr Field general[] = {
+    {.label = "Name",
+     .key = ".name",
+     .type = "printable",
+     .help = "Names this auto-response in lists and commands.",
+     .maxlength = 64,
+     .accepts = isNoBlank,
+     .refusal = no_name,
+     .missing = no_name},
+    number(".reset_timeout", "Reset Timeout (seconds)",
+           "After a trigger, the time until the check can trigger again."),
+    box(".repeat_trigger", "Repeat Trigger Actions",
+        "Run the trigger actions again and again until the check resolves."),
+    number(".repeat_timeout", "Repeat Trigger Delay (seconds)", "Between two such runs."),
+    box(".disable_time_period", "Ignore Active Times",
+        "Active at all times; the times below are kept for later."),
+};
+
+constexpr Field hour(const char *key, const char *label) {
+    return number(key, label, "", 23, 2);
+}
+constexpr Field minute(const char *key, const char *label) {
+    return number(key, label, "", 59, 2);
+}
+// For each day from and to, hours and minutes.
+constexpr Field times[] = {
+    hour(".time_monday_from_hour", "Monday from, hour"),
+    minute(".time_monday_from_min", "Monday from, minute"),
+    hour(".time_monday_to_hour", "Monday to, hour"),
+    minute(".time_monday_to_min", "Monday to, minute"),
+    hour(".time_tuesday_from_hour", "Tuesday from, hour"),
+    minute(".time_tuesday_from_min", "Tuesday from, minute"),
+    hour(".time_tuesday_to_hour", "Tuesday to, hour"),
+    minute(".time_tuesday_to_min", "Tuesday to, minute"),
+    hour(".time_wednesday_from_hour", "Wednesday from, hour"),
+    minute(".time_wednesday_from_min", "Wednesday from, minute"),
+    hour(".time_wednesday_to_hour", "Wednesday to, hour"),
+    minute(".time_wednesday_to_min", "Wednesday to, minute"),
+    hour(".time_thursday_from_hour", "Thursday from, hour"),
+    minute(".time_thursday_from_min", "Thursday from, minute"),
+    hour(".time_thursday_to_hour", "Thursday to, hour"),
+    minute(".time_thursday_to_min", "Thursday to, minute"),
+    hour(".time_friday_from_hour", "Friday from, hour"),
+    minute(".time_friday_from_min", "Friday from, minute"),
+    hour(".time_friday_to_hour", "Friday to, hour"),
+    minute(".time_friday_to_min", "Friday to, minute"),
+    hour(".time_saturday_from_hour", "Saturday from, hour"),
+    minute(".time_saturday_from_min", "Saturday from, minute"),
+    hour(".time_saturday_to_hour", "Saturday to, hour"),
+    minute(".time_saturday_to_min", "Saturday to, minute"),
+    hour(".time_sunday_from_hour", "Sunday from, hour"),
+    minute(".time_sunday_from_min", "Sunday from, minute"),
+    hour(".time_sunday_to_hour", "Sunday to, hour"),
+    minute(".time_sunday_to_min", "Sunday to, minute"),
+};
+
+void checkName(const Values &values, Problems &problems) {
+    const std::string name = values.after(".name");
+    const settings::RecordList records(records_key, records_word);
+    for (const unsigned number : records.numbers(values.config()))
+        if (!name.empty() && records.keyOf(number) != values.place().keys &&
+            values.config().getElement(records.keyOf(number) + ".name") == name)
+            problems.add(values.place().names + ".name",
+                         "There is another auto-response named '<i>" + encodeSafe(name) + "</i>'.");
 }
 
-bool isRecord(const ConfigManager &config, unsigned index) {
-    return index >= 1 && index <= countEntries(config, all_records);
+/// Of the four fields of a day.
+void checkDay(std::span<const settings::Value *const, 4> day, Problems &problems) {
+    constexpr std::int64_t minutes_an_hour = 60;
+    const auto isEmpty = [&](std::size_t part) { return day[part]->text.empty(); };
+    const auto minutes = [&](std::size_t part) {
+        return parseWhole(day[part]->text).value_or(0) * minutes_an_hour +
+               parseWhole(day[part + 1]->text).value_or(0);
+    };
+    const std::string label = day[0]->field->label;
+    const std::string name = "<i>" + label.substr(0, label.find(' ')) + "</i>";
+    if (isEmpty(0) != isEmpty(2) || (isEmpty(0) && !(isEmpty(1) && isEmpty(3))))
+        problems.add(day[0]->name, name + " needs the hours from and to, or neither.");
+    else if (!isEmpty(0) && minutes(2) <= minutes(0))
+        problems.add(day[2]->name, name + " must end after it begins.");
 }
 
-/// Says so when a link leads to what is not there any more.
-void checkLink(Engine &engine, Cgi &cgi, const Command &command) {
-    const ConfigManager &config = engine.config();
-    const bool needsRecord = !command.list.empty() || command.name == "modify" ||
-                             command.name == "delete" || command.name == "cancel" ||
-                             (command.name == "edit" && command.index != 0);
-    if (!needsRecord)
-        return;
-    if (!isRecord(config, command.index)) {
-        cgi.addError("There is no such auto-response any more.");
-        return;
+void checkRecord(const Values &values, Problems &problems) {
+    checkName(values, problems);
+    std::vector<const settings::Value *> day;
+    for (const settings::Value &value : values.all()) {
+        // By their keys: the table itself has addresses and is only to be packed.
+        if (!std::string_view(value.field->key).starts_with(".time_"))
+            continue;
+        day.push_back(&value);
+        if (day.size() < 4)
+            continue;
+        checkDay(std::span<const settings::Value *const, 4>(day), problems);
+        day.clear();
     }
-    if (command.list.empty() || command.isNewAction())
-        return;
-    const std::string list = actionList(recordKey(command.index), command.list);
-    if (list.empty())
-        cgi.addError(no_such_action);
-    else
-        checkActionIndex(cgi, command.action, countEntries(config, list));
 }
 
-using Page = void (*)(Engine &, Cgi &, const Command &);
+constexpr Section record_sections[] = {
+    {.title = "Auto-Response", .fields = general},
+    {.title = "Active Times", .fields = times},
+};
 
-Page pageOf(Engine &engine, const Cgi &cgi, const Command &command) {
-    const std::string &name = command.name;
-    if (name == "apply")
-        return command.changes && command.hasIndex ? renderEdit : renderList;
-    if (name == "edit" && command.index == 0)
-        return renderEdit;
-    if (!isRecord(engine.config(), command.index))
-        return renderList;
-    if (name == "delete" && command.list.empty())
-        return command.changes ? renderList : renderDelete;
-    if (name == "delete")
-        return command.changes || cgi.hasErrors() ? renderEdit : renderDelete;
-    if (name == "cancel")
-        return command.changes ? renderList : renderCancel;
-    return name == "edit" || name == "modify" || !command.list.empty() ? renderEdit : renderList;
+std::string delayOf(const ConfigManager &config, const std::string &key) {
+    const std::string delay =
+        config.getElement(concat({key, ".", config.getElement(key + ".type"), ".delay_time"}));
+    return (delay.empty() ? "0" : delay) + " s";
 }
-
-void define(Engine &engine) {
-    ZANDORIN_TRACE();
-    Cgi *cgi = requestOf(engine);
-    if (cgi == nullptr || isStatusPage(engine))
-        return;
-    const Command command = readCommand(*cgi);
-    if (!command.changes)
-        checkLink(engine, *cgi, command);
-    else if (!command.select)
-        carryOut(engine, *cgi, command);
+std::string nameOf(const ConfigManager &config, const std::string &key) {
+    return config.getElement(concat({key, ".", config.getElement(key + ".type"), ".name"}));
 }
-
-void render(Engine &engine) {
-    ZANDORIN_TRACE();
-    Cgi *cgi = requestOf(engine);
-    if (cgi == nullptr)
-        return;
-    if (isStatusPage(engine)) {
-        renderStatus(engine, *cgi);
-        return;
-    }
-    const Command command = readCommand(*cgi);
-    pageOf(engine, *cgi, command)(engine, *cgi, command);
+constexpr Column action_columns[] = {
+    {.title = "Delay Time", .status = delayOf},
+    {.title = "Action Name", .status = nameOf},
+    {.title = "Action Type", .key = ".type"},
+};
+constexpr List actionList(const char *key, const char *title, const char *singular) {
+    return {.key = key,
+            .word = "action",
+            .title = title,
+            .singular = singular,
+            .empty = "No Actions Scheduled",
+            .columns = action_columns,
+            .question = "Delete the action '{}' of '{}'?",
+            .moves = true,
+            .variantKey = ".type",
+            .variantWord = "action",
+            .unchosen = "Select an action type from the left menu",
+            .noVariant = "Unknown Action Type",
+            .variants = actions::types};
 }
+constexpr List actions_of_record[] = {
+    actionList(".trigger_actions", "Trigger Actions", "Trigger Action"),
+    actionList(".resolve_actions", "Resolve Actions", "Resolve Action"),
+};
 
-const AutoRegisterFormlet registration("autoresponse", define, render);
+constexpr Column record_columns[] = {
+    {.title = "Name", .key = ".name"},
+    {.title = "Check Type", .key = ".check_type", .status = shownAmounts},
+    {.title = "Status"}, // what the service reports
+};
+
+constexpr List records[] = {
+    {.key = records_key,
+     .word = records_word,
+     .title = "Configured Auto-Responses",
+     .singular = "Auto-Response",
+     .empty = "No auto-responses are configured.",
+     .name = ".name",
+     .columns = record_columns,
+     .sections = record_sections,
+     .question = "Delete the auto-response '{}' with its check and all of its actions?",
+     .rule = checkRecord,
+     .variantKey = ".check_type",
+     .variantWord = "check",
+     .unchosen = "Add a new check by selecting a check type from the left menu",
+     .noVariant = "No Check type selected",
+     .variants = checks::types,
+     .lists = actions_of_record,
+     .derive = storeAmounts},
+};
+
+constexpr Field global[] = {
+    box("config.autoresponse.logging.enabled", "Log Events",
+        "Record every trigger and every action in the log."),
+    number("config.autoresponse.boot_delay", "Delay after Boot (seconds)",
+           "Checks begin this long after the appliance has started."),
+};
+constexpr Section sections[] = {{.title = "Settings", .fields = global}};
+
+constexpr settings::Page page = {.sections = sections, .lists = records};
+const settings::AutoRegisterPage registration("autoresponse", settings::packed<page>());
 
 } // namespace
-} // namespace zandorin
+} // namespace zandorin::autoresponse

@@ -1,10 +1,10 @@
-#include "forms/autoresponse_settings.h"
+#include "forms/autoresponse.h"
 
 #include "platform/libzandorin/config_manager.h"
 #include "util/strings.h"
 
 #include <cstdint>
-#include <string_view>
+#include <span>
 
 namespace zandorin::autoresponse {
 
@@ -29,31 +29,24 @@ struct Amount {
     const char *check;
     const char *key;
     std::span<const Unit> units;
-    const char *before; ///< in a text of several amounts
 };
 constexpr Amount amounts[] = {
-    {"routeddata", "routeddata.data", kilobytes, ""},
-    {"routeddata", "routeddata.period", minutes, " in "},
-    {"celldata", "celldata.data", data, ""},
-    {"celldata", "celldata.period", period, " in "},
+    {"routeddata", ".routeddata.data", kilobytes},
+    {"routeddata", ".routeddata.period", minutes},
+    {"celldata", ".celldata.data", data},
+    {"celldata", ".celldata.period", period},
 };
-
-std::string displayKey(const std::string &key, const Unit &unit) {
-    return key + ".display_" + unit.name;
-}
 
 void store(ConfigManager &config, const std::string &key, std::span<const Unit> units) {
     std::int64_t whole = 0;
     bool given = false;
     for (const Unit &unit : units) {
-        const std::string unitKey = key + "_" + unit.name;
-        const bool used = !config.getElement(unitKey).empty();
-        whole += unit.size * config.getSize(unitKey);
-        given = given || used;
-        if (used)
-            config.setElement(displayKey(key, unit), true);
-        else
-            config.delElement(displayKey(key, unit));
+        const std::string number = config.getElement(concat({key, "_", unit.name}));
+        if (number.empty())
+            continue;
+        given = true;
+        whole += unit.size * parseWhole(number).value_or(0);
+        config.setElement(concat({key, ".display_", unit.name}), true);
     }
     if (given)
         config.setElement(key + ".amount", std::to_string(whole));
@@ -66,7 +59,7 @@ std::string show(const ConfigManager &config, const std::string &key, std::span<
     std::int64_t rest = *whole;
     std::string text;
     for (const Unit &unit : units) {
-        if (!config.getBoolean(displayKey(key, unit)))
+        if (!config.getBoolean(concat({key, ".display_", unit.name})))
             continue;
         text += (text.empty() ? "" : " ") + std::to_string(rest / unit.size) + " " + unit.label;
         rest %= unit.size;
@@ -76,23 +69,23 @@ std::string show(const ConfigManager &config, const std::string &key, std::span<
 
 } // namespace
 
-void storeAmounts(ConfigManager &config, const std::string &check, const std::string &keys) {
+void storeAmounts(ConfigManager &config, const std::string &rule) {
+    const std::string check = config.getElement(rule + ".check_type");
     for (const Amount &amount : amounts) {
-        config.delElement(keys + amount.key);
+        config.delElement(rule + amount.key);
         if (amount.check == check)
-            store(config, keys + amount.key, amount.units);
+            store(config, rule + amount.key, amount.units);
     }
 }
 
-std::string shownAmounts(const ConfigManager &config, const std::string &check,
-                         const std::string &keys) {
+std::string shownAmounts(const ConfigManager &config, const std::string &rule) {
+    const std::string check = config.getElement(rule + ".check_type");
     std::string text;
     for (const Amount &amount : amounts) {
         if (amount.check != check)
             continue;
-        const std::string shown = show(config, keys + amount.key, amount.units);
-        if (!shown.empty())
-            text += (text.empty() ? "" : amount.before) + shown;
+        const std::string shown = show(config, rule + amount.key, amount.units);
+        text += (text.empty() || shown.empty() ? "" : " in ") + shown;
     }
     return text;
 }

@@ -1,10 +1,5 @@
-#include "forms/autoresponse_pages.h"
+#include "forms/autoresponse.h"
 
-#include "cgi/cgi.h"
-#include "engine/engine.h"
-#include "forms/autoresponse_records.h"
-#include "forms/autoresponse_settings.h"
-#include "ui/table.h"
 #include "util/files.h"
 #include "util/paths.h"
 #include "util/split.h"
@@ -25,26 +20,15 @@ std::string nextField(std::string_view &line) {
     return field;
 }
 
-/// What the configuration says is watched.
-std::string subjectOf(const ConfigManager &config, const std::string &record) {
-    const Type *check = findType(checkTypes(), config.getElement(record + ".check_type"));
-    if (check == nullptr)
-        return "";
-    for (const Field &field : check->fields)
-        if (std::string_view(field.key) == check->subject)
-            return storedWords(config, field, record + ".");
-    return "";
-}
-
 } // namespace
 
-std::vector<Report> readReports(unsigned count) {
-    std::vector<Report> reports(count);
+std::vector<Report> readReports(unsigned last) {
+    std::vector<Report> reports(last);
     const std::string text = readFile(appliancePath(status_path), most_bytes).value_or("");
     for (const std::string &whole : utilities::split(text, "\n")) {
         std::string_view line = whole;
         const auto number = parseWhole(nextField(line));
-        if (!number || *number < 1 || *number > count)
+        if (!number || *number < 1 || *number > last)
             continue;
         Report &report = reports[static_cast<std::size_t>(*number - 1)];
         if (std::string status = nextField(line); !status.empty())
@@ -54,21 +38,6 @@ std::vector<Report> readReports(unsigned count) {
         report.user = nextField(line);
     }
     return reports;
-}
-
-void renderStatus(Engine &engine, Cgi &cgi) {
-    const ConfigManager &config = engine.config();
-    const auto cells = [&](ui::Table &table, unsigned number, const Report &report) {
-        for (const std::string &text :
-             {recordName(config, number), checkTitle(config, number),
-              report.subject.empty() ? subjectOf(config, recordKey(number)) : report.subject,
-              report.value, report.user, report.status})
-            textCell(table, text);
-    };
-    recordTable(engine, cgi, "Auto-Responses",
-                {"Name", "Type", "Checked Device/Property", "Event/Measured Value",
-                 "User/Device Name", "Status"},
-                cells);
 }
 
 } // namespace zandorin::autoresponse

@@ -2,6 +2,7 @@
 #include "engine/engine.h"
 #include "engine/formlet.h"
 #include "platform/libzandorin/serial_ports.h"
+#include "settings/devices.h"
 #include "settings/records.h"
 #include "ui/page.h"
 #include "ui/table.h"
@@ -39,6 +40,8 @@ class Grants {
         if (!user)
             return;
         keys_.push_back(users.keyOf(*user));
+        outlets_ = settings::readTextList(config_, keys_.front() + settings::granted_outlets,
+                                          settings::outlet_word);
         for (const std::string &name :
              settings::readTextList(config_, keys_.front() + ".groups", "group"))
             if (const auto group = groups.find(config_, ".name", name))
@@ -51,15 +54,15 @@ class Grants {
                    return config_.getBoolean(key + flag);
                });
     }
-    bool hasOutlet(unsigned number) const {
-        return all_ || (!keys_.empty() && config_.getBoolean(keys_.front() + ".power.outlet" +
-                                                             std::to_string(number)));
+    bool hasOutlet(const std::string &key) const {
+        return all_ || std::find(outlets_.begin(), outlets_.end(), key) != outlets_.end();
     }
 
   private:
     const ConfigManager &config_;
-    bool all_;                      ///< an administrator has everything
-    std::vector<std::string> keys_; ///< records of the user, first, and of their groups
+    bool all_;                         ///< an administrator has everything
+    std::vector<std::string> keys_;    ///< records of the user and of their groups
+    std::vector<std::string> outlets_; ///< by their keys
 };
 
 void showUser(Engine &engine, ui::Table &table) {
@@ -97,16 +100,13 @@ void showPorts(const ConfigManager &config, const Grants &grants, ui::Table &tab
 }
 
 void showOutlets(const ConfigManager &config, const Grants &grants, ui::Table &table) {
-    const settings::RecordList outlets("config.power.outlets", "outlet");
     table.titleRow("Your Power Outlets");
     bool any = false;
-    for (const unsigned number : outlets.numbers(config)) {
-        if (!grants.hasOutlet(number))
+    for (const settings::Option &outlet : settings::outletOptions(config)) {
+        if (!grants.hasOutlet(outlet.value))
             continue;
         any = true;
-        const std::string text = std::to_string(number);
-        table.labelledTextRow("Outlet " + text,
-                              config.getElement(outlets.keyOf(number) + ".label"));
+        table.labelledTextRow(outlet.group, outlet.label);
     }
     if (!any)
         table.textRow("None yet: an administrator assigns outlets to you.");
@@ -149,6 +149,7 @@ void render(Engine &engine) {
     Cgi *cgi = engine.requireCgi();
     if (cgi == nullptr)
         return;
+    settings::moveOutlets(engine.config());
     const ConfigManager &config = engine.config();
     const Grants grants(engine);
     const auto may = [&](const char *role) { return roles_has(engine.getUserRoles(), role); };

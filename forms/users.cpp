@@ -2,6 +2,7 @@
 #include "platform/libzandorin/config_manager.h"
 #include "platform/libzdsupport/roles.h"
 #include "settings/appliance_options.h"
+#include "settings/fields.h"
 #include "settings/records.h"
 #include "settings/registry.h"
 #include "util/escape.h"
@@ -58,7 +59,7 @@ constexpr Field user_account[] = {
                 "begins with a letter or digit.",
      .missing = "<i>Username</i> can not be empty."},
     description,
-    checkBox("Disabled", ".disabled",
+    boxField("Disabled", ".disabled",
              "No login of any kind, until enabled again. Password, groups and keys are kept."),
     {.label = "Groups",
      .key = ".groups",
@@ -94,9 +95,9 @@ constexpr Field user_keys[] = {
      .word = "SSH keys"},
 };
 constexpr Field user_login[] = {
-    checkBox("SSH Public Key Only", ".ssh_pubkey_only",
+    boxField("SSH Public Key Only", ".ssh_pubkey_only",
              "SSH takes no password of this user, only one of the keys."),
-    checkBox("Password in Flash", ".password_nvflash",
+    boxField("Password in Flash", ".password_nvflash",
              "Keep the password's hash in non-volatile flash, so that it outlives a configuration "
              "erase."),
     {.label = "Dashboard",
@@ -104,7 +105,7 @@ constexpr Field user_login[] = {
      .type = "alphanum",
      .help = "Name of the dashboard that this user sees first; empty for everybody's.",
      .maxlength = 64},
-    checkBox("Dial-Back", ".callback.enabled",
+    boxField("Dial-Back", ".callback.enabled",
              "A call of this user is ended and returned at the number below."),
     {.label = "Dial-Back Phone Number",
      .key = ".callback.phone",

@@ -5,6 +5,7 @@
 #include "platform/accounts/account_file.h"
 #include "platform/accounts/authorized_keys.h"
 #include "platform/accounts/user_store.h"
+#include "settings/devices.h"
 #include "ui/record_page.h"
 #include "ui/settings_page.h"
 #include "util/log.h"
@@ -221,6 +222,9 @@ std::string stateOf(const ConfigManager &config, const AccountFile &accounts,
 }
 
 void define(Engine &engine) {
+    if (engine.formWasSubmitted())
+        engine.lockSettings();
+    settings::moveOutlets(engine.config());
     ui::defineRecords(engine, *ui::settingsPage(engine),
                       {.check = check,
                        .apply = apply,

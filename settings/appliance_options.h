@@ -1,5 +1,6 @@
 #pragma once
 
+#include "settings/devices.h"
 #include "settings/page.h"
 
 // Choices, and fields of them, that several pages offer.
@@ -7,25 +8,23 @@
 namespace zandorin::settings {
 
 /// The serial ports by number.
-std::vector<Option> portOptions(const ConfigManager &config, const std::string &place);
-/// The power outlets by number.
-std::vector<Option> outletOptions(const ConfigManager &config, const std::string &place);
+std::vector<Option> portNumbers(const ConfigManager &config, const std::string &place);
 // The fields of boxes that give somebody ports or outlets.
 constexpr Field portBoxes(const char *help) {
     return {.label = "Serial Ports",
             .key = ".port",
             .type = "boolean",
             .input = Input::flags,
-            .options = portOptions,
+            .options = portNumbers,
             .help = help,
             .grid = true};
 }
 constexpr Field outletBoxes() {
     return {.label = "Power Outlets",
-            .key = ".power.outlet",
-            .type = "boolean",
-            .input = Input::flags,
-            .options = outletOptions};
+            .key = granted_outlets,
+            .input = Input::set,
+            .options = outletOptions,
+            .word = outlet_word};
 }
 
 /// The groups, built-in ones first, with what they are for.

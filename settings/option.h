@@ -19,6 +19,7 @@ struct Option {
     std::string title = ""; ///< shown when the label of a box is pointed at
     bool fixed = false;     ///< of a box: ticked whatever is stored, and not to be changed
     std::string box = "";   ///< ends the name of its box in a form; "": the value does
+    bool offered = true;    ///< false for what is stored and no choice any more
 
     const std::string &boxName() const { return box.empty() ? value : box; }
 };

@@ -27,6 +27,7 @@ union Hook {
     Condition condition;
     Accepts accepts;
     Rule rule;
+    Derive derive;
 
     constexpr Hook() : options(nullptr) {}
     constexpr Hook(OptionsOf function) : options(function) {}
@@ -34,12 +35,14 @@ union Hook {
     constexpr Hook(Condition function) : condition(function) {}
     constexpr Hook(Accepts function) : accepts(function) {}
     constexpr Hook(Rule function) : rule(function) {}
+    constexpr Hook(Derive function) : derive(function) {}
 
     void get(OptionsOf &function) const { function = options; }
     void get(StatusOf &function) const { function = status; }
     void get(Condition &function) const { function = condition; }
     void get(Accepts &function) const { function = accepts; }
     void get(Rule &function) const { function = rule; }
+    void get(Derive &function) const { function = derive; }
 };
 
 /// The table of a page as the compiler wrote it; both last as long as the program.
@@ -78,7 +81,7 @@ constexpr void members(Like<Column> auto &column, auto &use) {
     use(column.title, column.key, column.status, column.markup);
 }
 constexpr void members(Like<Variant> auto &variant, auto &use) {
-    use(variant.name, variant.title, variant.fields, variant.offered);
+    use(variant.name, variant.title, variant.fields, variant.offered, variant.subject);
 }
 constexpr void members(Like<Mention> auto &mention, auto &use) {
     use(mention.key, mention.word, mention.set, mention.entry);
@@ -86,8 +89,9 @@ constexpr void members(Like<Mention> auto &mention, auto &use) {
 constexpr void members(Like<List> auto &list, auto &use) {
     use(list.key, list.word, list.title, list.singular, list.empty, list.name, list.columns,
         list.sections, list.question, list.toggle, list.toggled, list.fixed, list.refusal,
-        list.mentions, list.moves, list.copies, list.rule, list.variantKey, list.variants,
-        list.lists, list.text, list.offered);
+        list.mentions, list.moves, list.copies, list.rule, list.variantKey, list.variantWord,
+        list.unchosen, list.noVariant, list.variants, list.lists, list.text, list.offered,
+        list.derive);
 }
 constexpr void members(Like<Chooser> auto &chooser, auto &use) {
     use(chooser.variable, chooser.label, chooser.help, chooser.prefix, chooser.options,

@@ -68,6 +68,8 @@ using Condition = bool (*)(const ConfigManager &config);
 using Accepts = bool (*)(const std::string &value);
 /// A rule across fields: adds a problem for what does not go together.
 using Rule = void (*)(const Values &values, Problems &problems);
+/// Writes what follows from the values of the record at `key`, once they are in the store.
+using Derive = void (*)(ConfigManager &config, const std::string &key);
 
 /// True when the value of the field `key` is one of `values` (separated by blanks), or is given at
 /// all where `values` is "". A page without such a field: never.
@@ -107,17 +109,15 @@ struct Field {
     const char *file = ""; ///< kept in this file of the appliance; the page's own code writes it
     /// Of a set and of texts the entries' name, before their number; of a file what it holds.
     const char *word = "";
-    const char *posted = ""; ///< of a set: the boxes' name, before the choice; "": the key and "."
-    bool grid = false;       ///< boxes eight in a row and one for all of them: serial ports
+    /// Of a set the boxes' name, before the choice; of texts the name of the input for one more.
+    /// From "." on below the place; "": made from the key.
+    const char *posted = "";
+    bool grid = false;         ///< boxes eight in a row and one for all of them: serial ports
     StatusOf status = nullptr; ///< shown above the input
     /// Answers what is stored of a value that is no key of the configuration; the page's own code
     /// writes it.
     StatusOf held = nullptr;
 };
-
-constexpr Field checkBox(const char *label, const char *key, const char *help) {
-    return {.label = label, .key = key, .type = "boolean", .input = Input::check, .help = help};
-}
 
 struct Section {
     const char *title;
@@ -130,7 +130,9 @@ struct Section {
     When except = {}; ///< and where this is not; with no key: everywhere
 };
 
-/// A list column: the stored value in the words of its field, or what `status` answers.
+/// A list column: the stored value in the words of its field (of the variant's key its title), or
+/// what `status` answers of the record; of both the second follows in brackets. With neither the
+/// page's own code knows the text.
 struct Column {
     const char *title;
     const char *key = "";
@@ -145,6 +147,7 @@ struct Variant {
     const char *title;
     std::span<const Field> fields;
     Condition offered = nullptr;
+    const char *subject = ""; ///< key of the field that says what it is about; "": it is one thing
 };
 
 /// Where the records of another list name those of this one: in a numbered list of texts. They are
@@ -164,11 +167,11 @@ struct List {
     const char *singular;  ///< of one record: "User"
     const char *empty;     ///< in place of the table's rows
     const char *name = ""; ///< key of the field that identifies a record; "": its contents do
-    std::span<const Column> columns;
-    std::span<const Section> sections; ///< of a record's page
-    const char *question = "";         ///< before deleting; raw, "{}" in it is the name
-    const char *toggle = "";           ///< key of the box that switches a record off
-    const char *toggled = "";          ///< says that it was; markup, "{}" in it is the name
+    std::span<const Column> columns = {};
+    std::span<const Section> sections = {}; ///< of a record's page
+    const char *question = "";              ///< before deleting; raw, "{}" in it is the name
+    const char *toggle = "";                ///< key of the box that switches a record off
+    const char *toggled = "";               ///< says that it was; markup, "{}" in it is the name
     /// Names of records that can be neither deleted nor switched off, separated by blanks.
     const char *fixed = "";
     /// Begins what is said to who tries, "{}" in it is the name: "The user {} is built in and".
@@ -176,14 +179,18 @@ struct List {
     std::span<const Mention> mentions = {};
     bool moves = false; ///< records can be moved up and down
     bool copies = false;
-    Rule rule = nullptr; ///< across the fields of one record
-    const char *variantKey = "";
+    Rule rule = nullptr;          ///< across the fields of one record
+    const char *variantKey = "";  ///< "": the records have no variants
+    const char *variantWord = ""; ///< what one of them is called: "check"
+    const char *unchosen = "";    ///< shown while none is chosen; markup
+    const char *noVariant = "";   ///< refuses a record of none that is known; markup
     std::span<const Variant> variants = {};
     std::span<const List> lists = {}; ///< inside each record; keys from "."
     /// Key of the field that took the words of one text, separated by commas, that older releases
     /// kept under the list's key; it becomes records when the list is changed.
     const char *text = "";
     Condition offered = nullptr;
+    Derive derive = nullptr; ///< after every change of a record
 };
 
 /// A page that is about one of several places, which the request names in the field `variable`.

@@ -65,6 +65,12 @@ bool RecordList::contains(const ConfigManager &config, unsigned number) const {
     return std::binary_search(present.begin(), present.end(), number);
 }
 
+unsigned RecordList::rankOf(const ConfigManager &config, unsigned number) const {
+    const std::vector<unsigned> present = numbers(config);
+    const auto found = std::find(present.begin(), present.end(), number);
+    return found == present.end() ? 0 : static_cast<unsigned>(found - present.begin() + 1);
+}
+
 unsigned RecordList::next(const ConfigManager &config) const {
     const std::vector<unsigned> present = numbers(config);
     return present.empty() ? 1 : present.back() + 1;

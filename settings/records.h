@@ -31,6 +31,8 @@ class RecordList {
     /// The same, and what is damaged is logged.
     std::vector<unsigned> checkedNumbers(const ConfigManager &config) const;
     bool contains(const ConfigManager &config, unsigned number) const;
+    /// What number the entry has once the list is settled; 0 when it is not there.
+    unsigned rankOf(const ConfigManager &config, unsigned number) const;
     /// The number that a new entry gets.
     unsigned next(const ConfigManager &config) const;
     /// The entry whose value below `.name` is `value`; the entry's own value where `name` is "".

@@ -28,11 +28,13 @@ bool hasLimits(const Field &field) {
 std::string limitsOf(const Field &field) {
     const bool isPassword = field.type == TypeName("password");
     const std::string unit = isPassword ? " characters" : "";
+    const std::string verb = isPassword ? "have " : "be ";
     if (field.most == 0)
-        return (isPassword ? "have at least " : "be at least ") + std::to_string(field.least) +
-               unit;
-    return (isPassword ? "have " : "be ") + std::to_string(field.least) + " to " +
-           std::to_string(field.most) + unit;
+        return " must " + verb + "at least " + std::to_string(field.least) + unit;
+    if (field.least == 0)
+        return " may " + verb + "at most " + std::to_string(field.most) + unit;
+    return " must " + verb + std::to_string(field.least) + " to " + std::to_string(field.most) +
+           unit;
 }
 
 bool isWithin(const Field &field, const std::string &value) {
@@ -81,8 +83,8 @@ void checkLimits(const Field &field, const std::string &name, const std::string 
     if (!isRefused)
         return;
     problems.add(name, *field.refusal != '\0' ? filledIn(field.refusal, value)
-                       : hasLimits(field) ? italic(field.label) + " must " + limitsOf(field) + "."
-                                          : italic(field.label) + " is invalid.");
+                       : hasLimits(field)     ? italic(field.label) + limitsOf(field) + "."
+                                              : italic(field.label) + " is invalid.");
 }
 
 void checkRules(const Values &values, Rule rule, Problems &problems) {

@@ -25,10 +25,22 @@ bool isUnsafe(const Field &field) {
 }
 
 std::string boxName(const Value &value, const Option &option) {
-    const Field &field = *value.field;
-    if (*field.posted != '\0')
-        return field.posted + option.boxName();
-    return value.name + (field.input == Input::set ? "." : "") + option.boxName();
+    return value.posted + option.boxName();
+}
+
+std::string storedWords(const Value &value) {
+    const bool isList = value.field->input == Input::flags || value.field->input == Input::set;
+    if (!isList && value.stored.empty())
+        return "";
+    std::string words;
+    for (const std::string &stored :
+         isList ? value.storedList : std::vector<std::string>{value.stored}) {
+        const auto option = std::find_if(value.options.begin(), value.options.end(),
+                                         [&](const Option &each) { return each.value == stored; });
+        words += words.empty() ? "" : ", ";
+        words += option == value.options.end() ? stored : option->label;
+    }
+    return words;
 }
 
 std::size_t bufferOf(const Field &field) {
@@ -73,10 +85,12 @@ void Values::add(std::span<const Field> fields, const char *suffix) {
                     .suffix = suffix,
                     .name = *field.key == '.' ? place_.names + field.key : field.key,
                     .key = keyOf(field.key, suffix),
+                    .posted = "",
                     .stored = "",
                     .text = "",
                     .submitted = submission_ != nullptr};
         value.name += suffix;
+        value.posted = postedName(value);
         read(value);
         values_.push_back(std::move(value));
     }
@@ -85,6 +99,13 @@ void Values::add(std::span<const Field> fields, const char *suffix) {
 std::string Values::keyOf(std::string_view key, std::string_view suffix) const {
     std::string whole = key.starts_with('.') ? place_.keys : "";
     return whole.append(key).append(suffix);
+}
+
+std::string Values::postedName(const Value &value) const {
+    const Field &field = *value.field;
+    if (*field.posted != '\0')
+        return *field.posted == '.' ? place_.names + field.posted : field.posted;
+    return value.name + (field.input == Input::set ? "." : "");
 }
 
 std::string Values::submittedText(const std::string &name, std::size_t longest,
@@ -148,8 +169,10 @@ void Values::readSet(Value &value) const {
     // What is stored and not offered any more stays until somebody takes it out.
     for (const std::string &stored : value.storedList)
         if (std::none_of(value.options.begin(), value.options.end(),
-                         [&](const Option &option) { return option.value == stored; }))
+                         [&](const Option &option) { return option.value == stored; })) {
             value.options.emplace_back(stored);
+            value.options.back().offered = false;
+        }
     for (const Option &option : value.options)
         if (isTicked(boxName(value, option), contains(value.storedList, option.value)))
             value.list.push_back(option.value);
@@ -167,7 +190,7 @@ void Values::readTexts(Value &value) const {
         else if (!isTicked(name + ".delete", false))
             value.list.push_back(stored);
     }
-    value.text = submittedText(value.name, longest, "");
+    value.text = submittedText(value.posted, longest, "");
     if (!value.text.empty())
         value.list.push_back(value.text);
 }

@@ -22,6 +22,8 @@ struct Value {
     const char *suffix; ///< of its keys, see Section
     std::string name;   ///< of the form's field
     std::string key;    ///< in the configuration
+    std::string posted; ///< of flags and sets the beginning of the boxes' names, of texts the name
+                        ///< of the input for one more
     std::string stored; ///< "" when there is none
     std::string text;   ///< submitted; without a submission the stored one
     bool submitted = false;
@@ -73,6 +75,7 @@ class Values {
     std::string keyOf(std::string_view key, std::string_view suffix = "") const;
 
   private:
+    std::string postedName(const Value &value) const;
     void read(Value &value) const;
     void readFlags(Value &value) const;
     void readSet(Value &value) const;
@@ -94,6 +97,9 @@ bool isUnsafe(const Field &field);
 
 /// Of flags and sets: the name of the box of one choice.
 std::string boxName(const Value &value, const Option &option);
+
+/// What is stored in the words of the page, such as the label of the chosen port; raw.
+std::string storedWords(const Value &value);
 
 /// What an input for the field takes, in bytes; one more than its longest text.
 std::size_t bufferOf(const Field &field);

@@ -40,12 +40,18 @@ UnsafeInput unsafeInput(const Value &value) {
             .secret = value.field->input == Input::unsafeSecret};
 }
 
-/// What is stored and no choice, another tool's word for instance, stays offered.
+std::string labelOf(const Option &option) {
+    return option.offered ? option.label : option.label + " (not present)";
+}
+
+/// What is stored and no choice stays offered: another tool's word, or a device that is gone.
 std::string choiceInput(const Value &value, decltype(menuInput) &markupOf) {
     std::vector<Option> options = value.options;
     const auto isChosen = [&](const Option &option) { return option.value == value.text; };
     if (!value.text.empty() && std::none_of(options.begin(), options.end(), isChosen))
-        options.emplace_back(value.text);
+        options.emplace_back(value.text, value.field->options == nullptr
+                                             ? value.text
+                                             : value.text + " (not present)");
     return markupOf(value.name, options, value.text, "");
 }
 
@@ -55,7 +61,7 @@ std::string boxes(const Value &value) {
         html +=
             (html.empty() ? "" : "<br>") +
             labelledBox(boxName(value, option), option.fixed || contains(value.list, option.value),
-                        option.label, option.title, option.fixed);
+                        labelOf(option), option.title, option.fixed);
     return html;
 }
 
@@ -63,7 +69,13 @@ std::string boxes(const Value &value) {
 std::string portBoxes(const Value &value) {
     std::vector<PortChoice> ports;
     std::string prefix;
+    std::string gone;
     for (const Option &option : value.options) {
+        if (!option.offered) {
+            gone += labelledBox(boxName(value, option), contains(value.list, option.value),
+                                labelOf(option));
+            continue;
+        }
         const std::string name = boxName(value, option);
         const auto digits = name.find_last_not_of("0123456789") + 1;
         prefix = name.substr(0, digits);
@@ -71,7 +83,7 @@ std::string portBoxes(const Value &value) {
                          .label = option.label,
                          .checked = contains(value.list, option.value)});
     }
-    return ports.empty() ? "" : getPortCheckboxes(prefix, ports);
+    return (ports.empty() ? "" : getPortCheckboxes(prefix, ports)) + gone;
 }
 
 std::string textInputs(Engine &engine, const Value &value) {
@@ -84,7 +96,7 @@ std::string textInputs(Engine &engine, const Value &value) {
             input.submitted = engine.cgi()->getVarString(input.name, bufferOf(*value.field)).raw;
         html += unsafeTextInput(input);
     }
-    return html + textInput({.name = value.name,
+    return html + textInput({.name = value.posted,
                              .value = value.text,
                              .maxlength = value.field->maxlength,
                              .unsafe = true});
@@ -94,7 +106,10 @@ std::string bareInput(Engine &engine, const Value &value) {
     const settings::Field &field = *value.field;
     switch (field.input) {
     case Input::text:
-        return textInput({.name = value.name, .value = value.text, .maxlength = field.maxlength});
+        return textInput({.name = value.name,
+                          .value = value.text,
+                          .maxlength = field.maxlength,
+                          .unsafe = std::string_view(field.type.name()).starts_with("unsafe_")});
     case Input::password:
     case Input::confirmation:
         return passwordInput(value);

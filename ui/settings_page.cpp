@@ -56,7 +56,7 @@ template <typename Use> void forElements(const Value &value, const Use &use) {
     case Input::texts:
         for (std::size_t number = 1; number <= value.storedList.size(); ++number)
             use(textName(value, number), elementOf(value, field.label, false));
-        use(value.name, elementOf(value, field.label, false));
+        use(value.posted, elementOf(value, field.label, false));
         return;
     default:
         if (*field.file == '\0')

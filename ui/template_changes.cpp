@@ -3,8 +3,8 @@
 #include "cgi/cgi.h"
 #include "engine/engine.h"
 #include "ui/inputs.h"
-#include "util/json.h"
 #include "util/escape.h"
+#include "util/json.h"
 
 #include "util/strings.h"
 

@@ -109,22 +109,6 @@ TEST_F(AutoResponse, RefusedValuesStoreNothingAndStayOnThePage) {
     }
 }
 
-TEST_F(AutoResponse, TextsThatAreNotShownBackAreKeptOrDeleted) {
-    makeRecord();
-    addAction("email", "mail", {{"trigger.new.email.body", "dear\r\nbye"}});
-    const std::string body = record1 + "trigger_actions.action1.email.body";
-    const auto save = [&](const char *more) {
-        saveAction("1", "email", formData("trigger.1.email.name=mail") + formData(more));
-    };
-    save("trigger.1.email.subject=s");
-    EXPECT_THAT(stored(body), HasSubstr("bye"));
-    // A refused save deletes nothing either.
-    save("trigger.1.email.body.delete=on&trigger.1.email.to_addr=nobody");
-    EXPECT_THAT(stored(body), HasSubstr("bye"));
-    save("trigger.1.email.body.delete=on");
-    EXPECT_EQ(stored(body), "");
-}
-
 TEST_F(AutoResponse, ArgumentsAreAListThatGrowsAndShrinks) {
     makeRecord();
     addAction("custom", "run", {{"trigger.new.custom.argument", "one"}});
@@ -167,6 +151,23 @@ TEST_F(AutoResponse, ActionsAreOrderedModifiedAndDeleted) {
     }
     EXPECT_TRUE(command("delete", formData("list=other&modify_index=1")).has("no such action"));
     EXPECT_EQ(names(), "2: drei two ");
+}
+
+TEST_F(AutoResponse, DamagedListsCountWhatIsThereAndAreMendedByTheNextChange) {
+    makeRecord();
+    const std::string list = record1 + "trigger_actions.";
+    configure({{list + "total", "9"},
+               {list + "action2.type", "snmp"},
+               {list + "action2.snmp.name", "two"},
+               {list + "action5.type", "snmp"},
+               {list + "action5.snmp.name", "five"}});
+    expectLog("no tree element");
+    EXPECT_EQ(open("&action=modify&index=1").lacks({">two<", ">five<", "modify_index=5"}), "");
+    saveAction("5", "snmp", formData("trigger.5.snmp.name=late&trigger.5.position=1"));
+    EXPECT_EQ(stored(list + "total"), "2");
+    EXPECT_EQ(stored(list + "action1.snmp.name"), "late");
+    EXPECT_EQ(stored(list + "action2.snmp.name"), "two");
+    EXPECT_EQ(stored(list + "action5"), "");
 }
 
 TEST_F(AutoResponse, StaleSubmissionsAreRefused) {

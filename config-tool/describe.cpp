@@ -77,6 +77,8 @@ std::string defaultOf(const Field &field) {
     if (*first.value != '\0')
         return first.value;
     std::string words = first.label;
+    if (words.starts_with('-')) // asks for a choice
+        return "";
     words[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(words[0])));
     return words;
 }
@@ -130,7 +132,8 @@ std::string typeOf(const Field &field) {
 }
 
 bool isNoKey(const Field &field) {
-    return field.input == Input::confirmation || *field.file != '\0';
+    return field.input == Input::confirmation || field.input == Input::file ||
+           *field.file != '\0' || field.held != nullptr;
 }
 
 /// The rows of what is stored for a field.
@@ -172,9 +175,15 @@ std::string describedTables(const Catalogue &catalogue) {
             [&](const List &list, const std::string &total) {
                 records += row(total, "number", "0", std::string(list.title) + ".");
             },
-            [&](const Described &one) { records += rows(one); });
+            [&](const Described &one) {
+                const std::string found = rows(one);
+                if (records.find(found) == std::string::npos) // sections may share fields
+                    records += found;
+            });
         forPage(page, [&](const Described &one) {
-            if (one.field.input == Input::confirmation)
+            if (one.field.input == Input::file || one.field.held != nullptr)
+                others += row(one.key, "field", "", meaningOf(one));
+            else if (one.field.input == Input::confirmation)
                 others += row(one.key, "field", "", "Confirmation of the password beside it.");
             else if (*one.field.file != '\0')
                 others += row(one.key, "field", "",

@@ -70,7 +70,10 @@ FormElem elementFor(const Value &value, const std::string &key) {
 
 void checkIdentity(const ConfigManager &config, const Part &part, const Values &values,
                    Problems &problems) {
-    if (part.list == nullptr || *part.list->name == '\0')
+    // A name that its page only shows cannot be changed.
+    const Value *shown =
+        part.list == nullptr || *part.list->name == '\0' ? nullptr : values.find(part.list->name);
+    if (shown == nullptr || shown->field->input == Input::note)
         return;
     const std::string name = values.after(part.list->name);
     const auto found =

@@ -220,7 +220,7 @@ struct PackedSize {
     std::size_t bytes;
     std::size_t hooks;
 };
-consteval PackedSize sizeOf(const Page &table) {
+constexpr PackedSize sizeOf(const Page &table) {
     Writer counter;
     members(table, counter);
     return {.bytes = counter.bytes(), .hooks = counter.hooks()};

@@ -87,9 +87,10 @@ bool isSingle(const Value &value) {
     case Input::confirmation:
     case Input::set:
     case Input::texts:
+    case Input::file:
         return false;
     default:
-        return *value.field->file == '\0';
+        return *value.field->file == '\0' && value.field->held == nullptr;
     }
 }
 

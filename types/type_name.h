@@ -72,9 +72,9 @@ class TypeName {
 
   private:
     static consteval unsigned char numberOf(std::string_view name) {
-        for (unsigned char number = 0; number < std::size(type_names); ++number)
+        for (unsigned number = 0; number < std::size(type_names); ++number)
             if (name == type_names[number])
-                return number;
+                return static_cast<unsigned char>(number);
         throw "no such element type"; // does not compile
     }
 

@@ -189,8 +189,12 @@ std::string describedTables(const Catalogue &catalogue) {
                 others += row(one.key, "field", "",
                               meaningOf(one) + " Kept in " + code(one.field.file) + ".");
         });
+        // Where a record has a page of its own, the settings are a form beside the list.
+        const bool isBeside =
+            !page.table().lists.empty() && !page.table().lists.front().variants.empty();
         if (!own.empty())
-            text += "## Page `" + page.id + "`: " + page.label + "\n" + heading + own + "\n";
+            text += (isBeside ? "## Settings on the page `" : "## Page `") + page.id +
+                    "`: " + page.label + "\n" + heading + own + "\n";
         if (!records.empty())
             text += "## Records of the page `" + page.id + "`\n" + heading + records + "\n";
     }

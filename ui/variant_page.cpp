@@ -175,12 +175,6 @@ void VariantRequest::saveEntry() {
 void VariantRequest::carryOut() {
     if (!changes_) {
         checkLink();
-        // The page of the list has the settings that all records share, checked while one types.
-        if (name_ == "view") {
-            settings::Values values(config_, nullptr);
-            values.add(page_.sections);
-            defineValues(engine_, values, page_.rule);
-        }
         return;
     }
     if (select_)

@@ -1,6 +1,6 @@
 #include "engine/formlet.h"
-#include "settings/registry.h"
 #include "platform/libzandorin/xml_tree.h"
+#include "settings/registry.h"
 #include "tests/support/request_test.h"
 
 #include <filesystem>

@@ -26,7 +26,8 @@ TEST_F(ConfigurationDocument, HasTheElementsOfEveryPage) {
 TEST_F(ConfigurationDocument, HasTheKeysOfTheSources) {
     const auto rows = documentedKeys();
     EXPECT_GT(rows.size(), 100U);
-    for (const char *folder : {"cgi", "config-tool", "engine", "forms", "platform", "settings", "types", "ui", "util"})
+    for (const char *folder :
+         {"cgi", "config-tool", "engine", "forms", "platform", "settings", "types", "ui", "util"})
         for (const auto &file :
              fs::recursive_directory_iterator(fs::path(ZANDORIN_SOURCE_DIR) / folder))
             for (const std::string &key :

@@ -26,7 +26,7 @@ const std::string piped = "fd 0 /dev/null\nfd 1 pipe\nfd 2 /dev/null\n";
 /// Sources that start programs. One that is new here belongs into the table below as well.
 const Set starting_sources = {
     "cgi/session.cpp",                         // pam-client
-    "forms/lldpstatus_page.cpp",                   // lldpcli
+    "forms/lldpstatus_page.cpp",               // lldpcli
     "platform/libzandorin/configurator.cpp",   // configurators
     "platform/libzdsupport/clock.cpp",         // hwclock, never with an appliance root
     "platform/libzdsupport/process.cpp",       // the one that does it

@@ -1,6 +1,6 @@
 #include "tests/support/log_capture.h"
-#include "util/escape.h"
 #include "ui/filter_stream.h"
+#include "util/escape.h"
 
 #include <array>
 #include <iterator>

@@ -1,7 +1,7 @@
-#include "types/elem_type.h"
-#include "types/predicates.h"
 #include "tests/support/appliance_test.h"
 #include "tests/support/log_capture.h"
+#include "types/elem_type.h"
+#include "types/predicates.h"
 #include "util/paths.h"
 
 #include <chrono>

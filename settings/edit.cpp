@@ -5,7 +5,7 @@
 #include "settings/form_check.h"
 #include "settings/records.h"
 #include "settings/rules.h"
-#include "types/elem_type.h"
+#include "types/predicates.h"
 #include "util/escape.h"
 
 #include <algorithm>
@@ -34,9 +34,7 @@ class CommandSubmission : public Submission {
 /// As its page would send it: a box that is off is not there.
 std::string asSent(const Value &value, const std::string &text) {
     const bool isBox = value.field->input == Input::check || value.field->input == Input::flags;
-    return isBox && ElemTypeRegistry::find("boolean")->validator(text) && !platform::isTrue(text)
-               ? ""
-               : text;
+    return isBox && isValidBoolean(text) && !platform::isTrue(text) ? "" : text;
 }
 
 /// The name in the form of what is stored as `key`.

@@ -115,6 +115,7 @@ void VariantRequest::renderList() {
     if (hooks_.carryOut)
         links.emplace_back(hooks_.command, hooks_.commandTitle);
     std::vector<std::string> titles;
+    titles.reserve(links.size());
     for (const auto &[action, title] : links)
         titles.emplace_back(title);
     listTable(list_, records_, titles, [&](unsigned number) {

@@ -40,20 +40,20 @@ constexpr Field general[] = {
      .accepts = isNoBlank,
      .refusal = no_name,
      .missing = no_name},
-    number(".reset_timeout", "Reset Timeout (seconds)",
-           "After a trigger, the time until the check can trigger again."),
-    box(".repeat_trigger", "Repeat Trigger Actions",
-        "Run the trigger actions again and again until the check resolves."),
-    number(".repeat_timeout", "Repeat Trigger Delay (seconds)", "Between two such runs."),
-    box(".disable_time_period", "Ignore Active Times",
-        "Active at all times; the times below are kept for later."),
+    numberField("Reset Timeout (seconds)", ".reset_timeout",
+                "After a trigger, the time until the check can trigger again."),
+    boxField("Repeat Trigger Actions", ".repeat_trigger",
+             "Run the trigger actions again and again until the check resolves."),
+    numberField("Repeat Trigger Delay (seconds)", ".repeat_timeout", "Between two such runs."),
+    boxField("Ignore Active Times", ".disable_time_period",
+             "Active at all times; the times below are kept for later."),
 };
 
 constexpr Field hour(const char *key, const char *label) {
-    return number(key, label, "", 23, 2);
+    return numberField(label, key, "", 23, 2);
 }
 constexpr Field minute(const char *key, const char *label) {
-    return number(key, label, "", 59, 2);
+    return numberField(label, key, "", 59, 2);
 }
 // For each day from and to, hours and minutes.
 constexpr Field times[] = {
@@ -193,10 +193,10 @@ constexpr List records[] = {
 };
 
 constexpr Field global[] = {
-    box("config.autoresponse.logging.enabled", "Log Events",
-        "Record every trigger and every action in the log."),
-    number("config.autoresponse.boot_delay", "Delay after Boot (seconds)",
-           "Checks begin this long after the appliance has started."),
+    boxField("Log Events", "config.autoresponse.logging.enabled",
+             "Record every trigger and every action in the log."),
+    numberField("Delay after Boot (seconds)", "config.autoresponse.boot_delay",
+                "Checks begin this long after the appliance has started."),
 };
 constexpr Section sections[] = {{.title = "Settings", .fields = global}};
 

@@ -9,17 +9,18 @@ constexpr int message_length = 1024;
 
 // Every action begins with its name and its delay.
 constexpr Field actionName(const char *key) {
-    return text(key, "Action Name", "printable", "", 64);
+    return textField("Action Name", key, "printable", "", 64);
 }
 constexpr Field delay(const char *key) {
-    return number(key, "Delay Time (seconds)", "Between the event and this action.");
+    return numberField("Delay Time (seconds)", key, "Between the event and this action.");
 }
 
 constexpr Field email[] = {
     actionName(".email.name"),
     delay(".email.delay_time"),
-    text(".email.to_addr", "Recipient", "email", "One address or several, separated by commas."),
-    text(".email.subject", "Subject", "unsafe_printable"),
+    textField("Recipient", ".email.to_addr", "email",
+              "One address or several, separated by commas."),
+    textField("Subject", ".email.subject", "unsafe_printable"),
     {.label = "Text",
      .key = ".email.body",
      .type = "unsafe_multiline_printable",
@@ -30,10 +31,10 @@ constexpr Field email[] = {
 constexpr Field sms[] = {
     actionName(".sms.name"),
     delay(".sms.delay_time"),
-    text(".sms.number", "Phone Number", "phonenumber",
-         "One number or several, separated by commas."),
-    text(".sms.gateway_email", "Gateway Address", "email",
-         "Where the message is mailed to when it goes through an e-mail gateway."),
+    textField("Phone Number", ".sms.number", "phonenumber",
+              "One number or several, separated by commas."),
+    textField("Gateway Address", ".sms.gateway_email", "email",
+              "Where the message is mailed to when it goes through an e-mail gateway."),
     {.label = "Message",
      .key = ".sms.message",
      .type = "unsafe_multiline_printable",
@@ -49,36 +50,37 @@ constexpr Field snmp[] = {
 constexpr Field nagios[] = {
     actionName(".nagios.name"),
     delay(".nagios.delay_time"),
-    text(".nagios.message", "Message", "printable", "Sent with the service check result."),
-    menu(".nagios.return_code", "Return Code", return_codes),
+    textField("Message", ".nagios.message", "printable", "Sent with the service check result."),
+    selectField("Return Code", ".nagios.return_code", return_codes),
 };
 
 constexpr Field conman[] = {
     actionName(".conman.name"),
     delay(".conman.delay_time"),
-    menu(".conman.ref", "Connection", connectionOptions),
-    menu(".conman.action", "Action", connection_actions),
+    selectField("Connection", ".conman.ref", connectionOptions),
+    selectField("Action", ".conman.action", connection_actions),
 };
 
 constexpr Field rpc[] = {
     actionName(".rpc.name"),
     delay(".rpc.delay_time"),
-    menu(".rpc.outlet", "Outlet", outletOptions, "Serial ports whose device is an RPC."),
-    menu(".rpc.action", "Action", outlet_actions),
+    selectField("Outlet", ".rpc.outlet", outletOptions, "Serial ports whose device is an RPC."),
+    selectField("Action", ".rpc.action", outlet_actions),
 };
 
 constexpr Field dio[] = {
     actionName(".dio.name"),
     delay(".dio.delay_time"),
-    menu(".dio.pin", "Digital Output", outputPins, "The outputs of this model; some have none."),
-    menu(".dio.value", "Value", levels),
+    selectField("Digital Output", ".dio.pin", outputPins,
+                "The outputs of this model; some have none."),
+    selectField("Value", ".dio.value", levels),
 };
 
 constexpr Field custom[] = {
     actionName(".custom.name"),
     delay(".custom.delay_time"),
-    text(".custom.script", "Script", "unixfile", "Path of a file on this appliance."),
-    number(".custom.timeout", "Timeout (seconds)", "A script that takes longer is ended."),
+    textField("Script", ".custom.script", "unixfile", "Path of a file on this appliance."),
+    numberField("Timeout (seconds)", ".custom.timeout", "A script that takes longer is ended."),
     arguments,
 };
 

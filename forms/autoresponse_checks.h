@@ -21,107 +21,109 @@ constexpr Field ports(const char *key, const char *boxes) {
 }
 
 constexpr Field webui_login[] = {
-    box(".webui_login.trigger_login", "Trigger on Login"),
-    box(".webui_login.trigger_logout", "Trigger on Logout"),
-    box(".webui_login.trigger_auth_error", "Trigger on Authentication Error",
-        "A login with a wrong name or password."),
+    boxField("Trigger on Login", ".webui_login.trigger_login"),
+    boxField("Trigger on Logout", ".webui_login.trigger_logout"),
+    boxField("Trigger on Authentication Error", ".webui_login.trigger_auth_error",
+             "A login with a wrong name or password."),
 };
 
 constexpr Field cli_login[] = {
-    box(".cli_login.trigger_login", "Trigger on Login"),
-    box(".cli_login.trigger_logout", "Trigger on Logout"),
-    box(".cli_login.trigger_auth_error", "Trigger on Authentication Error",
-        "A login with a wrong name or password."),
+    boxField("Trigger on Login", ".cli_login.trigger_login"),
+    boxField("Trigger on Logout", ".cli_login.trigger_logout"),
+    boxField("Trigger on Authentication Error", ".cli_login.trigger_auth_error",
+             "A login with a wrong name or password."),
 };
 
 constexpr Field routeddata[] = {
-    menu(".routeddata.interface", "Interface", interfaceOptions, "Where the data comes in."),
-    text(".routeddata.src_mac_addr", "Source MAC Address", "mac",
-         "Only data from this device, such as 00:13:c6:00:2b:01; empty for all."),
-    text(".routeddata.src_ip_addr", "Source IP Address", "ip",
-         "Only data from this address; empty for all."),
-    number(".routeddata.data_kb", "Data Limit (kB)"),
-    number(".routeddata.period_m", "Period (minutes)", "In which the limit must be reached."),
-    number(".routeddata.resolve_m", "Resolve Period (minutes)",
-           "The check resolves after this time below the limit."),
+    selectField("Interface", ".routeddata.interface", interfaceOptions, "Where the data comes in."),
+    textField("Source MAC Address", ".routeddata.src_mac_addr", "mac",
+              "Only data from this device, such as 00:13:c6:00:2b:01; empty for all."),
+    textField("Source IP Address", ".routeddata.src_ip_addr", "ip",
+              "Only data from this address; empty for all."),
+    numberField("Data Limit (kB)", ".routeddata.data_kb"),
+    numberField("Period (minutes)", ".routeddata.period_m", "In which the limit must be reached."),
+    numberField("Resolve Period (minutes)", ".routeddata.resolve_m",
+                "The check resolves after this time below the limit."),
 };
 
 constexpr const char *summed = "Fields for larger and smaller units add up.";
 constexpr Field celldata[] = {
-    text(".celldata.cell_device", "Cellular Device", "printablesafe",
-         "The modem's device name; empty for the only one."),
-    number(".celldata.data_mb", "Data Limit (MB)", summed),
-    number(".celldata.data_kb", "Data Limit (kB)"),
-    number(".celldata.period_d", "Period (days)", summed),
-    number(".celldata.period_h", "Period (hours)"),
-    number(".celldata.period_m", "Period (minutes)"),
-    number(".celldata.period_s", "Period (seconds)"),
+    textField("Cellular Device", ".celldata.cell_device", "printablesafe",
+              "The modem's device name; empty for the only one."),
+    numberField("Data Limit (MB)", ".celldata.data_mb", summed),
+    numberField("Data Limit (kB)", ".celldata.data_kb"),
+    numberField("Period (days)", ".celldata.period_d", summed),
+    numberField("Period (hours)", ".celldata.period_h"),
+    numberField("Period (minutes)", ".celldata.period_m"),
+    numberField("Period (seconds)", ".celldata.period_s"),
 };
 
 constexpr Field sms[] = {
-    text(".sms.phone_number", "Phone Number", "phonenumber",
-         "Messages from these numbers only, separated by commas."),
-    text(".sms.message_pattern", "Message Pattern", "unsafe_printable",
-         "A regular expression that the message must match."),
+    textField("Phone Number", ".sms.phone_number", "phonenumber",
+              "Messages from these numbers only, separated by commas."),
+    textField("Message Pattern", ".sms.message_pattern", "unsafe_printable",
+              "A regular expression that the message must match."),
 };
 
 constexpr Field net_ping[] = {
-    menu(".net.ping.interface", "Interface", interfaceOptions, "Where pings are sent from."),
-    text(".net.ping.address", "Address to Ping", "address", "An IP address or host name."),
-    number(".net.ping.frequency", "Check Frequency (seconds)", "Between two checks."),
-    number(".net.ping.num_packets", "Number of Pings",
-           "Sent at each check; it triggers when none is answered."),
+    selectField("Interface", ".net.ping.interface", interfaceOptions, "Where pings are sent from."),
+    textField("Address to Ping", ".net.ping.address", "address", "An IP address or host name."),
+    numberField("Check Frequency (seconds)", ".net.ping.frequency", "Between two checks."),
+    numberField("Number of Pings", ".net.ping.num_packets",
+                "Sent at each check; it triggers when none is answered."),
 };
 
 constexpr const char *ups_help = "Serial ports whose device is a UPS.";
 constexpr Field ups_status[] = {
-    menu(".ups_status.dev_ref", "UPS", upsOptions, ups_help),
-    menu(".ups_status.trigger_condition", "Trigger Condition", ups_conditions),
+    selectField("UPS", ".ups_status.dev_ref", upsOptions, ups_help),
+    selectField("Trigger Condition", ".ups_status.trigger_condition", ups_conditions),
 };
 
 constexpr Field power[] = {
-    menu(".power.dev_ref", "UPS", upsOptions, ups_help),
-    whole(".power.trigger_value", "Trigger Value", "Battery charge in percent."),
-    menu(".power.comparison", "Comparison", comparisons),
-    number(".power.hysteresis", "Hysteresis",
-           "How far the value must come back before the check resolves."),
+    selectField("UPS", ".power.dev_ref", upsOptions, ups_help),
+    wholeField("Trigger Value", ".power.trigger_value", "Battery charge in percent."),
+    selectField("Comparison", ".power.comparison", comparisons),
+    numberField("Hysteresis", ".power.hysteresis",
+                "How far the value must come back before the check resolves."),
 };
 
 constexpr Field alarm[] = {
-    menu(".alarm.dev", "Digital Input", inputPins, "The inputs of this model; some have none."),
-    menu(".alarm.trigger_value", "Trigger Value", levels),
-    box(".alarm.trigger_on_change", "Trigger on Change", "Whatever the new value is."),
+    selectField("Digital Input", ".alarm.dev", inputPins,
+                "The inputs of this model; some have none."),
+    selectField("Trigger Value", ".alarm.trigger_value", levels),
+    boxField("Trigger on Change", ".alarm.trigger_on_change", "Whatever the new value is."),
 };
 
 constexpr Field environmental[] = {
-    menu(".enviro.dev_ref", "Sensor", sensorOptions,
-         "Serial ports whose device is an environmental monitor."),
-    whole(".enviro.trigger_value", "Trigger Value", "Degrees Celsius, or percent of humidity."),
-    menu(".enviro.comparison", "Comparison", comparisons),
-    number(".enviro.hysteresis", "Hysteresis",
-           "How far the value must come back before the check resolves."),
+    selectField("Sensor", ".enviro.dev_ref", sensorOptions,
+                "Serial ports whose device is an environmental monitor."),
+    wholeField("Trigger Value", ".enviro.trigger_value",
+               "Degrees Celsius, or percent of humidity."),
+    selectField("Comparison", ".enviro.comparison", comparisons),
+    numberField("Hysteresis", ".enviro.hysteresis",
+                "How far the value must come back before the check resolves."),
 };
 
 constexpr Field conman[] = {
-    menu(".conman.ref", "Connection", connectionOptions),
-    box(".conman.input_event_starting", "Trigger on Starting"),
-    box(".conman.input_event_up", "Trigger on Up"),
-    box(".conman.input_event_stopping", "Trigger on Stopping"),
-    box(".conman.input_event_down", "Trigger on Down"),
-    box(".conman.input_event_failed", "Trigger on Failure",
-        "The connection could not be brought up."),
+    selectField("Connection", ".conman.ref", connectionOptions),
+    boxField("Trigger on Starting", ".conman.input_event_starting"),
+    boxField("Trigger on Up", ".conman.input_event_up"),
+    boxField("Trigger on Stopping", ".conman.input_event_stopping"),
+    boxField("Trigger on Down", ".conman.input_event_down"),
+    boxField("Trigger on Failure", ".conman.input_event_failed",
+             "The connection could not be brought up."),
 };
 
 constexpr Field serial_login[] = {
-    box(".serial_login.trigger_login", "Trigger on Login"),
-    box(".serial_login.trigger_logout", "Trigger on Logout"),
+    boxField("Trigger on Login", ".serial_login.trigger_login"),
+    boxField("Trigger on Logout", ".serial_login.trigger_logout"),
     ports(".serial.login.dev_refs", ".serial.login.dev_refs.dev_ref"),
 };
 
 constexpr Field serial_signal[] = {
-    menu(".serial_signal.signal", "Signal", signals),
-    box(".serial_signal.trigger_change", "Trigger on Change", "Whatever the new level is."),
-    menu(".serial_signal.trigger_value", "Trigger Value", levels),
+    selectField("Signal", ".serial_signal.signal", signals),
+    boxField("Trigger on Change", ".serial_signal.trigger_change", "Whatever the new level is."),
+    selectField("Trigger Value", ".serial_signal.trigger_value", levels),
     ports(".serial.signal.dev_refs", ".serial.signal.dev_refs.dev_ref"),
 };
 
@@ -131,25 +133,25 @@ constexpr Field serial_pattern[] = {
      .type = "unsafe_printable",
      .input = Input::unsafeText,
      .help = "A regular expression, matched against each line."},
-    box(".serial_pattern.trigger_tx", "Trigger on Transmitted Data",
-        "What users send to the port."),
-    box(".serial_pattern.trigger_rx", "Trigger on Received Data", "What the device sends."),
-    box(".serial_pattern.disconnect", "Disconnect",
-        "End the connections to the port when the pattern appears."),
+    boxField("Trigger on Transmitted Data", ".serial_pattern.trigger_tx",
+             "What users send to the port."),
+    boxField("Trigger on Received Data", ".serial_pattern.trigger_rx", "What the device sends."),
+    boxField("Disconnect", ".serial_pattern.disconnect",
+             "End the connections to the port when the pattern appears."),
     ports(".serial.pattern.dev_refs", ".serial.pattern.dev_refs.dev_ref"),
 };
 
 constexpr Field usb_console_status[] = {
-    box(".usb_console_status.trigger_connect", "Trigger on Connect"),
-    box(".usb_console_status.trigger_disconnect", "Trigger on Disconnect"),
+    boxField("Trigger on Connect", ".usb_console_status.trigger_connect"),
+    boxField("Trigger on Disconnect", ".usb_console_status.trigger_disconnect"),
     ports(".usb_console_status.dev_refs", ".usb_console_status.dev_refs.dev_ref"),
 };
 
 constexpr Field custom[] = {
-    text(".custom.script", "Script", "unixfile", "Path of a file on this appliance."),
-    number(".custom.check_delta", "Check Interval (seconds)", "Between two runs."),
-    number(".custom.timeout", "Timeout (seconds)", "A script that takes longer is ended."),
-    number(".custom.trigger_code", "Trigger Code", "The exit status that triggers."),
+    textField("Script", ".custom.script", "unixfile", "Path of a file on this appliance."),
+    numberField("Check Interval (seconds)", ".custom.check_delta", "Between two runs."),
+    numberField("Timeout (seconds)", ".custom.timeout", "A script that takes longer is ended."),
+    numberField("Trigger Code", ".custom.trigger_code", "The exit status that triggers."),
     arguments,
 };
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "settings/devices.h"
-#include "settings/shapes.h"
+#include "settings/fields.h"
 
 // What the menus of auto-responses offer. The choices' values are what the service reads; changing
 // one breaks stored configurations.
@@ -9,7 +9,6 @@
 namespace zandorin::autoresponse {
 
 using namespace settings; // the words of a table
-using namespace settings::shapes;
 
 inline constexpr Choice comparisons[] = {
     {"", "- Select -"},

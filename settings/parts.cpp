@@ -1,6 +1,7 @@
 #include "settings/parts.h"
 
 #include "settings/records.h"
+#include "settings/variants.h"
 
 #include <algorithm>
 
@@ -46,10 +47,9 @@ Values Part::values(const ConfigManager &config, const Submission *submission) c
     values.add(sections);
     if (list == nullptr)
         return values;
-    const std::string name = *list->variantKey == '\0' ? "" : values.text(list->variantKey);
-    for (const Variant &variant : list->variants)
-        if (variant.name == name && (variant.offered == nullptr || variant.offered(config)))
-            values.add(variant.fields);
+    const Variant *variant = findVariant(list->variants, values.text(list->variantKey));
+    if (variant != nullptr && isOffered(*variant, config))
+        values.add(variant->fields);
     return values;
 }
 

@@ -1,5 +1,6 @@
 #include "settings/rules.h"
 
+#include "settings/filled_in.h"
 #include "util/escape.h"
 #include "util/strings.h"
 
@@ -11,14 +12,6 @@ namespace {
 
 std::string italic(const char *label) {
     return std::string("<i>") + label + "</i>";
-}
-
-/// A message of a table about a value.
-std::string filledIn(std::string message, const std::string &value) {
-    constexpr std::string_view blank = "{}";
-    if (const auto at = message.find(blank); at != std::string::npos)
-        message.replace(at, blank.size(), encodeSafe(value));
-    return message;
 }
 
 bool hasLimits(const Field &field) {
@@ -70,8 +63,8 @@ void checkRequired(const Values &values, const Value &value, Problems &problems)
     if (*field.missing == '\0' || !values.holds(field.required, value.suffix) ||
         values.isGiven(value.key))
         return;
-    problems.add(value.name, filledIn(field.missing, values.after(values.keyOf(field.required.key,
-                                                                               value.suffix))));
+    problems.add(value.name, filledIn(field.missing, encodeSafe(values.after(values.keyOf(
+                                                         field.required.key, value.suffix)))));
 }
 
 } // namespace
@@ -82,7 +75,7 @@ void checkLimits(const Field &field, const std::string &name, const std::string 
                            (field.accepts != nullptr && !field.accepts(value));
     if (!isRefused)
         return;
-    problems.add(name, *field.refusal != '\0' ? filledIn(field.refusal, value)
+    problems.add(name, *field.refusal != '\0' ? filledIn(field.refusal, encodeSafe(value))
                        : hasLimits(field)     ? italic(field.label) + limitsOf(field) + "."
                                               : italic(field.label) + " is invalid.");
 }

@@ -3,6 +3,7 @@
 #include "cgi/cgi.h"
 #include "engine/cgi_submission.h"
 #include "engine/engine.h"
+#include "settings/filled_in.h"
 #include "ui/record_request.h"
 #include "ui/settings_page.h"
 #include "util/escape.h"
@@ -87,9 +88,7 @@ void checkFixed(Cgi &cgi, const Work &work) {
     if (work.request.adds() || !isFixed(work.list(), work.identity) ||
         (work.request.edits() && !isRenamed))
         return;
-    std::string said = work.list().refusal;
-    if (const auto at = said.find("{}"); at != std::string::npos)
-        said.replace(at, 2, quoted(work.identity));
+    const std::string said = settings::filledIn(work.list().refusal, quoted(work.identity));
     cgi.addError(said + " can not be " + (isRenamed ? "rename" : work.request.action) + "d.");
 }
 
@@ -106,9 +105,7 @@ void copyRecord(ConfigManager &config, const Work &work) {
 }
 
 void moveRecord(ConfigManager &config, const Work &work) {
-    const std::vector<unsigned> numbers = work.records.numbers(config);
-    const auto at = std::lower_bound(numbers.begin(), numbers.end(), work.number);
-    const auto position = static_cast<unsigned>(at - numbers.begin()) + 1;
+    const unsigned position = work.records.rankOf(config, work.number);
     work.records.move(config, position, work.request.action == "up" ? position - 1 : position + 1);
 }
 
@@ -157,9 +154,8 @@ std::string doneMessage(const Work &work) {
     const std::string who = list.singular + (name.empty() ? "" : " " + quoted(name));
     const std::string &action = work.request.action;
     if (work.request.toggles()) {
-        std::string said = *list.toggled == '\0' ? who : list.toggled;
-        if (const auto at = said.find("{}"); at != std::string::npos)
-            said.replace(at, 2, encodeSafe(name));
+        const std::string said =
+            *list.toggled == '\0' ? who : settings::filledIn(list.toggled, encodeSafe(name));
         return said + " has been <b>" + action + "d</b>";
     }
     return who + " has been " +

@@ -2,6 +2,7 @@
 #include "engine/cgi_submission.h"
 #include "engine/engine.h"
 #include "platform/libzandorin/config_text.h"
+#include "settings/filled_in.h"
 #include "ui/form.h"
 #include "ui/inputs.h"
 #include "ui/page.h"
@@ -127,16 +128,13 @@ void showList(Engine &engine, Cgi &cgi, const List &list, const RecordHooks &hoo
 void showQuestion(Engine &engine, Cgi &cgi, const RecordRequest &request, unsigned number) {
     const List &list = *request.list;
     const std::string identity = identityOf(engine.config(), list, number);
-    std::string question = list.question;
-    if (const auto at = question.find("{}"); at != std::string::npos)
-        question.replace(at, 2, identity);
     const std::string page = "?form=" + engine.formId();
     Form form(cgi, engine.formId());
     form.openForm("post", "delete", page);
     Table table(cgi);
     table.open();
     table.titleRow(std::string("Delete ") + list.singular);
-    table.textRow(question);
+    table.textRow(settings::filledIn(list.question, identity));
     table.openRow();
     table.openCell("field-input", 99);
     cgi << getApplyButton("apply", "Delete") << " " << link(page, "Keep");

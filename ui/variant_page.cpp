@@ -7,7 +7,6 @@
 #include "util/log.h"
 #include "util/strings.h"
 
-#include <algorithm>
 
 // What a request changes.
 
@@ -79,11 +78,11 @@ bool VariantRequest::hasEntry() {
     if (inner_ == nullptr) {
         logRecord(Priority::error, "Unrecognized prefix: %s", word_.c_str());
     } else {
-        const auto numbers = entriesOf(index_, *inner_).numbers(config_);
-        if (std::binary_search(numbers.begin(), numbers.end(), entry_))
+        const RecordList entries = entriesOf(index_, *inner_);
+        if (entries.contains(config_, entry_))
             return true;
         logRecord(Priority::error, "Modifying %s out of range %d -> %d", inner_->word,
-                  static_cast<int>(entry_), static_cast<int>(numbers.size()));
+                  static_cast<int>(entry_), static_cast<int>(entries.numbers(config_).size()));
     }
     cgi_.addError(
         concat({"There is no such ", list_.lists.front().word, " any more. Nothing was changed."}));

@@ -1,4 +1,5 @@
 #include "cgi/cgi.h"
+#include "settings/filled_in.h"
 #include "settings/variants.h"
 #include "ui/page.h"
 #include "ui/settings_page.h"
@@ -26,12 +27,6 @@ constexpr const char *panel_id = "action-panel";
 std::string capital(std::string word) {
     word[0] = static_cast<char>(word[0] - 'a' + 'A');
     return word;
-}
-
-/// Puts `text` in place of the first blank.
-void fillIn(std::string &question, const std::string &text) {
-    if (const auto at = question.find("{}"); at != std::string::npos)
-        question.replace(at, 2, text);
 }
 
 } // namespace
@@ -166,11 +161,11 @@ void VariantRequest::renderQuestion() {
     const bool deletes = name_ == "delete";
     std::string question = deletes ? list_.question : hooks_.commandQuestion;
     if (inner_ != nullptr) {
-        question = inner_->question;
         const std::string entry = entriesOf(index_, *inner_).keyOf(entry_);
-        fillIn(question, settings::variantSubject(config_, *inner_, entry));
+        question =
+            settings::filledIn(inner_->question, settings::variantSubject(config_, *inner_, entry));
     }
-    fillIn(question, recordName(config_, list_, index_));
+    question = settings::filledIn(question, recordName(config_, list_, index_));
     Form form(cgi_, engine_.formId());
     openForm(form, "confirm", name_, index_, false);
     if (inner_ != nullptr) {

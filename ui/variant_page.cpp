@@ -7,7 +7,6 @@
 #include "util/log.h"
 #include "util/strings.h"
 
-
 // What a request changes.
 
 namespace zandorin::ui {

@@ -67,7 +67,7 @@ constexpr void members(Like<Field> auto &field, auto &use) {
     use(field.label, field.key, field.type, field.input, field.choices, field.options, field.help,
         field.maxlength, field.least, field.most, field.accepts, field.refusal, field.confirms,
         field.required, field.missing, field.file, field.word, field.posted, field.grid,
-        field.status, field.held);
+        field.alone, field.status, field.held);
     // Only zandorin-config describes settings; a page does not read past these.
 #ifdef ZANDORIN_DOCUMENTED
     use(field.standard, field.note);
@@ -95,7 +95,7 @@ constexpr void members(Like<List> auto &list, auto &use) {
 }
 constexpr void members(Like<Chooser> auto &chooser, auto &use) {
     use(chooser.variable, chooser.label, chooser.help, chooser.prefix, chooser.options,
-        chooser.unknown);
+        chooser.unknown, chooser.columns, chooser.title);
 }
 constexpr void members(Like<Page> auto &page, auto &use) {
     use(page.sections, page.rule, page.lists, page.chooser);

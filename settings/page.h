@@ -85,10 +85,10 @@ struct Field {
     const char *key = "";
     TypeName type = "text";
     Input input = Input::text;
-    std::span<const Choice> choices = {};
-    OptionsOf options = nullptr; ///< after the choices of the table
-    const char *help = "";       ///< markup under the input
-    int maxlength = 0;           ///< bytes; below 1: 255 and no attribute
+    std::span<const Choice> choices = {}; ///< of a text: what is often typed in
+    OptionsOf options = nullptr;          ///< after the choices of the table
+    const char *help = "";                ///< markup under the input
+    int maxlength = 0;                    ///< bytes; below 1: 255 and no attribute
 
     // Beside the type. Of a whole number its least and largest value, of a password its length in
     // bytes; both 0: no limits.
@@ -113,6 +113,7 @@ struct Field {
     /// From "." on below the place; "": made from the key.
     const char *posted = "";
     bool grid = false;         ///< boxes eight in a row and one for all of them: serial ports
+    bool alone = false;        ///< belongs to one place: left out where several are changed at once
     StatusOf status = nullptr; ///< shown above the input
     /// Answers what is stored of a value that is no key of the configuration; the page's own code
     /// writes it.
@@ -201,6 +202,10 @@ struct Chooser {
     const char *prefix = "";     ///< of the place's key: <prefix><choice>
     OptionsOf options = nullptr; ///< the first is the one when the request names none
     const char *unknown = "";    ///< said before a name that is none of them
+    /// With columns the request that names no place gets a table of all of them, each with a link
+    /// to its page, and several can be changed at once (see settings/several.h).
+    std::span<const Column> columns = {};
+    const char *title = ""; ///< of that table
 };
 
 struct Page {

@@ -68,6 +68,27 @@ void Values::add(std::span<const Section> sections) {
             add(section.fields, section.suffix);
 }
 
+bool Value::isMixed() const {
+    return std::any_of(everywhere.begin(), everywhere.end(),
+                       [&](const std::string &each) { return each != everywhere.front(); });
+}
+
+void Values::share(const Values &other) {
+    for (Value &value : values_) {
+        const Value *there = other.find(value.field->key);
+        if (there == nullptr)
+            continue;
+        if (value.everywhere.empty())
+            value.everywhere.push_back(value.stored);
+        value.everywhere.push_back(there->stored);
+        if (!value.isMixed())
+            continue;
+        value.stored.clear();
+        if (!value.submitted)
+            value.text.clear();
+    }
+}
+
 bool Values::offers(const Section &section) const {
     return (section.offered == nullptr || section.offered(config_)) &&
            (*section.where.key == '\0' || isStored(section.where)) &&
@@ -137,6 +158,7 @@ void Values::read(Value &value) const {
     case Input::confirmation:
         value.stored = config_.getElement(keyOf(field.confirms, value.suffix));
         break;
+    case Input::text:
     case Input::menu:
     case Input::radio:
         value.options = optionsOf(field, config_, place_.keys);

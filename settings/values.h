@@ -33,6 +33,10 @@ struct Value {
     std::vector<Option> options = {}; ///< of menus and radio buttons too: all that is offered
     std::vector<std::string> storedList = {};
     std::vector<std::string> list = {};
+
+    // Of a field that several places share (see settings/several.h).
+    std::vector<std::string> everywhere = {}; ///< what each of them has stored; empty for one place
+    bool isMixed() const;                     ///< true when these differ
 };
 
 /// The fields of a page, or of one record, as a submission would leave them. Made for one place;
@@ -50,6 +54,10 @@ class Values {
     /// True when the section is there, on this appliance and at this place.
     bool offers(const Section &section) const;
     void add(std::span<const Field> fields, const char *suffix = "");
+
+    /// Takes in what another place has stored in the same fields. Of a field in which the two
+    /// differ the stored value is "", and so is the text unless one was submitted.
+    void share(const Values &other);
 
     const ConfigManager &config() const { return config_; }
     const Place &place() const { return place_; }

@@ -57,7 +57,22 @@ std::string textInput(const TextInput &input) {
         appendAttribute(html, "maxlength", std::to_string(input.maxlength));
     if (!input.allowAutocomplete)
         html += " autocomplete=\"off\"";
+    if (!input.placeholder.empty())
+        appendAttribute(html, "placeholder", encodeSafe(input.placeholder));
+    if (input.suggestions.empty()) {
+        html += '>';
+        return html;
+    }
+    appendAttribute(html, "list", input.name + ".list");
+    html += "><datalist";
+    appendAttribute(html, "id", input.name + ".list");
     html += '>';
+    for (const Option &option : input.suggestions) {
+        html += "<option";
+        appendAttribute(html, "value", encodeSafe(option.value));
+        html += '>';
+    }
+    html += "</datalist>";
     return html;
 }
 

@@ -25,6 +25,8 @@ struct TextInput {
     /// The value may well hold markup; without this, one that does is logged as unsafe (never a
     /// password's). It is escaped either way.
     bool unsafe = false;
+    std::string placeholder = "";
+    std::vector<Option> suggestions = {}; ///< what a browser offers to take instead of typing
 };
 std::string textInput(const TextInput &input);
 

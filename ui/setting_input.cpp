@@ -18,6 +18,8 @@ using settings::Input;
 using settings::Value;
 
 constexpr int area_rows = 5;
+/// Of a field that several places share.
+constexpr const char *mixed_text = "(different)";
 constexpr int area_cols = 60;
 
 bool contains(const std::vector<std::string> &texts, const std::string &text) {
@@ -47,6 +49,8 @@ std::string labelOf(const Option &option) {
 /// What is stored and no choice stays offered: another tool's word, or a device that is gone.
 std::string choiceInput(const Value &value, decltype(menuInput) &markupOf) {
     std::vector<Option> options = value.options;
+    if (value.isMixed())
+        options.insert(options.begin(), {"", mixed_text});
     const auto isChosen = [&](const Option &option) { return option.value == value.text; };
     if (!value.text.empty() && std::none_of(options.begin(), options.end(), isChosen))
         options.emplace_back(value.text, value.field->options == nullptr
@@ -109,7 +113,9 @@ std::string bareInput(Engine &engine, const Value &value) {
         return textInput({.name = value.name,
                           .value = value.text,
                           .maxlength = field.maxlength,
-                          .unsafe = std::string_view(field.type.name()).starts_with("unsafe_")});
+                          .unsafe = std::string_view(field.type.name()).starts_with("unsafe_"),
+                          .placeholder = value.isMixed() ? mixed_text : "",
+                          .suggestions = value.options});
     case Input::password:
     case Input::confirmation:
         return passwordInput(value);
@@ -122,6 +128,9 @@ std::string bareInput(Engine &engine, const Value &value) {
     case Input::unsafeTextArea:
         return unsafeTextAreaInput(unsafeInput(value), area_rows, area_cols);
     case Input::check:
+        if (value.isMixed())
+            return menuInput(value.name, {{"", mixed_text}, {"on", "On"}, {"off", "Off"}},
+                             value.text);
         return checkInput(value.name, value.submitted ? !value.text.empty()
                                                       : engine.config().getBoolean(value.key));
     case Input::menu:

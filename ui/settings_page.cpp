@@ -7,12 +7,14 @@
 #include "settings/records.h"
 #include "settings/registry.h"
 #include "settings/rules.h"
+#include "settings/several.h"
 #include "ui/chooser.h"
 #include "ui/form.h"
 #include "ui/form_values.h"
 #include "ui/lines_input.h"
 #include "ui/record_page.h"
 #include "ui/setting_input.h"
+#include "ui/several_page.h"
 #include "ui/table.h"
 #include "util/escape.h"
 
@@ -188,6 +190,8 @@ Values shownValues(Engine &engine, std::span<const settings::Section> sections,
 void fingerprintInput(Engine &engine, Form &form, const Values &values) {
     settings::Fingerprint fingerprint(engine.session().sessionId());
     for (const Value &value : values.all()) {
+        if (!value.everywhere.empty())
+            fingerprint.add(settings::sharedMark(value), settings::sharedState(value), false);
         if (isList(value))
             fingerprint.add(value.name, joined(value.storedList), false);
         else
@@ -246,6 +250,10 @@ void defineSettings(Engine &engine) {
         refusePlace(*cgi, *page, chosen, submission);
         return;
     }
+    if (isAboutSeveral(engine, chosen)) {
+        changeSeveral(engine, *page, chosen);
+        return;
+    }
     const bool isSubmitted = engine.formWasSubmitted();
     if (isSubmitted && !lockPage(engine, *page))
         return;
@@ -256,7 +264,7 @@ void defineSettings(Engine &engine) {
         engine.pageValues().emplace(std::move(values));
 }
 
-void renderSettings(Engine &engine) {
+void renderSettings(Engine &engine, const Chosen::Cell &cell) {
     const settings::Page *page = settingsPage(engine);
     Cgi *cgi = engine.requireCgi();
     if (page == nullptr || cgi == nullptr)
@@ -265,6 +273,10 @@ void renderSettings(Engine &engine) {
     const Chosen chosen(engine, page->chooser);
     if (!chosen.isKnown() || showRecord(engine, *page))
         return;
+    if (isAboutSeveral(engine, chosen)) {
+        showSeveral(engine, *page, chosen, cell);
+        return;
+    }
     if (!page->sections.empty()) {
         auto &opened = engine.pageValues();
         const Values values =

@@ -2,6 +2,7 @@
 
 #include "settings/packed.h"
 #include "settings/values.h"
+#include "ui/chooser.h"
 
 #include <optional>
 #include <span>
@@ -24,8 +25,11 @@ class Table;
 void defineSettings(Engine &engine);
 
 /// Writes the form: a titled group of rows for each section, and an apply button; then the page's
-/// lists.
-void renderSettings(Engine &engine);
+/// lists. `cell` is for the table of a chooser with columns.
+void renderSettings(Engine &engine, const Chosen::Cell &cell);
+inline void renderSettings(Engine &engine) {
+    renderSettings(engine, nullptr);
+}
 
 /// Engine::lockSettings, with what an older release kept differently in its place in the store's
 /// memory.

@@ -3,9 +3,12 @@
 #include "cgi/cgi.h"
 #include "engine/engine.h"
 #include "platform/libzandorin/configurator_status.h"
+#include "platform/libzandorin/serial_ports.h"
 #include "platform/libzdsupport/pidfile.h"
+#include "platform/ports/port_log.h"
 #include "settings/form_check.h"
 #include "settings/parts.h"
+#include "settings/port_access.h"
 #include "settings/registry.h"
 #include "settings/rules.h"
 #include "util/escape.h"
@@ -85,13 +88,39 @@ std::string check(Engine &engine, Cgi &cgi) {
            "}";
 }
 
+/// The log of a port as a file, or from the byte "from" on what came since, below a line with the
+/// byte that comes next. Nothing of a port that is not the user's.
+std::string portLog(Engine &engine, Cgi &cgi) {
+    const auto port = parseWhole(cgi.getVarString("port").raw).value_or(0);
+    if (port < 1 || port > portCount(engine.config()) ||
+        !mayUsePort(engine.config(), engine.getCurrentUsername(), static_cast<unsigned>(port)))
+        return "";
+    const std::string path =
+        portLogPath(static_cast<unsigned>(port),
+                    cgi.varStringExists("older") ? PortLogAge::older : PortLogAge::current);
+    const auto from = parseWhole(cgi.getVarString("from").raw);
+    if (!from) {
+        cgi.setExtraHeader("Content-Disposition: attachment; filename=\"port" +
+                           std::to_string(port) + ".log\"");
+        return readFile(path).value_or("");
+    }
+    constexpr std::size_t most = std::size_t{64} * 1024;
+    const auto part =
+        readLogAfter(path, static_cast<std::uint64_t>(std::max<std::int64_t>(*from, 0)), most);
+    if (!part)
+        return "0\n";
+    return std::to_string(part->to) + "\n" + readableLog(part->text, cgi.varStringExists("stamps"));
+}
+
 struct PageRequest {
     std::string_view id;
     std::string (*answer)(Engine &, Cgi &);
+    const char *type = "application/json";
 };
 constexpr PageRequest page_requests[] = {
     {"check", check},
     {"configurators", configurators},
+    {"portlog", portLog, "text/plain; charset=utf-8"},
 };
 
 } // namespace
@@ -107,7 +136,7 @@ bool answerPageRequest(Engine &engine) {
     engine.setSession(Session(Session::Helper::lookedFor));
     const std::string answer =
         engine.mayUsePages() ? request->answer(engine, *cgi) : "{\"login\":true}";
-    cgi->sendHttpHeader(200, "application/json");
+    cgi->sendHttpHeader(200, request->type);
     *cgi << answer << "\n" << std::flush;
     return true;
 }

@@ -13,6 +13,10 @@ class Engine;
 ///     form=check&type=ipv4&label=Server&value=10.0&page=smtp&name=config.system.smtp.server
 ///                                      {"message":"<i>Server</i> must be ..."}, "" when accepted
 ///
+///     form=portlog&port=3              the log as a file, text/plain; with "older" the file before
+///     form=portlog&port=3&from=1024    what came since that byte: a line with the byte that comes
+///                                      next, then the text, with "stamps" with its time stamps
+///
 /// "run" is the last run of configurators (see configurator_status.h); "seconds" is how long one
 /// has taken so far or took, "age" how long ago it ended; "uptime" is the system's, -1 when it
 /// cannot be told. A message is markup, the first that a form would show: of the type, else of

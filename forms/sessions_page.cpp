@@ -4,24 +4,15 @@
 #include "engine/formlet.h"
 #include "ui/page.h"
 #include "ui/table.h"
+#include "util/times.h"
 
 #include <algorithm>
 #include <array>
-#include <ctime>
 
 // The table of active web sessions. A session's id unlocks it and is never shown.
 
 namespace zandorin {
 namespace {
-
-std::string localTime(std::int64_t seconds) {
-    const auto time = static_cast<std::time_t>(seconds);
-    std::tm parts = {};
-    std::array<char, 64> text = {};
-    if (::localtime_r(&time, &parts) == nullptr)
-        return "";
-    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts)};
-}
 
 std::string address(const SessionRecord &session) {
     if (session.sourceIp.empty())

@@ -3,19 +3,13 @@
 #include "platform/libzandorin/config_manager.h"
 #include "settings/edit.h"
 #include "util/split.h"
+#include "util/strings.h"
 
 #include <algorithm>
 
 namespace zandorin::settings {
 
 namespace {
-
-std::string trimmed(std::string_view text) {
-    const auto begin = text.find_first_not_of(' ');
-    if (begin == std::string_view::npos)
-        return "";
-    return std::string(text.substr(begin, text.find_last_not_of(' ') - begin + 1));
-}
 
 bool isShared(const Field &field) {
     switch (field.input) {
@@ -59,15 +53,15 @@ std::optional<std::vector<std::string>> optionsNamed(const std::vector<Option> &
                             [&](const Option &option) { return option.value == name; });
     };
     std::vector<bool> named(options.size(), false);
-    for (const std::string &word : utilities::split(std::string(list), ",")) {
-        const std::string name = trimmed(word);
+    for (const std::string &word : utilities::split(list, ",")) {
+        const std::string name(trim(word));
         if (name.empty())
             continue;
         auto first = find(name);
         auto last = first;
         if (const auto dash = name.find('-'); first == options.end() && dash != std::string::npos) {
-            first = find(trimmed(name.substr(0, dash)));
-            last = find(trimmed(name.substr(dash + 1)));
+            first = find(std::string(trim(name.substr(0, dash))));
+            last = find(std::string(trim(name.substr(dash + 1))));
         }
         if (first == options.end() || last == options.end() || last < first)
             return std::nullopt;

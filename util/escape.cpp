@@ -186,6 +186,52 @@ std::string escapeXmlText(std::string_view text) {
     return encode(xml_text_encoding, text);
 }
 
+namespace {
+
+/// How many bytes at the beginning of `text` are one character of UTF-8 above 0x7f; 0 for none.
+/// Overlong forms, surrogates and what is above U+10FFFF are none.
+std::size_t utf8Length(std::string_view text, std::uint32_t &character) {
+    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+    const std::size_t length = byte(0) < 0xc2   ? 0
+                               : byte(0) < 0xe0 ? 2
+                               : byte(0) < 0xf0 ? 3
+                               : byte(0) < 0xf5 ? 4
+                                                : 0;
+    if (length == 0 || text.size() < length)
+        return 0;
+    character = byte(0) & (0xffU >> (length + 1));
+    for (std::size_t i = 1; i < length; ++i) {
+        if ((byte(i) & 0xc0U) != 0x80)
+            return 0;
+        character = character << 6 | (byte(i) & 0x3fU);
+    }
+    const bool isOverlong = character < (length == 3 ? 0x800U : length == 4 ? 0x10000U : 0U);
+    const bool isSurrogate = character >= 0xd800 && character < 0xe000;
+    return isOverlong || isSurrogate || character > 0x10ffff ? 0 : length;
+}
+
+} // namespace
+
+std::string escapeUtf8Text(std::string_view text) {
+    std::string markup;
+    markup.reserve(text.size());
+    while (!text.empty()) {
+        std::uint32_t character = 0;
+        if (const std::size_t length = utf8Length(text, character)) {
+            markup += "&#" + std::to_string(character) + ";";
+            text.remove_prefix(length);
+            continue;
+        }
+        // Up to what may begin the next one.
+        std::size_t plain = 1;
+        while (plain < text.size() && static_cast<unsigned char>(text[plain]) < 0xc2)
+            ++plain;
+        markup += escapeXmlText(text.substr(0, plain));
+        text.remove_prefix(plain);
+    }
+    return markup;
+}
+
 std::string escapeXmlAttribute(std::string_view text) {
     return encode(xml_attribute_encoding, text);
 }

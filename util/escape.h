@@ -23,6 +23,10 @@ std::string escapeHtmlString(std::string_view text);
 /// Text between tags: & < > become named entities, all else stands.
 std::string escapeXmlText(std::string_view text);
 
+/// Text of unknown origin between tags: what is valid UTF-8 (RFC 3629) as numeric references, other
+/// bytes as ISO-8859-1.
+std::string escapeUtf8Text(std::string_view text);
+
 /// An attribute's value: as text between tags, and both quotes too.
 std::string escapeXmlAttribute(std::string_view text);
 /// Adds the escaped value, which must not lie in `markup`.

@@ -33,6 +33,13 @@ bool startsWithIgnoreCase(std::string_view text, std::string_view prefix) {
                       [](char x, char y) { return lower(x) == lower(y); });
 }
 
+std::size_t findIgnoringCase(std::string_view text, std::string_view words) {
+    const auto *const found = std::search(text.begin(), text.end(), words.begin(), words.end(),
+                                          [](char x, char y) { return lower(x) == lower(y); });
+    return found == text.end() && !words.empty() ? std::string_view::npos
+                                                 : static_cast<std::size_t>(found - text.begin());
+}
+
 bool hasControlCharacter(std::string_view text) {
     return std::any_of(text.begin(), text.end(), [](char c) {
         const auto byte = static_cast<unsigned char>(c);

@@ -17,6 +17,9 @@ bool equalsIgnoreCase(std::string_view a, std::string_view b);
 /// True when `text` begins with `prefix`, ASCII letter case ignored.
 bool startsWithIgnoreCase(std::string_view text, std::string_view prefix);
 
+/// Where `words` begin in `text`, ASCII letter case ignored; npos when they are not in it.
+std::size_t findIgnoringCase(std::string_view text, std::string_view words);
+
 /// True when `text` holds a byte below 0x20 or 0x7f.
 bool hasControlCharacter(std::string_view text);
 

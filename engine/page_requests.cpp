@@ -8,7 +8,7 @@
 #include "platform/ports/port_log.h"
 #include "settings/form_check.h"
 #include "settings/parts.h"
-#include "settings/port_access.h"
+#include "platform/ports/port_access.h"
 #include "settings/registry.h"
 #include "settings/rules.h"
 #include "util/escape.h"

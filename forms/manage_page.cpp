@@ -3,7 +3,6 @@
 #include "engine/formlet.h"
 #include "platform/libzandorin/serial_ports.h"
 #include "settings/devices.h"
-#include "settings/port_access.h"
 #include "settings/records.h"
 #include "ui/page.h"
 #include "ui/table.h"
@@ -30,22 +29,39 @@ constexpr Device devices[] = {
     {"enviro", "Environmental monitor"},
 };
 
-/// Answers which outlets the session's user was given by the configuration.
+/// Answers what the session's user was given by the configuration.
 class Grants {
   public:
-    explicit Grants(Engine &engine) : all_(roles_has(engine.getUserRoles(), "admin")) {
+    explicit Grants(Engine &engine)
+        : config_(engine.config()), all_(roles_has(engine.getUserRoles(), "admin")) {
         const settings::RecordList users("config.users", "user");
-        if (const auto user = users.find(engine.config(), ".username", engine.getCurrentUsername()))
-            outlets_ = settings::readTextList(engine.config(),
-                                              users.keyOf(*user) + settings::granted_outlets,
-                                              settings::outlet_word);
+        const settings::RecordList groups("config.groups", "group");
+        const auto user = users.find(config_, ".username", engine.getCurrentUsername());
+        if (!user)
+            return;
+        keys_.push_back(users.keyOf(*user));
+        outlets_ = settings::readTextList(config_, keys_.front() + settings::granted_outlets,
+                                          settings::outlet_word);
+        for (const std::string &name :
+             settings::readTextList(config_, keys_.front() + ".groups", "group"))
+            if (const auto group = groups.find(config_, ".name", name))
+                keys_.push_back(groups.keyOf(*group));
+    }
+    /// A port is given to a user or to a group, an outlet to a user alone.
+    bool hasPort(unsigned number) const {
+        const std::string flag = ".port" + std::to_string(number);
+        return all_ || std::any_of(keys_.begin(), keys_.end(), [&](const std::string &key) {
+                   return config_.getBoolean(key + flag);
+               });
     }
     bool hasOutlet(const std::string &key) const {
         return all_ || std::find(outlets_.begin(), outlets_.end(), key) != outlets_.end();
     }
 
   private:
+    const ConfigManager &config_;
     bool all_;                         ///< an administrator has everything
+    std::vector<std::string> keys_;    ///< records of the user and of their groups
     std::vector<std::string> outlets_; ///< by their keys
 };
 
@@ -69,12 +85,11 @@ void portRow(const ConfigManager &config, ui::Table &table, unsigned number,
     table.labelledTextRow(name, (label == name ? "" : label + ", ") + text);
 }
 
-void showPorts(const ConfigManager &config, const std::string &user, ui::Table &table) {
-    const PortAccess access(config, user);
+void showPorts(const ConfigManager &config, const Grants &grants, ui::Table &table) {
     table.titleRow("Your Serial Ports");
     bool any = false;
     for (unsigned number = 1; number <= portCount(config); ++number) {
-        if (!access.mayUse(number))
+        if (!grants.hasPort(number))
             continue;
         any = true;
         const std::string speed = config.getElement(portReference(number) + ".speed");
@@ -142,7 +157,7 @@ void render(Engine &engine) {
     table.open();
     showUser(engine, table);
     if (may("ports"))
-        showPorts(config, engine.getCurrentUsername(), table);
+        showPorts(config, grants, table);
     if (may("power"))
         showOutlets(config, grants, table);
     if (may("devices"))

@@ -3,7 +3,7 @@
 #include "engine/formlet.h"
 #include "platform/libzandorin/serial_ports.h"
 #include "platform/ports/port_log.h"
-#include "settings/port_access.h"
+#include "platform/ports/port_access.h"
 #include "ui/form.h"
 #include "ui/inputs.h"
 #include "ui/markup.h"

@@ -2,6 +2,7 @@
 #include "engine/engine.h"
 #include "engine/formlet.h"
 #include "platform/libzandorin/serial_ports.h"
+#include "platform/ports/port_access.h"
 #include "settings/devices.h"
 #include "settings/records.h"
 #include "ui/page.h"
@@ -33,35 +34,23 @@ constexpr Device devices[] = {
 class Grants {
   public:
     explicit Grants(Engine &engine)
-        : config_(engine.config()), all_(roles_has(engine.getUserRoles(), "admin")) {
+        : all_(roles_has(engine.getUserRoles(), "admin")),
+          ports_(engine.config(), engine.getCurrentUsername()) {
         const settings::RecordList users("config.users", "user");
-        const settings::RecordList groups("config.groups", "group");
-        const auto user = users.find(config_, ".username", engine.getCurrentUsername());
-        if (!user)
-            return;
-        keys_.push_back(users.keyOf(*user));
-        outlets_ = settings::readTextList(config_, keys_.front() + settings::granted_outlets,
-                                          settings::outlet_word);
-        for (const std::string &name :
-             settings::readTextList(config_, keys_.front() + ".groups", "group"))
-            if (const auto group = groups.find(config_, ".name", name))
-                keys_.push_back(groups.keyOf(*group));
+        if (const auto user = users.find(engine.config(), ".username", engine.getCurrentUsername()))
+            outlets_ = settings::readTextList(engine.config(),
+                                              users.keyOf(*user) + settings::granted_outlets,
+                                              settings::outlet_word);
     }
-    /// A port is given to a user or to a group, an outlet to a user alone.
-    bool hasPort(unsigned number) const {
-        const std::string flag = ".port" + std::to_string(number);
-        return all_ || std::any_of(keys_.begin(), keys_.end(), [&](const std::string &key) {
-                   return config_.getBoolean(key + flag);
-               });
-    }
+    bool hasPort(unsigned number) const { return ports_.has(number); }
+    /// Outlets are given to users, not to groups.
     bool hasOutlet(const std::string &key) const {
         return all_ || std::find(outlets_.begin(), outlets_.end(), key) != outlets_.end();
     }
 
   private:
-    const ConfigManager &config_;
-    bool all_;                         ///< an administrator has everything
-    std::vector<std::string> keys_;    ///< records of the user and of their groups
+    bool all_; ///< an administrator has everything
+    PortAccess ports_;
     std::vector<std::string> outlets_; ///< by their keys
 };
 

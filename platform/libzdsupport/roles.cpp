@@ -66,6 +66,21 @@ std::string findEntry(const ConfigManager &config, const std::string &list, std:
 
 } // namespace
 
+std::vector<std::string> zandorin::grantingRecords(const ConfigManager &config,
+                                                   const std::string &user) {
+    const std::string key = findEntry(config, "config.users", "user", ".username", user);
+    if (user.empty() || key.empty() || config.getBoolean(key + ".disabled"))
+        return {};
+    std::vector<std::string> keys = {key};
+    for (const std::string &entry : listEntries(config, key + ".groups", "group")) {
+        std::string group =
+            findEntry(config, "config.groups", "group", ".name", config.getElement(entry));
+        if (!group.empty())
+            keys.push_back(std::move(group));
+    }
+    return keys;
+}
+
 int roles_add_role(roles_t *set, const char *name) {
     if (set == nullptr || name == nullptr)
         return -1;

@@ -2,10 +2,15 @@
 
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace zandorin {
 class ConfigManager;
-}
+
+/// The keys of the configuration's records that give a user something: the user's own first, then
+/// those of the user's groups. None for who has no record or is disabled.
+std::vector<std::string> grantingRecords(const ConfigManager &config, const std::string &user);
+} // namespace zandorin
 
 /// A set of role names. The null handle is the empty set; a set is owned by whoever holds the
 /// handle and released with roles_free (or by zandorin::utilities::Roles).

@@ -1,7 +1,7 @@
 #include "platform/ports/port_log.h"
 
+#include "platform/ports/port_settings.h"
 #include "util/fd.h"
-#include "util/paths.h"
 #include "util/strings.h"
 
 #include <algorithm>
@@ -95,8 +95,7 @@ std::size_t sequenceLength(std::string_view text) {
 } // namespace
 
 std::string portLogPath(unsigned port, PortLogAge age) {
-    const std::string path = appliancePath("/var/log/ports/port" + std::to_string(port) + ".log");
-    return age == PortLogAge::current ? path : path + ".1";
+    return portLogFile(port) + (age == PortLogAge::older ? ".1" : "");
 }
 
 std::optional<LogPart> readLogBefore(const std::string &path, std::uint64_t end, std::size_t most) {

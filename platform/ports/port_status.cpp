@@ -66,9 +66,8 @@ std::optional<std::string> ask(char type, const std::string &payload) {
     const UniqueFd socket = connectToService();
     std::string request;
     appendFrame(request, type, payload);
-    if (!socket ||
-        ::send(socket.get(), request.data(), request.size(), MSG_NOSIGNAL) !=
-            static_cast<ssize_t>(request.size()))
+    if (!socket || ::send(socket.get(), request.data(), request.size(), MSG_NOSIGNAL) !=
+                       static_cast<ssize_t>(request.size()))
         return std::nullopt;
     FrameReader reader;
     std::string answer;

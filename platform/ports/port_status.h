@@ -13,8 +13,8 @@ namespace zandorin {
 
 /// Somebody on a port. Texts are raw.
 struct PortUser {
-    std::string user = ""; ///< "" for a program on another computer
-    bool writes = false;   ///< otherwise only watches
+    std::string user = "";  ///< "" for a program on another computer
+    bool writes = false;    ///< otherwise only watches
     std::int64_t since = 0; ///< seconds since the epoch; 0 when that is not known
     std::int64_t idle = 0;  ///< seconds without a key
     std::string from = "";  ///< address; "" when it is not known

@@ -1,0 +1,127 @@
+#include "services/ports/console_client.h"
+
+#include "platform/ports/listen_ports.h"
+#include "util/child_process.h"
+#include "util/paths.h"
+#include "util/split.h"
+#include "util/strings.h"
+
+#include <algorithm>
+#include <array>
+
+namespace zandorin::ports {
+
+namespace {
+
+// "^Ec", which begins every command.
+constexpr char escape = '\x05';
+constexpr std::string_view command_keys = "\x05"
+                                          "c";
+
+/// Words of the client, and whether who reads them may write from then on.
+struct Word {
+    std::string_view text;
+    bool writes;
+};
+constexpr Word words[] = {
+    {"[attached]", true}, {"[bumped ", true},     {"[forced to `spy' mode by ", false},
+    {"[no, ", false},     {"[read-only]", false}, {"[spying]", false},
+};
+
+std::vector<std::string> piecesOf(std::string_view text, char separator) {
+    std::vector<std::string> pieces;
+    for (;;) {
+        const auto end = text.find(separator);
+        pieces.emplace_back(text.substr(0, end));
+        if (end == std::string_view::npos)
+            return pieces;
+        text.remove_prefix(end + 1);
+    }
+}
+
+/// "w@anna@localhost@12", of who does not write with "@rw" or "@ro" behind.
+PortUser userIn(const std::string &text) {
+    auto parts = piecesOf(text, '@');
+    PortUser user{.writes = parts.front() == "w"};
+    if (!user.writes && parts.size() > 4)
+        parts.pop_back();
+    if (parts.size() < 4)
+        return user;
+    user.idle = parseWhole(parts.back()).value_or(0);
+    for (std::size_t i = 1; i + 2 < parts.size(); ++i)
+        user.user += (i > 1 ? "@" : "") + parts[i];
+    return user;
+}
+
+} // namespace
+
+Command consoleCommand(const std::string &user, const std::vector<std::string> &more) {
+    Command command{.arguments = {"console", "-n", "-C", appliancePath("/etc/conserver/console.cf"),
+                                  "-M", "127.0.0.1", "-p", std::to_string(listenPort("conserver")),
+                                  "-l", user, "-e", "^Ec"}};
+    command.arguments.insert(command.arguments.end(), more.begin(), more.end());
+    const ChildEnvironment environment;
+    for (char *const *variable = environment.block(); *variable != nullptr; ++variable)
+        command.environment.emplace_back(*variable);
+    return command;
+}
+
+Command openCommand(const std::string &user, const std::string &console, bool watches) {
+    return consoleCommand(user, {watches ? "-S" : "-A", console});
+}
+
+std::string breakKeys() {
+    return concat({command_keys, "l0"});
+}
+
+std::string takeOverKeys() {
+    return concat({command_keys, "f"});
+}
+
+std::string watchKeys() {
+    return concat({command_keys, "s"});
+}
+
+std::string literalKeys(std::string_view typed) {
+    std::string keys;
+    keys.reserve(typed.size());
+    for (const char key : typed)
+        if (key == escape)
+            append(keys, {command_keys, "\\005"});
+        else
+            keys += key;
+    return keys;
+}
+
+bool Notices::read(std::string_view output) {
+    constexpr std::size_t longest = 32;
+    const std::string text = concat({tail_, output});
+    std::size_t last = std::string::npos;
+    for (const Word &word : words) {
+        const auto at = text.rfind(word.text);
+        // Not one that was there the last time already.
+        if (at == std::string::npos || at + word.text.size() <= tail_.size() ||
+            (last != std::string::npos && at < last))
+            continue;
+        last = at;
+        writes_ = word.writes;
+    }
+    tail_ = text.substr(text.size() - std::min(text.size(), longest));
+    return last != std::string::npos;
+}
+
+std::vector<ConsoleState> readConsoleStates(std::string_view text) {
+    std::vector<ConsoleState> states;
+    for (const std::string &line : utilities::split(text, "\n")) {
+        const auto fields = piecesOf(line, ':');
+        if (fields.size() < 6)
+            continue;
+        ConsoleState state{.name = fields[0], .state = fields[5], .users = {}};
+        for (const std::string &user : utilities::split(fields[4], ","))
+            state.users.push_back(userIn(user));
+        states.push_back(std::move(state));
+    }
+    return states;
+}
+
+} // namespace zandorin::ports

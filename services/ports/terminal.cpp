@@ -1,0 +1,149 @@
+#include "services/ports/terminal.h"
+
+#include "platform/ports/port_log.h"
+#include "settings/submission.h"
+#include "util/child_process.h"
+#include "util/fd.h"
+#include "util/paths.h"
+#include "util/strings.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <ctime>
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <unistd.h>
+
+namespace zandorin::ports {
+
+namespace {
+
+constexpr std::size_t most_typed = std::size_t{64} * 1024;
+constexpr std::size_t most_echoed = 4096;
+constexpr std::size_t most_line = 1024;
+
+/// The appliance's shell as the account logs in to it.
+Command shellCommand(const std::string &user) {
+    const passwd *account = ::getpwnam(user.c_str());
+    const std::string shell =
+        account == nullptr || *account->pw_shell == '\0' ? "/bin/sh" : account->pw_shell;
+    const std::string home = account == nullptr ? "/" : appliancePath(account->pw_dir);
+    Command command{.arguments = {shell, "-l"}, .folder = home, .account = user};
+    const ChildEnvironment environment;
+    for (char *const *variable = environment.block(); *variable != nullptr; ++variable)
+        command.environment.emplace_back(*variable);
+    for (const auto &[name, value] :
+         {std::pair{"HOME=", home}, std::pair{"SHELL=", shell}, std::pair{"USER=", user},
+          std::pair{"LOGNAME=", user}, std::pair{"TERM=", std::string("xterm-256color")}})
+        command.environment.push_back(name + value);
+    return command;
+}
+
+Child startedFor(const Grant &grant) {
+    return Child::onTerminal(grant.target == "shell"
+                                 ? shellCommand(grant.user)
+                                 : openCommand(grant.user, grant.target, grant.watches));
+}
+
+/// As conserver writes its own lines into a log.
+std::string logLine(const std::string &user, const std::string &typed) {
+    const std::time_t now = std::time(nullptr);
+    std::tm parts = {};
+    std::array<char, 32> time = {};
+    ::localtime_r(&now, &parts);
+    const std::size_t length =
+        std::strftime(time.data(), time.size(), "%a %b %e %H:%M:%S %Y", &parts);
+    return concat({"\n[-- ", user, " typed `", typed, "' -- ", {time.data(), length}, "]\n"});
+}
+
+} // namespace
+
+Terminal::Terminal(Grant grant)
+    : grant_(std::move(grant)), child_(startedFor(grant_)), since_(std::time(nullptr)),
+      notices_(!grant_.watches) {}
+
+bool Terminal::type(std::string_view keys) {
+    if (grant_.watches)
+        return true;
+    if (toChild_.size() + keys.size() > most_typed)
+        return false;
+    if (grant_.target == "shell") {
+        toChild_ += keys;
+        return true;
+    }
+    if (grant_.logsTyped)
+        logTyped(keys);
+    toChild_ += literalKeys(keys);
+    return true;
+}
+
+void Terminal::sendBreak() {
+    if (!grant_.watches && grant_.target != "shell")
+        toChild_ += breakKeys();
+}
+
+void Terminal::takeOver() {
+    if (!grant_.watches && grant_.target != "shell")
+        toChild_ += takeOverKeys();
+}
+
+void Terminal::watch() {
+    if (grant_.target != "shell")
+        toChild_ += watchKeys();
+}
+
+void Terminal::write() {
+    const ssize_t sent = ::write(child_.fd(), toChild_.data(), toChild_.size());
+    if (sent > 0)
+        toChild_.erase(0, static_cast<std::size_t>(sent));
+    else if (sent < 0 && errno != EAGAIN && errno != EINTR)
+        toChild_.clear();
+}
+
+bool Terminal::read(std::string &output) {
+    std::array<char, 8192> buffer;
+    const ssize_t got = ::read(child_.fd(), buffer.data(), buffer.size());
+    if (got < 0 && (errno == EAGAIN || errno == EINTR))
+        return true;
+    if (got <= 0) // EIO: nobody has the terminal open any more
+        return false;
+    std::string_view bytes(buffer.data(), static_cast<std::size_t>(got));
+    if (grant_.target != "shell") {
+        hasNews_ = notices_.read(bytes) || hasNews_;
+        // The client's own greeting speaks of keys that do not reach it here.
+        constexpr std::string_view greeting = "[Enter `^Ec?' for help]\r\n";
+        if (isFirst_ && bytes.starts_with(greeting))
+            bytes.remove_prefix(greeting.size());
+        isFirst_ = false;
+        if (grant_.logsTyped && echoed_.size() < most_echoed)
+            echoed_ += bytes;
+    }
+    output += bytes;
+    return true;
+}
+
+/// A line that the device did not show, such as a password, is logged by its placeholder alone.
+void Terminal::logTyped(std::string_view keys) {
+    for (const char key : keys) {
+        if (key != '\r' && key != '\n') {
+            if (line_.size() < most_line && static_cast<unsigned char>(key) >= ' ')
+                line_ += key;
+            continue;
+        }
+        if (!line_.empty()) {
+            const bool isShown = echoed_.find(line_) != std::string::npos;
+            const std::string text =
+                logLine(grant_.user, isShown ? line_ : settings::password_placeholder);
+            const UniqueFd log(::open(portLogPath(grant_.port).c_str(),
+                                      O_WRONLY | O_APPEND | O_CLOEXEC | O_NOFOLLOW));
+            if (log && ::write(log.get(), text.data(), text.size()) < 0)
+                break; // a full disk stops the log, not the port
+        }
+        line_.clear();
+        echoed_.clear();
+    }
+}
+
+} // namespace zandorin::ports

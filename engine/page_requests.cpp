@@ -2,15 +2,18 @@
 
 #include "cgi/cgi.h"
 #include "engine/engine.h"
+#include "engine/foreign_request.h"
 #include "platform/libzandorin/configurator_status.h"
 #include "platform/libzandorin/serial_ports.h"
 #include "platform/libzdsupport/pidfile.h"
+#include "platform/ports/port_access.h"
 #include "platform/ports/port_log.h"
+#include "platform/ports/terminal_ticket.h"
 #include "settings/form_check.h"
 #include "settings/parts.h"
-#include "platform/ports/port_access.h"
 #include "settings/registry.h"
 #include "settings/rules.h"
+#include "util/environment.h"
 #include "util/escape.h"
 #include "util/files.h"
 #include "util/json.h"
@@ -112,6 +115,19 @@ std::string portLog(Engine &engine, Cgi &cgi) {
     return std::to_string(part->to) + "\n" + readableLog(part->text, cgi.varStringExists("stamps"));
 }
 
+/// No other site gets one: a browser says of its requests where they come from, and lets nobody
+/// else read the answer.
+std::string terminal(Engine &engine, Cgi &cgi) {
+    if (isForeignRequest())
+        return "{}";
+    const std::string id = issueTicket({.session = engine.session().sessionId(),
+                                        .user = engine.getCurrentUsername(),
+                                        .address = std::string(environmentVariable("REMOTE_ADDR")),
+                                        .target = cgi.getVarString("target").raw,
+                                        .watches = cgi.varStringExists("watch")});
+    return id.empty() ? "{}" : "{\"ticket\":" + jsonString(id) + "}";
+}
+
 struct PageRequest {
     std::string_view id;
     std::string (*answer)(Engine &, Cgi &);
@@ -120,6 +136,7 @@ struct PageRequest {
 constexpr PageRequest page_requests[] = {
     {"check", check},
     {"configurators", configurators},
+    {"terminal", terminal},
     {"portlog", portLog, "text/plain; charset=utf-8"},
 };
 

@@ -13,6 +13,8 @@ class Engine;
 ///     form=check&type=ipv4&label=Server&value=10.0&page=smtp&name=config.system.smtp.server
 ///                                      {"message":"<i>Server</i> must be ..."}, "" when accepted
 ///
+///     form=terminal&target=port3       {"ticket":"9f..."}, for the terminal's socket; with "watch"
+///                                      one that only watches (see docs/terminal.md)
 ///     form=portlog&port=3              the log as a file, text/plain; with "older" the file before
 ///     form=portlog&port=3&from=1024    what came since that byte: a line with the byte that comes
 ///                                      next, then the text, with "stamps" with its time stamps

@@ -1,8 +1,13 @@
 #include "platform/libzandorin/config_manager.h"
 #include "platform/libzandorin/serial_ports.h"
+#include "platform/ports/listen_ports.h"
 #include "settings/devices.h"
 #include "settings/fields.h"
+#include "settings/problems.h"
 #include "settings/registry.h"
+#include "settings/values.h"
+#include "util/escape.h"
+#include "util/strings.h"
 
 // How each serial port speaks to the device at its other end, and how people and programs reach it.
 
@@ -12,7 +17,8 @@ namespace {
 std::vector<Option> ports(const ConfigManager &config, const std::string &) {
     std::vector<Option> options;
     for (unsigned number = 1; number <= portCount(config); ++number)
-        options.emplace_back(std::to_string(number), portLabel(config, number));
+        options.emplace_back(std::to_string(number),
+                             std::to_string(number) + ": " + portLabel(config, number));
     return options;
 }
 
@@ -179,6 +185,25 @@ std::string lineOf(const ConfigManager &config, const std::string &key) {
            or_(".stop", "1");
 }
 
+/// Two programs cannot listen on one TCP port.
+void requireOwnTcpPort(const Values &values, Problems &problems) {
+    const std::string mode = values.text(".mode");
+    if (mode != "network")
+        return;
+    const std::string place = values.place().keys;
+    const auto number = static_cast<unsigned>(
+        leadingNumber(std::string_view(place).substr(place.find_last_not_of("0123456789") + 1)));
+    const std::string key = values.keyOf(".network.port");
+    const auto typed = parseWhole(values.text(".network.port"));
+    const unsigned tcpPort = typed && *typed > 0 && *typed < 65536
+                                 ? static_cast<unsigned>(*typed)
+                                 : listenPort("network-base") + number;
+    const std::string user = tcpPortUser(values.config(), tcpPort, number);
+    problems.require(user.empty(), key,
+                     "The TCP port " + std::to_string(tcpPort) + " is used by <i>" +
+                         encodeSafe(user) + "</i> already.");
+}
+
 constexpr Column columns[] = {
     {.title = "Mode", .key = ".mode"},
     {.title = "Line", .status = lineOf},
@@ -189,6 +214,7 @@ constexpr Column columns[] = {
 
 constexpr Page page = {
     .sections = sections,
+    .rule = requireOwnTcpPort,
     .chooser = {.variable = "port",
                 .label = "Port",
                 .prefix = "config.ports.port",

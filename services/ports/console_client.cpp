@@ -13,10 +13,12 @@ namespace zandorin::ports {
 
 namespace {
 
-// "^Ec", which begins every command.
-constexpr char escape = '\x05';
-constexpr std::string_view command_keys = "\x05"
+// What begins every command: of the control characters (console takes no other) the one that is
+// typed least.
+constexpr char escape = '\x1f';
+constexpr std::string_view command_keys = "\x1f"
                                           "c";
+constexpr const char *escape_name = "^_c"; // as cat -v shows it
 
 /// Words of the client, and whether who reads them may write from then on.
 struct Word {
@@ -58,7 +60,7 @@ PortUser userIn(const std::string &text) {
 Command consoleCommand(const std::string &user, const std::vector<std::string> &more) {
     Command command{.arguments = {"console", "-n", "-C", appliancePath("/etc/conserver/console.cf"),
                                   "-M", "127.0.0.1", "-p", std::to_string(listenPort("conserver")),
-                                  "-l", user, "-e", "^Ec"}};
+                                  "-l", user, "-e", escape_name}};
     command.arguments.insert(command.arguments.end(), more.begin(), more.end());
     const ChildEnvironment environment;
     for (char *const *variable = environment.block(); *variable != nullptr; ++variable)
@@ -87,10 +89,20 @@ std::string literalKeys(std::string_view typed) {
     keys.reserve(typed.size());
     for (const char key : typed)
         if (key == escape)
-            append(keys, {command_keys, "\\005"});
+            append(keys, {command_keys, "\\037"});
         else
             keys += key;
     return keys;
+}
+
+void dropQuotes(std::string &output, unsigned &expected) {
+    constexpr std::string_view quote = "[quote \\037]";
+    for (std::size_t at = 0; expected > 0; --expected) {
+        at = output.find(quote, at);
+        if (at == std::string::npos)
+            return;
+        output.erase(at, quote.size());
+    }
 }
 
 bool Notices::read(std::string_view output) {

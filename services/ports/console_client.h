@@ -28,6 +28,10 @@ std::string watchKeys();
 /// character is sent by its number.
 std::string literalKeys(std::string_view typed);
 
+/// Takes what the client says of each character sent by its number out of its output, at most as
+/// often as is expected, and counts down. Words that come in two pieces stay.
+void dropQuotes(std::string &output, unsigned &expected);
+
 /// What the client says about itself, in brackets among the device's output. A device can say the
 /// same, so that it is good for showing, not for deciding.
 class Notices {

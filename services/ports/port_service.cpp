@@ -321,8 +321,10 @@ void PortService::command(Connection &connection, const Frame &frame) {
     else
         for (Connection &each : connections_)
             if (each.terminal && !each.isEnding && each.terminal->grant().user == user &&
-                each.terminal->grant().target == target)
+                each.terminal->grant().target == target) {
                 end(each, "An administrator has ended this terminal.", false);
+                connection.isDone = true;
+            }
     Child child = Child::onPipe(consoleCommand("root", arguments));
     connection.waitsFor = child.pid();
     commands_.push_back(std::move(child));
@@ -398,9 +400,16 @@ void PortService::takeRemains() {
     for (const auto &[pid, status] : reap()) {
         if (asking_.pid() == pid)
             asking_.forget();
+        bool reached = false;
         commands_.remove_if([&](Child &child) {
             if (child.pid() != pid)
                 return false;
+            // console succeeds, too, when there was nobody: "disconnected 0 users".
+            std::array<char, 512> words = {};
+            const ssize_t got = ::read(child.fd(), words.data(), words.size());
+            reached =
+                std::string_view(words.data(), static_cast<std::size_t>(std::max<ssize_t>(got, 0)))
+                    .find(" 0 user") == std::string_view::npos;
             child.forget();
             return true;
         });
@@ -409,7 +418,7 @@ void PortService::takeRemains() {
                 each.terminal->child().forget();
             if (each.waitsFor != pid)
                 continue;
-            appendFrame(each.out, 'J', status == 0 ? "ok" : "failed");
+            appendFrame(each.out, 'J', (status == 0 && reached) || each.isDone ? "ok" : "failed");
             each.isEnding = true;
         }
     }

@@ -42,6 +42,7 @@ class PortService {
         bool isEnding = false;   ///< closed once everything was sent
         bool asksStates = false; ///< waits for the states of the ports
         pid_t waitsFor = 0;      ///< for a command of console, which says how it went
+        bool isDone = false;     ///< whatever that says
         Clock::time_point heard = Clock::now(); ///< when it last took or sent anything
     };
 

@@ -85,8 +85,10 @@ std::string lastLine(unsigned number) {
         return "";
     std::string last;
     for (const std::string &line : utilities::split(readableLog(part->text, false), "\n"))
-        if (!trim(line).empty() && !line.starts_with("[-- "))
-            last = trim(line);
+        // Without what conserver says of itself.
+        if (const auto text = trim(std::string_view(line).substr(0, line.find("[-- ")));
+            !text.empty())
+            last = text;
     return last;
 }
 

@@ -75,12 +75,14 @@ bool Terminal::type(std::string_view keys) {
     }
     if (grant_.logsTyped)
         logTyped(keys);
-    toChild_ += literalKeys(keys);
+    const std::string literal = literalKeys(keys);
+    quotes_ += static_cast<unsigned>((literal.size() - keys.size()) / 5);
+    toChild_ += literal;
     return true;
 }
 
 void Terminal::sendBreak() {
-    if (!grant_.watches && grant_.target != "shell")
+    if (writes() && grant_.target != "shell")
         toChild_ += breakKeys();
 }
 
@@ -113,7 +115,7 @@ bool Terminal::read(std::string &output) {
     if (grant_.target != "shell") {
         hasNews_ = notices_.read(bytes) || hasNews_;
         // The client's own greeting speaks of keys that do not reach it here.
-        constexpr std::string_view greeting = "[Enter `^Ec?' for help]\r\n";
+        constexpr std::string_view greeting = "[Enter `^_c?' for help]\r\n";
         if (isFirst_ && bytes.starts_with(greeting))
             bytes.remove_prefix(greeting.size());
         isFirst_ = false;
@@ -121,6 +123,7 @@ bool Terminal::read(std::string &output) {
             echoed_ += bytes;
     }
     output += bytes;
+    dropQuotes(output, quotes_);
     return true;
 }
 

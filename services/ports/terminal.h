@@ -60,8 +60,9 @@ class Terminal {
     Notices notices_;
     bool hasNews_ = true;
     bool isFirst_ = true;
-    std::string line_;   ///< typed since the last Return, where that is logged
-    std::string echoed_; ///< what came since then
+    unsigned quotes_ = 0; ///< characters sent by their number, of which the client will speak
+    std::string line_;    ///< typed since the last Return, where that is logged
+    std::string echoed_;  ///< what came since then
 };
 
 } // namespace zandorin::ports

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+
+#include <sys/types.h>
+
+// runit, the supervisor of the services: runsvdir(8) watches /var/service, where each service that
+// is on has a link to its folder /etc/service/<name>; runsv(8) keeps its script `run` running.
+
+namespace zandorin::services {
+
+/// The folder of the service, on this machine.
+std::string serviceFolder(const std::string &name);
+
+/// True when the supervisor has the service; false, too, when no supervisor runs.
+bool isSupervised(const std::string &name);
+
+/// The process of the service; 0 when it does not run.
+pid_t processOf(const std::string &name);
+/// Seconds since it was started; -1 when it does not run.
+long secondsUp(const std::string &name);
+
+/// Has the supervisor take it on, or give it up, at its next look, within five seconds. False when
+/// the link could not be changed.
+bool enable(const std::string &name);
+bool disable(const std::string &name);
+
+/// Ends the process, which the supervisor then starts again with what the files say by now.
+bool restart(const std::string &name);
+/// Sends the process a signal. False when there is none.
+bool signalService(const std::string &name, int signal);
+
+} // namespace zandorin::services

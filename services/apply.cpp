@@ -134,7 +134,7 @@ Result judge(const Service &service, const std::vector<File> &files) {
             .words = std::string(trim(words))};
 }
 
-Result change(const Service &service, const ConfigManager &config) {
+Result change(const Service &service, const ConfigManager &config, Daemons daemons) {
     Journal journal(service.name);
     const bool wasBroken = journal.undo();
     if (service.prepare != nullptr && !service.prepare(config))
@@ -161,8 +161,9 @@ Result change(const Service &service, const ConfigManager &config) {
         return result;
     if (!isSwapped)
         return {.outcome = Outcome::failed, .words = "Its files could not be replaced."};
-    if (::access(appliancePath("/var/service").c_str(), W_OK) != 0) {
-        journal.close(); // nobody supervises here: the files are all there is
+    if (daemons == Daemons::later || ::access(appliancePath("/var/service").c_str(), W_OK) != 0) {
+        enable(service.name); // without a supervisor the files are all there is
+        journal.close();
         return {.outcome = Outcome::applied};
     }
     const bool isNewScript = !scripts.empty() || !runs;
@@ -199,13 +200,13 @@ std::string candidatePath(const File &file) {
     return appliancePath(file.path) + ".candidate";
 }
 
-Result apply(const Service &service, const ConfigManager &config) {
+Result apply(const Service &service, const ConfigManager &config, Daemons daemons) {
     const std::string lockPath = appliancePath(std::string("/etc/service/.lock-") + service.name);
     makeFolders(lockPath);
     const UniqueFd lock = lockFile(lockPath);
     if (!lock)
         return {.outcome = Outcome::failed, .words = "Another change of it does not end."};
-    const Result result = change(service, config);
+    const Result result = change(service, config, daemons);
     keep(service.name, result);
     if (result.outcome == Outcome::refused || result.outcome == Outcome::failed)
         logRecord(Priority::error, "Service '%s' did not take its settings: %s", service.name,

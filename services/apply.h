@@ -26,10 +26,13 @@ struct Result {
     std::string words = ""; ///< why not, in the daemon's own words; raw
 };
 
+/// Whether a daemon takes its files now, or is started with them later by who calls.
+enum class Daemons : std::uint8_t { now, later };
+
 /// Brings one service in line with the configuration; waits until its daemon answers, ten seconds
 /// at most. Only one at a time for each service: others wait. Keeps the result for the pages, see
-/// lastResult.
-Result apply(const Service &service, const ConfigManager &config);
+/// historyOf.
+Result apply(const Service &service, const ConfigManager &config, Daemons daemons = Daemons::now);
 
 /// What is known of a service since it was changed last.
 struct History {

@@ -1,4 +1,4 @@
-#include "platform/accounts/password_hash.h"
+#include "platform/accounts/accounts.h"
 #include "platform/libzandorin/config_manager.h"
 #include "platform/libzandorin/serial_ports.h"
 #include "platform/ports/listen_ports.h"

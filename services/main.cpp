@@ -19,6 +19,7 @@
 //
 //     zandorin-services apply            every service
 //     zandorin-services apply NAME...    these
+//     zandorin-services write            only the files, before the supervisor is started
 //     zandorin-services status [--json]  a line for each
 //
 // Called by the name of a page, as its configurator, it applies the services of that page.
@@ -50,14 +51,14 @@ Services ofPage(std::string_view page) {
 }
 
 /// Services do not wait for each other. 0 when all took what is stored.
-int applyAll(const Services &services) {
+int applyAll(const Services &services, Daemons daemons = Daemons::now) {
     std::vector<Result> results(services.size());
     std::vector<std::thread> threads;
     for (std::size_t i = 0; i < services.size(); ++i)
-        threads.emplace_back([&results, &services, i] {
+        threads.emplace_back([&results, &services, daemons, i] {
             ConfigManager config("/etc/config/config.xml", ".");
             results[i] = config.readCommitted()
-                             ? apply(*services[i], config)
+                             ? apply(*services[i], config, daemons)
                              : Result{.words = "The configuration could not be read."};
         });
     for (std::thread &thread : threads)
@@ -90,7 +91,7 @@ int showStatus(bool isJson) {
 }
 
 int usage() {
-    std::fputs("usage: zandorin-services apply [NAME...] | status [--json]\n", stderr);
+    std::fputs("usage: zandorin-services apply | write [NAME...] | status [--json]\n", stderr);
     return 2;
 }
 
@@ -103,14 +104,15 @@ int run(const std::vector<std::string> &arguments) {
         return usage();
     if (arguments[1] == "status")
         return showStatus(arguments.size() > 2 && arguments[2] == "--json");
-    if (arguments[1] != "apply")
+    const Daemons daemons = arguments[1] == "write" ? Daemons::later : Daemons::now;
+    if (arguments[1] != "apply" && arguments[1] != "write")
         return usage();
     Services services;
     for (const Service *service : all())
         if (arguments.size() == 2 ||
             std::find(arguments.begin() + 2, arguments.end(), service->name) != arguments.end())
             services.push_back(service);
-    return services.size() + 2 < arguments.size() ? usage() : applyAll(services);
+    return services.size() + 2 < arguments.size() ? usage() : applyAll(services, daemons);
 }
 
 } // namespace

@@ -68,10 +68,13 @@ bool enable(const std::string &name) {
 }
 
 bool disable(const std::string &name) {
-    const bool isGone = ::unlink(linkOf(name).c_str()) == 0 || errno == ENOENT;
+    if (::access(serviceFolder(name).c_str(), F_OK) != 0)
+        return true; // it was never on
+    constexpr mode_t readable = 0644;
+    const bool isMarked = replaceFile(serviceFolder(name) + "/down", "", readable, Durable::no);
     if (isSupervised(name))
-        command(name, 'x');
-    return isGone;
+        command(name, 'd');
+    return isMarked;
 }
 
 bool restart(const std::string &name) {

@@ -20,8 +20,9 @@ pid_t processOf(const std::string &name);
 /// Seconds since it was started; -1 when it does not run.
 long secondsUp(const std::string &name);
 
-/// Has the supervisor take it on, or give it up, at its next look, within five seconds. False when
-/// the link could not be changed.
+/// Has the supervisor run it, or end it. One that it does not know yet it finds at its next look,
+/// within five seconds; one that was ended it keeps, with its file `down`. False when the link or
+/// that file could not be made.
 bool enable(const std::string &name);
 bool disable(const std::string &name);
 

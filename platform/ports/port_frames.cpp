@@ -19,6 +19,19 @@ void appendFrame(std::string &stream, char type, std::string_view payload) {
     } while (!payload.empty());
 }
 
+std::vector<std::string> linesOf(std::string_view payload, std::size_t most) {
+    std::vector<std::string> lines;
+    while (lines.size() + 1 < most) {
+        const auto end = payload.find('\n');
+        if (end == std::string_view::npos)
+            break;
+        lines.emplace_back(payload.substr(0, end));
+        payload.remove_prefix(end + 1);
+    }
+    lines.emplace_back(payload);
+    return lines;
+}
+
 std::optional<Frame> FrameReader::next() {
     if (isBroken_ || pending() < head_bytes)
         return std::nullopt;

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zandorin {
 
@@ -21,6 +22,9 @@ struct Frame {
 
 /// Adds a frame, or as many of the type as the payload needs; one for an empty payload.
 void appendFrame(std::string &stream, char type, std::string_view payload);
+
+/// The lines of a payload, at most `most`; the last has the rest.
+std::vector<std::string> linesOf(std::string_view payload, std::size_t most);
 
 /// Takes frames off what arrives.
 class FrameReader {

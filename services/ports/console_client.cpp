@@ -2,6 +2,7 @@
 
 #include "platform/ports/listen_ports.h"
 #include "util/child_process.h"
+#include "util/files.h"
 #include "util/paths.h"
 #include "util/split.h"
 #include "util/strings.h"
@@ -60,7 +61,7 @@ PortUser userIn(const std::string &text) {
 Command consoleCommand(const std::string &user, const std::vector<std::string> &more) {
     Command command{.arguments = {"console", "-n", "-C", appliancePath("/etc/conserver/console.cf"),
                                   "-M", "127.0.0.1", "-p", std::to_string(listenPort("conserver")),
-                                  "-l", user, "-e", escape_name}};
+                                  "-l", user, "-E", "-e", escape_name}};
     command.arguments.insert(command.arguments.end(), more.begin(), more.end());
     const ChildEnvironment environment;
     for (char *const *variable = environment.block(); *variable != nullptr; ++variable)
@@ -93,6 +94,37 @@ std::string literalKeys(std::string_view typed) {
         else
             keys += key;
     return keys;
+}
+
+std::string Login::read(std::string_view output, std::string &keys) {
+    constexpr std::string_view begins = "Enter ";
+    constexpr std::string_view ends = "password: ";
+    constexpr std::size_t longest = 512;
+    if (isDone_)
+        return std::string(output);
+    asked_ += output;
+    if (isAnswered_) {
+        // Behind the question the client ends the line.
+        const auto line = asked_.find('\n');
+        if (line == std::string::npos && asked_.size() < longest)
+            return "";
+        isDone_ = true;
+        return asked_.substr(line == std::string::npos ? 0 : line + 1);
+    }
+    const bool mayBe =
+        asked_.size() < longest && std::string_view(asked_).substr(0, begins.size()) ==
+                                       begins.substr(0, std::min(asked_.size(), begins.size()));
+    if (!mayBe) {
+        isDone_ = true;
+        return std::move(asked_);
+    }
+    if (asked_.size() > begins.size() && std::string_view(asked_).ends_with(ends)) {
+        constexpr std::size_t limit = 4096;
+        keys = readFile(appliancePath("/etc/conserver/secret"), limit).value_or("") + "\n";
+        asked_.clear();
+        isAnswered_ = true;
+    }
+    return "";
 }
 
 void dropQuotes(std::string &output, unsigned &expected) {

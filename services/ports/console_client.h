@@ -28,6 +28,18 @@ std::string watchKeys();
 /// character is sent by its number.
 std::string literalKeys(std::string_view typed);
 
+/// The beginning of the client's output: it asks for the secret that conserver wants to see.
+class Login {
+  public:
+    /// Takes output; answers what of it is to be shown. `keys` gets what is to be typed.
+    std::string read(std::string_view output, std::string &keys);
+
+  private:
+    std::string asked_; ///< what may be the question
+    bool isAnswered_ = false;
+    bool isDone_ = false;
+};
+
 /// Takes what the client says of each character sent by its number out of its output, at most as
 /// often as is expected, and counts down. Words that come in two pieces stay.
 void dropQuotes(std::string &output, unsigned &expected);

@@ -28,7 +28,6 @@ constexpr std::size_t most_terminals = 16; ///< of one user
 constexpr std::size_t most_output = std::size_t{256} * 1024;
 constexpr auto first_frame_patience = 10s;
 constexpr auto reading_patience = 60s;
-constexpr auto state_lifetime = 1s; ///< of what conserver said last
 constexpr auto state_interval = 5s; ///< while terminals are open
 
 volatile std::sig_atomic_t is_stopping = 0;
@@ -61,20 +60,6 @@ unsigned short numberAt(std::string_view payload, std::size_t at) {
                                        static_cast<unsigned char>(payload[at + 1]));
 }
 
-/// The lines of a payload, at most `most`; the last has the rest.
-std::vector<std::string> linesOf(std::string_view payload, std::size_t most) {
-    std::vector<std::string> lines;
-    while (lines.size() + 1 < most) {
-        const auto end = payload.find('\n');
-        if (end == std::string_view::npos)
-            break;
-        lines.emplace_back(payload.substr(0, end));
-        payload.remove_prefix(end + 1);
-    }
-    lines.emplace_back(payload);
-    return lines;
-}
-
 } // namespace
 
 void PortService::stop() {
@@ -98,7 +83,7 @@ std::vector<pollfd> PortService::waitedFor() const {
     const bool hasRoom = connections_.size() < most_connections;
     std::vector<pollfd> fds = {watch(browsers_.get(), hasRoom, false),
                                watch(locals_.get(), hasRoom, false),
-                               watch(asking_.fd(), static_cast<bool>(asking_), false)};
+                               watch(asking_.fd(), asking_.isRunning(), false)};
     for (const Connection &each : connections_) {
         fds.push_back(watch(each.socket.get(), !each.isEnding, !each.out.empty()));
         const Terminal *terminal = each.isEnding ? nullptr : each.terminal.get();
@@ -114,8 +99,7 @@ void PortService::run() {
     constexpr int second = 1000;
     while (is_stopping == 0) {
         std::vector<pollfd> fds = waitedFor();
-        const bool isIdle = connections_.empty() && commands_.empty() && !asking_;
-        const int ready = ::poll(fds.data(), fds.size(), isIdle ? -1 : second);
+        const int ready = ::poll(fds.data(), fds.size(), second);
         takeRemains();
         if (ready < 0)
             for (pollfd &fd : fds)
@@ -133,6 +117,11 @@ void PortService::run() {
         }
         if (fds[2].revents != 0)
             readStates();
+        for (; fd != fds.end(); ++fd)
+            if (fd->revents != 0) {
+                readCommands();
+                break;
+            }
         if (fds[0].revents != 0)
             accept(browsers_, false);
         if (fds[1].revents != 0)
@@ -270,67 +259,6 @@ void PortService::openTerminal(Connection &connection, Grant grant) {
     tellState(connection);
 }
 
-void PortService::askConsoles(Connection &connection) {
-    connection.asksStates = true;
-    if (!asking_ && (isStale_ || Clock::now() - asked_ >= state_lifetime)) {
-        rights_.refresh();
-        answer_.clear();
-        isStale_ = false;
-        asking_ = Child::onPipe(consoleCommand("root", {"-i"}));
-    }
-    if (!asking_)
-        readStates();
-}
-
-void PortService::readStates() {
-    std::array<char, 16384> buffer;
-    while (asking_) {
-        const ssize_t got = ::read(asking_.fd(), buffer.data(), buffer.size());
-        if (got < 0 && (errno == EAGAIN || errno == EINTR))
-            return;
-        if (got > 0) {
-            answer_.append(buffer.data(), static_cast<std::size_t>(got));
-            continue;
-        }
-        asking_.end();
-        asked_ = Clock::now();
-        consoles_ = readConsoleStates(answer_);
-    }
-    std::optional<std::string> states;
-    const auto terminals = this->terminals();
-    for (Connection &each : connections_) {
-        if (each.terminal)
-            tellState(each);
-        if (!each.asksStates || each.isEnding)
-            continue;
-        if (!states)
-            states = writePortStates(statesOf(rights_.config(), consoles_, terminals));
-        appendFrame(each.out, 'J', *states);
-        each.isEnding = true;
-    }
-}
-
-void PortService::command(Connection &connection, const Frame &frame) {
-    const auto lines = linesOf(frame.payload, 2);
-    const auto at = lines.front().rfind('@');
-    const std::string user = lines.front().substr(0, at);
-    const std::string target = at == std::string::npos ? "" : lines.front().substr(at + 1);
-    std::vector<std::string> arguments = {"-d", lines.front()};
-    if (frame.type == 'M')
-        arguments = {"-t", lines.front(), lines.back()};
-    else
-        for (Connection &each : connections_)
-            if (each.terminal && !each.isEnding && each.terminal->grant().user == user &&
-                each.terminal->grant().target == target) {
-                end(each, "An administrator has ended this terminal.", false);
-                connection.isDone = true;
-            }
-    Child child = Child::onPipe(consoleCommand("root", arguments));
-    connection.waitsFor = child.pid();
-    commands_.push_back(std::move(child));
-    isStale_ = true;
-}
-
 void PortService::end(Connection &connection, std::string_view reason, bool again) {
     if (connection.isEnding)
         return;
@@ -376,51 +304,16 @@ void PortService::readTerminal(Connection &connection) {
     }
 }
 
-void PortService::tellState(Connection &connection) {
-    if (!connection.terminal || connection.isEnding)
-        return;
-    const Terminal &terminal = *connection.terminal;
-    std::string writer;
-    for (const ConsoleState &console : consoles_)
-        if (console.name == terminal.grant().target)
-            for (const PortUser &user : console.users)
-                if (user.writes)
-                    writer = user.user;
-    const std::string state = concat(
-        {"{\"mode\":", terminal.writes() ? "\"write\"" : "\"watch\"",
-         ",\"mayWrite\":", terminal.grant().watches ? "false" : "true",
-         ",\"writer\":", jsonString(terminal.writes() ? terminal.grant().user : writer), "}"});
-    if (state == connection.shown)
-        return;
-    connection.shown = state;
-    appendFrame(connection.out, 'S', state);
-}
-
 void PortService::takeRemains() {
     for (const auto &[pid, status] : reap()) {
         if (asking_.pid() == pid)
             asking_.forget();
-        bool reached = false;
-        commands_.remove_if([&](Child &child) {
-            if (child.pid() != pid)
-                return false;
-            // console succeeds, too, when there was nobody: "disconnected 0 users".
-            std::array<char, 512> words = {};
-            const ssize_t got = ::read(child.fd(), words.data(), words.size());
-            reached =
-                std::string_view(words.data(), static_cast<std::size_t>(std::max<ssize_t>(got, 0)))
-                    .find(" 0 user") == std::string_view::npos;
-            child.forget();
-            return true;
-        });
-        for (Connection &each : connections_) {
+        for (ConsoleQuery &command : commands_)
+            if (command.pid() == pid)
+                command.forget();
+        for (Connection &each : connections_)
             if (each.terminal && each.terminal->child().pid() == pid)
                 each.terminal->child().forget();
-            if (each.waitsFor != pid)
-                continue;
-            appendFrame(each.out, 'J', (status == 0 && reached) || each.isDone ? "ok" : "failed");
-            each.isEnding = true;
-        }
     }
 }
 
@@ -428,25 +321,27 @@ void PortService::takeRemains() {
 void PortService::look() {
     looked_ = Clock::now();
     rights_.refresh();
+    upkeep_.look(rights_.config());
+    readCommands();
     for (Connection &each : connections_) {
         if (!each.terminal) {
-            if (!each.isEnding && !each.asksStates && each.waitsFor == 0 &&
+            if (!each.isEnding && !each.asksStates && each.command == nullptr &&
                 looked_ - each.heard > first_frame_patience)
                 each.socket.reset();
         } else if (Grant grant = each.terminal->grant(); !isLive(grant)) {
             end(each, "The session has ended.", false);
         } else if (const std::string refusal = rights_.refusal(grant); !refusal.empty()) {
             end(each, refusal, false);
+        } else if (each.terminal->grant().idleMinutes > 0 && each.terminal->writes() &&
+                   each.terminal->idle() >= 60 * std::int64_t{each.terminal->grant().idleMinutes}) {
+            end(each, "Nothing was typed for too long.", false);
         }
         if (!each.out.empty() && looked_ - each.heard > reading_patience)
             each.socket.reset();
     }
     const bool hasTerminals = !terminals().empty();
-    if (!asking_ && hasTerminals && (isStale_ || looked_ - asked_ >= state_interval)) {
-        answer_.clear();
-        isStale_ = false;
-        asking_ = Child::onPipe(consoleCommand("root", {"-i"}));
-    }
+    if (hasTerminals && (isStale_ || looked_ - asked_ >= state_interval))
+        askStates();
 }
 
 std::vector<const Terminal *> PortService::terminals() const {

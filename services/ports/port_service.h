@@ -1,8 +1,10 @@
 #pragma once
 
 #include "platform/ports/port_frames.h"
+#include "services/ports/console_query.h"
 #include "services/ports/rights.h"
 #include "services/ports/terminal.h"
+#include "services/ports/upkeep.h"
 
 #include <chrono>
 #include <list>
@@ -38,11 +40,11 @@ class PortService {
         FrameReader reader = {};
         std::string out = "";
         std::unique_ptr<Terminal> terminal = nullptr;
-        std::string shown = "";  ///< state that the other end was told last
-        bool isEnding = false;   ///< closed once everything was sent
-        bool asksStates = false; ///< waits for the states of the ports
-        pid_t waitsFor = 0;      ///< for a command of console, which says how it went
-        bool isDone = false;     ///< whatever that says
+        std::string shown = "";                 ///< state that the other end was told last
+        bool isEnding = false;                  ///< closed once everything was sent
+        bool asksStates = false;                ///< waits for the states of the ports
+        const ConsoleQuery *command = nullptr;  ///< that it waits for
+        bool isDone = false;                    ///< whatever that says
         Clock::time_point heard = Clock::now(); ///< when it last took or sent anything
     };
 
@@ -57,7 +59,10 @@ class PortService {
     void send(Connection &connection) const;
     void readTerminal(Connection &connection);
     void tellState(Connection &connection);
+    void askStates();
     void readStates();
+    void answerStates();
+    void readCommands();
     void takeRemains();
     void look();
 
@@ -68,13 +73,13 @@ class PortService {
     UniqueFd browsers_;
     UniqueFd locals_;
     Rights rights_;
+    Upkeep upkeep_;
     std::list<Connection> connections_;
-    Child asking_; ///< console -i
-    std::string answer_;
+    ConsoleQuery asking_; ///< "-i"
     std::vector<ConsoleState> consoles_;
     Clock::time_point asked_ = {};
     Clock::time_point looked_ = {};
-    std::list<Child> commands_;
+    std::list<ConsoleQuery> commands_;
     bool isStale_ = true; ///< something has changed since the consoles were asked
 };
 

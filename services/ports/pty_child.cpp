@@ -58,21 +58,10 @@ Child Child::onTerminal(const Command &command) {
     const UniqueFd terminal(::ioctl(own.get(), TIOCGPTPEER, O_RDWR | O_NOCTTY | O_CLOEXEC));
     if (!terminal || ::fcntl(own.get(), F_SETFL, O_RDWR | O_NONBLOCK) != 0)
         return {};
-    return start(command, std::move(own), terminal.get(), true);
+    return start(command, std::move(own), terminal.get());
 }
 
-Child Child::onPipe(const Command &command) {
-    int ends[2];
-    if (::pipe2(ends, O_CLOEXEC) != 0)
-        return {};
-    UniqueFd own(ends[0]);
-    const UniqueFd output(ends[1]);
-    if (::fcntl(own.get(), F_SETFL, O_NONBLOCK) != 0)
-        return {};
-    return start(command, std::move(own), output.get(), false);
-}
-
-Child Child::start(const Command &command, UniqueFd own, int child, bool isTerminal) {
+Child Child::start(const Command &command, UniqueFd own, int terminal) {
     // All memory is asked for before the fork.
     std::vector<std::string> arguments = command.arguments;
     std::vector<std::string> environment = command.environment;
@@ -83,18 +72,15 @@ Child Child::start(const Command &command, UniqueFd own, int child, bool isTermi
         errno = ENOENT;
         return {};
     }
-    const UniqueFd nowhere(::open("/dev/null", O_RDWR | O_CLOEXEC));
     const pid_t pid = ::fork();
     if (pid < 0)
         return {};
     if (pid == 0) {
         resetSignals();
         ::setsid();
-        if (isTerminal)
-            ::ioctl(child, TIOCSCTTY, 0);
-        ::dup2(isTerminal ? child : nowhere.get(), STDIN_FILENO);
-        ::dup2(child, STDOUT_FILENO);
-        ::dup2(isTerminal ? child : nowhere.get(), STDERR_FILENO);
+        ::ioctl(terminal, TIOCSCTTY, 0);
+        for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+            ::dup2(terminal, fd);
         if (account != nullptr && !become(*account))
             ::_exit(126);
         if (::chdir(command.folder.c_str()) != 0 && ::chdir("/") != 0)

@@ -28,14 +28,12 @@ class Child {
     Child &operator=(const Child &) = delete;
     ~Child() { end(); }
 
-    /// Starts the program on a new pseudo-terminal, or with its output on a pipe and no input. The
-    /// child is not there, and errno says why, when that failed; a program that cannot be run exits
-    /// with 127.
+    /// Starts the program on a new pseudo-terminal. The child is not there, and errno says why,
+    /// when that failed; a program that cannot be run exits with 127.
     static Child onTerminal(const Command &command);
-    static Child onPipe(const Command &command);
 
     explicit operator bool() const { return pid_ > 0; }
-    /// The terminal's other end, or the pipe's; does not block. -1 once the child was ended.
+    /// The terminal's other end; does not block. -1 once the child was ended.
     int fd() const { return fd_.get(); }
     pid_t pid() const { return pid_; }
     void resize(unsigned short columns, unsigned short rows) const;
@@ -47,7 +45,7 @@ class Child {
     void end();
 
   private:
-    static Child start(const Command &command, UniqueFd own, int child, bool isTerminal);
+    static Child start(const Command &command, UniqueFd own, int terminal);
 
     UniqueFd fd_;
     pid_t pid_ = -1;

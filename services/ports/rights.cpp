@@ -78,6 +78,8 @@ std::string Rights::refusal(Grant &grant) const {
         return "There is no such port among yours.";
     const PortSettings port = portSettings(config_, grant.port);
     grant.logsTyped = port.log == PortLog::both;
+    grant.logsEvents = port.log == PortLog::connections;
+    grant.idleMinutes = port.idleMinutes;
     return port.mode == PortMode::console ? "" : "This port has no terminal in its present mode.";
 }
 

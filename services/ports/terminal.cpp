@@ -4,6 +4,7 @@
 #include "settings/submission.h"
 #include "util/child_process.h"
 #include "util/fd.h"
+#include "util/log.h"
 #include "util/paths.h"
 #include "util/strings.h"
 
@@ -48,25 +49,43 @@ Child startedFor(const Grant &grant) {
 }
 
 /// As conserver writes its own lines into a log.
-std::string logLine(const std::string &user, const std::string &typed) {
+std::string logLine(const std::string &event) {
     const std::time_t now = std::time(nullptr);
     std::tm parts = {};
     std::array<char, 32> time = {};
     ::localtime_r(&now, &parts);
     const std::size_t length =
         std::strftime(time.data(), time.size(), "%a %b %e %H:%M:%S %Y", &parts);
-    return concat({"\n[-- ", user, " typed `", typed, "' -- ", {time.data(), length}, "]\n"});
+    return concat({"[-- ", event, " -- ", {time.data(), length}, "]\n"});
+}
+
+/// A full disk stops the log, not the port.
+void addToLog(unsigned port, const std::string &text, int flags = 0) {
+    constexpr mode_t own = 0600;
+    const UniqueFd log(::open(portLogPath(port).c_str(),
+                              O_WRONLY | O_APPEND | O_CLOEXEC | O_NOFOLLOW | flags, own));
+    if (log && ::write(log.get(), text.data(), text.size()) < 0)
+        logRecord(Priority::warn, "The log of port %u could not be written", port);
 }
 
 } // namespace
 
 Terminal::Terminal(Grant grant)
     : grant_(std::move(grant)), child_(startedFor(grant_)), since_(std::time(nullptr)),
-      notices_(!grant_.watches) {}
+      notices_(!grant_.watches) {
+    if (grant_.logsEvents)
+        addToLog(grant_.port, logLine(grant_.user + "@" + grant_.from + " attached"), O_CREAT);
+}
+
+Terminal::~Terminal() {
+    if (grant_.logsEvents)
+        addToLog(grant_.port, logLine(grant_.user + "@" + grant_.from + " detached"));
+}
 
 bool Terminal::type(std::string_view keys) {
     if (grant_.watches)
         return true;
+    typed_ = std::time(nullptr);
     if (toChild_.size() + keys.size() > most_typed)
         return false;
     if (grant_.target == "shell") {
@@ -79,6 +98,10 @@ bool Terminal::type(std::string_view keys) {
     quotes_ += static_cast<unsigned>((literal.size() - keys.size()) / 5);
     toChild_ += literal;
     return true;
+}
+
+std::int64_t Terminal::idle() const {
+    return static_cast<std::int64_t>(std::time(nullptr)) - typed_;
 }
 
 void Terminal::sendBreak() {
@@ -112,7 +135,14 @@ bool Terminal::read(std::string &output) {
     if (got <= 0) // EIO: nobody has the terminal open any more
         return false;
     std::string_view bytes(buffer.data(), static_cast<std::size_t>(got));
+    std::string shown;
     if (grant_.target != "shell") {
+        std::string keys;
+        shown = login_.read(bytes, keys);
+        toChild_ += keys;
+        bytes = shown;
+        if (bytes.empty())
+            return true;
         hasNews_ = notices_.read(bytes) || hasNews_;
         // The client's own greeting speaks of keys that do not reach it here.
         constexpr std::string_view greeting = "[Enter `^_c?' for help]\r\n";
@@ -137,12 +167,9 @@ void Terminal::logTyped(std::string_view keys) {
         }
         if (!line_.empty()) {
             const bool isShown = echoed_.find(line_) != std::string::npos;
-            const std::string text =
-                logLine(grant_.user, isShown ? line_ : settings::password_placeholder);
-            const UniqueFd log(::open(portLogPath(grant_.port).c_str(),
-                                      O_WRONLY | O_APPEND | O_CLOEXEC | O_NOFOLLOW));
-            if (log && ::write(log.get(), text.data(), text.size()) < 0)
-                break; // a full disk stops the log, not the port
+            addToLog(grant_.port,
+                     "\n" + logLine(grant_.user + " typed `" +
+                                    (isShown ? line_ : settings::password_placeholder) + "'"));
         }
         line_.clear();
         echoed_.clear();

@@ -18,8 +18,10 @@ struct Grant {
     std::string via = "";     ///< "web" or "ssh"
     std::string target = "";  ///< "port3", "attic/port3", "shell"
     unsigned port = 0;        ///< of this appliance; 0 for none
+    unsigned idleMinutes = 0; ///< without a key, after which who writes is disconnected; 0: never
     bool watches = false;     ///< whatever is typed is dropped
     bool logsTyped = false;
+    bool logsEvents = false; ///< who came and went, where conserver keeps no log
 };
 
 /// An open terminal: a program on a pseudo-terminal and the bytes between it and a connection.
@@ -27,11 +29,16 @@ class Terminal {
   public:
     /// Starts the program. When that fails the terminal is over at once.
     explicit Terminal(Grant grant);
+    Terminal(const Terminal &) = delete;
+    Terminal &operator=(const Terminal &) = delete;
+    ~Terminal();
 
     const Grant &grant() const { return grant_; }
     const Child &child() const { return child_; }
     Child &child() { return child_; }
     std::int64_t since() const { return since_; }
+    /// Seconds since something was typed, or since it was opened.
+    std::int64_t idle() const;
     bool writes() const { return !grant_.watches && notices_.writes(); }
 
     /// What was typed. False when so much waits for the program already that it was not taken.
@@ -56,7 +63,9 @@ class Terminal {
     Grant grant_;
     Child child_;
     std::int64_t since_;
+    std::int64_t typed_ = since_; ///< when something was typed last
     std::string toChild_;
+    Login login_;
     Notices notices_;
     bool hasNews_ = true;
     bool isFirst_ = true;

@@ -29,6 +29,7 @@ using namespace std::chrono_literals;
 
 constexpr mode_t folder_mode = 0755;
 constexpr auto health_patience = 10s;
+constexpr auto ending_patience = 3s;
 constexpr auto pause = 50ms;
 
 std::string historyPath(const std::string &name) {
@@ -106,6 +107,15 @@ bool take(const Service &service, const ConfigManager &config, bool isNewScript)
     return restart(service.name) && isHealthy(service, config, 0);
 }
 
+/// A daemon that does not want to end is killed.
+void end(const Service &service) {
+    disable(service.name);
+    const auto end = std::chrono::steady_clock::now() + ending_patience;
+    while (processOf(service.name) > 0 && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(pause);
+    signalService(service.name, SIGKILL);
+}
+
 /// The last lines that the daemon has put out.
 std::string lastWords(const Service &service) {
     const auto text =
@@ -140,7 +150,7 @@ Result change(const Service &service, const ConfigManager &config, Daemons daemo
     if (service.prepare != nullptr && !service.prepare(config))
         return {.outcome = Outcome::failed, .words = "Its keys could not be made."};
     if (!service.isOn(config)) {
-        disable(service.name);
+        end(service);
         return {.outcome = Outcome::off};
     }
     std::vector<File> own = service.files(config);

@@ -140,7 +140,9 @@ std::vector<File> files(const ConfigManager &config) {
 std::string run(const ConfigManager &config) {
     // Addresses of this machine alone, unless others may come.
     const bool isShared = !config.getElement("config.slaves.accept").empty();
-    return "exec conserver -C " + shellQuote(appliancePath("/etc/conserver/conserver.cf")) +
+    // Its children hold the ports, and outlive one that was killed.
+    return "pkill -KILL -x -s 0 conserver\nexec conserver -C " +
+           shellQuote(appliancePath("/etc/conserver/conserver.cf")) +
            (isShared ? "" : " -M 127.0.0.1") + "\n";
 }
 

@@ -36,6 +36,10 @@ void renderSummary(Engine &engine) {
         table.labelledTextRow(role, text);
     }
     table.close();
+
+    // Of a panel the second callback writes it.
+    if (const Widget *ports = WidgetRegistry::find("ports"); ports != nullptr && ports->second)
+        ports->second(engine);
 }
 
 const AutoRegisterFormlet registration("dashboardsummary", nullptr, renderSummary);

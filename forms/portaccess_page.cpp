@@ -6,6 +6,7 @@
 #include "platform/ports/port_access.h"
 #include "platform/ports/port_settings.h"
 #include "platform/ports/port_status.h"
+#include "settings/records.h"
 #include "ui/form.h"
 #include "ui/inputs.h"
 #include "ui/page.h"
@@ -110,6 +111,39 @@ void showList(Engine &engine, Cgi &cgi) {
     table.close();
 }
 
+/// The port of another appliance that `target` ("attic/port3") names, by its record; none when it
+/// names none.
+bool isSlavePort(const ConfigManager &config, const std::string &target) {
+    const auto slash = target.find("/port");
+    const settings::RecordList slaves("config.slaves", "slave");
+    const auto slave = slash == std::string::npos
+                           ? std::nullopt
+                           : slaves.find(config, ".name", target.substr(0, slash));
+    const auto number = slave ? parseWhole(target.substr(slash + 5)) : std::nullopt;
+    return number && *number >= 1 && *number <= slavePortCount(config, slaves.keyOf(*slave));
+}
+
+void showSlaves(const ConfigManager &config, Cgi &cgi) {
+    const settings::RecordList slaves("config.slaves", "slave");
+    for (const unsigned record : slaves.numbers(config)) {
+        const std::string key = slaves.keyOf(record);
+        const std::string name = config.getElement(key + ".name");
+        std::string links;
+        for (unsigned port = 1; port <= slavePortCount(config, key); ++port)
+            links +=
+                ui::link(concat({"?form=portaccess&port=", name, "/port", std::to_string(port)}),
+                         std::to_string(port)) +
+                " ";
+        ui::Table table(cgi);
+        table.open();
+        table.titleRow(name);
+        table.inputRow(
+            "Terminals", links,
+            encodeSafe("Ports of the appliance at " + config.getElement(key + ".address")));
+        table.close();
+    }
+}
+
 void render(Engine &engine) {
     Cgi *cgi = engine.requireCgi();
     if (cgi == nullptr)
@@ -117,6 +151,11 @@ void render(Engine &engine) {
     const std::string port = cgi->getVarString("port").raw;
     if (port.empty()) {
         showList(engine, *cgi);
+        showSlaves(engine.config(), *cgi);
+        return;
+    }
+    if (isSlavePort(engine.config(), port)) {
+        ui::showTerminal(engine, port, port, cgi->varStringExists("watch"));
         return;
     }
     const auto number = parseWhole(port);

@@ -1,6 +1,7 @@
 #include "services/apply.h"
 
 #include "platform/libzandorin/config_manager.h"
+#include "platform/libzandorin/service_history.h"
 #include "services/journal.h"
 #include "services/supervisor.h"
 #include "util/files.h"
@@ -31,10 +32,6 @@ constexpr mode_t folder_mode = 0755;
 constexpr auto health_patience = 10s;
 constexpr auto ending_patience = 3s;
 constexpr auto pause = 50ms;
-
-std::string historyPath(const std::string &name) {
-    return appliancePath("/var/run/services/" + name);
-}
 
 bool makeFolders(const std::string &path) {
     for (auto slash = path.find('/', 1); slash != std::string::npos;
@@ -189,7 +186,7 @@ Result change(const Service &service, const ConfigManager &config, Daemons daemo
 }
 
 void keep(const std::string &name, const Result &result) {
-    History history = historyOf(name);
+    ServiceHistory history = serviceHistory(name);
     const auto now = static_cast<std::int64_t>(std::time(nullptr));
     const bool isRefused = result.outcome == Outcome::refused || result.outcome == Outcome::failed;
     if (isRefused)
@@ -197,11 +194,7 @@ void keep(const std::string &name, const Result &result) {
     else if (result.outcome == Outcome::applied)
         history.changed = now;
     history.words = isRefused ? result.words : "";
-    makeFolders(historyPath(name));
-    replaceFile(historyPath(name),
-                std::to_string(history.changed) + "\n" + std::to_string(history.refused) + "\n" +
-                    history.words,
-                0600, Durable::no);
+    keepServiceHistory(name, history);
 }
 
 } // namespace
@@ -222,18 +215,6 @@ Result apply(const Service &service, const ConfigManager &config, Daemons daemon
         logRecord(Priority::error, "Service '%s' did not take its settings: %s", service.name,
                   result.words.c_str());
     return result;
-}
-
-History historyOf(const std::string &name) {
-    constexpr std::size_t limit = std::size_t{64} * 1024;
-    const std::string text = readFile(historyPath(name), limit).value_or("");
-    const auto first = text.find('\n');
-    const auto second = text.find('\n', first == std::string::npos ? first : first + 1);
-    if (second == std::string::npos)
-        return {};
-    return {.changed = leadingNumber(text),
-            .refused = leadingNumber(std::string_view(text).substr(first + 1)),
-            .words = text.substr(second + 1)};
 }
 
 } // namespace zandorin::services

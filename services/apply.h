@@ -31,16 +31,7 @@ enum class Daemons : std::uint8_t { now, later };
 
 /// Brings one service in line with the configuration; waits until its daemon answers, ten seconds
 /// at most. Only one at a time for each service: others wait. Keeps the result for the pages, see
-/// historyOf.
+/// platform/libzandorin/service_history.h.
 Result apply(const Service &service, const ConfigManager &config, Daemons daemons = Daemons::now);
-
-/// What is known of a service since it was changed last.
-struct History {
-    std::int64_t changed = 0; ///< seconds since the epoch; 0: never
-    std::int64_t refused = 0;
-    std::string words = ""; ///< of the last refusal, "" when a change was taken since
-};
-
-History historyOf(const std::string &name);
 
 } // namespace zandorin::services

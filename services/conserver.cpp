@@ -86,8 +86,7 @@ std::string slavesOf(const ConfigManager &config) {
         const std::string address = config.getElement(key + ".address");
         if (name.empty() || address.empty())
             continue;
-        const auto ports = parseWhole(config.getElement(key + ".ports")).value_or(8);
-        for (std::int64_t port = 1; port <= ports && port <= 96; ++port)
+        for (unsigned port = 1; port <= slavePortCount(config, key); ++port)
             text += "console " + conserverWord(name + "/port" + std::to_string(port)) +
                     " { master " + conserverWord(address) + "; type noop; rw *; }\n";
     }

@@ -1,4 +1,5 @@
 #include "platform/libzandorin/config_manager.h"
+#include "platform/libzandorin/service_history.h"
 #include "services/apply.h"
 #include "services/supervisor.h"
 #include "util/json.h"
@@ -20,9 +21,9 @@
 //     zandorin-services apply            every service
 //     zandorin-services apply NAME...    these
 //     zandorin-services write            only the files, before the supervisor is started
+//     zandorin-services page PAGE        those of a page, as its configurator calls it
 //     zandorin-services status [--json]  a line for each
 //
-// Called by the name of a page, as its configurator, it applies the services of that page.
 
 namespace zandorin::services {
 
@@ -74,7 +75,7 @@ int applyAll(const Services &services, Daemons daemons = Daemons::now) {
 
 int showStatus(bool isJson) {
     for (const Service *service : all()) {
-        const History history = historyOf(service->name);
+        const ServiceHistory history = serviceHistory(service->name);
         const long seconds = secondsUp(service->name);
         if (isJson)
             std::printf("{\"service\":%s,\"seconds\":%ld,\"changed\":%lld,\"refused\":%lld,"
@@ -91,17 +92,15 @@ int showStatus(bool isJson) {
 }
 
 int usage() {
-    std::fputs("usage: zandorin-services apply | write [NAME...] | status [--json]\n", stderr);
+    std::fputs("usage: zandorin-services apply [NAME...] | write [NAME...] | page PAGE | status [--json]\n", stderr);
     return 2;
 }
 
 int run(const std::vector<std::string> &arguments) {
-    const std::string program =
-        arguments.front().substr(arguments.front().rfind('/') + 1); // npos + 1 is 0
-    if (program != "zandorin-services")
-        return applyAll(ofPage(program));
     if (arguments.size() < 2)
         return usage();
+    if (arguments[1] == "page")
+        return arguments.size() == 3 ? applyAll(ofPage(arguments[2])) : usage();
     if (arguments[1] == "status")
         return showStatus(arguments.size() > 2 && arguments[2] == "--json");
     const Daemons daemons = arguments[1] == "write" ? Daemons::later : Daemons::now;

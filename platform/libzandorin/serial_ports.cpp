@@ -15,6 +15,13 @@ std::string portReference(unsigned number) {
     return "config.ports.port" + std::to_string(number);
 }
 
+unsigned slavePortCount(const ConfigManager &config, const std::string &key) {
+    constexpr unsigned standard = 8;
+    constexpr unsigned most = 96;
+    const unsigned count = config.getSize(key + ".ports");
+    return count == 0 ? standard : std::min(count, most);
+}
+
 std::string portLabel(const ConfigManager &config, unsigned number) {
     const std::string label = config.getElement(portReference(number) + ".label");
     return label.empty() ? "Port " + std::to_string(number) : label;

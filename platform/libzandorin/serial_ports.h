@@ -12,6 +12,8 @@ class ConfigManager;
 unsigned portCount(const ConfigManager &config);
 /// "config.ports.port<number>".
 std::string portReference(unsigned number);
+/// Number of serial ports of another appliance, whose record of config.slaves has this key.
+unsigned slavePortCount(const ConfigManager &config, const std::string &key);
 /// The port's label, raw, or "Port <number>".
 std::string portLabel(const ConfigManager &config, unsigned number);
 

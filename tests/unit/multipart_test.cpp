@@ -82,15 +82,6 @@ TEST(Multipart, Values) {
         EXPECT_EQ(parse(body, 1).values, values) << name;
 }
 
-TEST(Multipart, CutsAtTheFieldLimit) {
-    const std::string full(limit, 'x');
-    for (const char *excess : {"", "\r\n"}) {
-        const Field field = parse(named(full + excess)).fields.at("n");
-        EXPECT_EQ(field.truncated, *excess != '\0');
-        EXPECT_EQ(field.value, full);
-    }
-}
-
 TEST(Multipart, SkipsOverLongHeaderLines) {
     const std::string value(MultipartParser::max_header_line, 'x');
     for (const std::size_t size : {100U, 100000U}) {

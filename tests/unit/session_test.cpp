@@ -83,32 +83,6 @@ class SessionTest : public test::ApplianceTest {
     const ScopedEnvironment cookie_{"HTTP_COOKIE", nullptr};
 };
 
-TEST_F(SessionTest, CollectsTheIdsOfItsCookies) {
-    const std::pair<const char *, std::vector<std::string>> rows[] = {
-        {"a=1; ZdSessionId=abc; ZdSessionId=def", {"abc", "def"}},
-        {"\t ZdSessionId\t=\tabc\r\n", {"abc"}},
-        {"ZdSessionId=ZdSessionId=abc", {"ZdSessionId"}},
-        {"zdsessionid=abc; XZdSessionId=abc", {}},
-    };
-    for (const auto &[header, ids] : rows) {
-        const ScopedEnvironment cookie("HTTP_COOKIE", header);
-        EXPECT_EQ(Session::getSessionCookies(), ids) << header;
-    }
-    EXPECT_TRUE(Session::getSessionCookies().empty()) << "no header";
-}
-
-TEST_F(SessionTest, IdsAreHiddenInTheLog) {
-    const ScopedEnvironment cookie("HTTP_COOKIE", "ZdSessionId=abc;ZdSessionId=d\x1b; b");
-    const LogCapture log;
-    Session::getSessionCookies();
-    std::string records;
-    for (const std::string &record : log.records())
-        records += record.substr(4) + "|";
-    const std::string id = "Tok = ZdSessionId|Tok = ********|Session id ******** found|";
-    EXPECT_EQ(records,
-              "Cookie: ZdSessionId=********;ZdSessionId=********; b|" + id + id + "Tok = b|");
-}
-
 TEST_F(SessionTest, TheFirstIdWithAFileCountsAndIsHandedBack) {
     store("second", {.authState = 7});
     store("third", {.username = "other", .authState = 7});
@@ -313,42 +287,6 @@ TEST_F(SessionTest, AnUnfinishedLoginOfSomebodyElseIsOnlyLookedFor) {
     const Session own(Session::Helper::lookedFor);
     EXPECT_TRUE(own.isValid() && !own.authSuccess());
     EXPECT_EQ(alive.requests(), "");
-}
-
-TEST_F(SessionTest, TakesNothingFromAHelperButItsProtocol) {
-    const std::string id = bytes(Message::sessionId, "abc");
-    const struct {
-        const char *name;
-        std::string answer;
-        std::int32_t state = 0; ///< 0: the session is ended
-        const char *status = "", *prompt = "";
-    } rows[] = {
-        {"authenticated", id + authenticated, 7, "authenticated"},
-        {"rejected", id + bytes(Message::rejected) + end, 8, "failed"},
-        {"helper error", bytes(Message::helperError) + end, 6, "failed"},
-        {"challenge", id + bytes(Message::challenge, "Code\n\xff: ") + end, 2,
-         "challenge-in-progress", "Code\n\xff: "},
-        {"no end", id + bytes(Message::authenticated)},
-        {"id that is a path", bytes(Message::sessionId, "../x") + authenticated},
-    };
-    for (const auto &row : rows) {
-        MockHelper helper({row.answer}, row.state == 7 ? 600 : 0);
-        store("abc", {.authPid = helper.pid(), .authState = Session::state_id_received});
-        const Session session("abc", true);
-        EXPECT_EQ(helper.requests(), "10:198.51.100.7 1:abc 127\n") << row.name;
-        EXPECT_EQ(session.isValid(), row.state != 0) << row.name;
-        EXPECT_EQ(session.authSuccess(), row.state == 7) << row.name;
-        if (row.state != 0) {
-            EXPECT_EQ(session.authStatus(), row.state) << row.name;
-            EXPECT_EQ(session.authFinalised(), row.state >= 6) << row.name;
-            EXPECT_EQ(session.authStatusString(), row.status) << row.name;
-            EXPECT_EQ(session.getPrompt(), row.prompt) << row.name;
-            EXPECT_EQ(readSessionRecord("abc")->authState, row.state) << row.name;
-        } else {
-            EXPECT_FALSE(stored("abc")) << row.name;
-            EXPECT_EQ(helper.endedBy(), SIGTERM) << row.name;
-        }
-    }
 }
 
 TEST_F(SessionTest, RelaysTheReplyToAChallenge) {

@@ -14,32 +14,6 @@ namespace {
 
 using ::testing::StartsWith;
 
-constexpr const char *document = "<tree a=\"1\" b=\"&lt;\"><!-- c --><leaf>x</leaf><leaf>y</leaf>"
-                                 "<empty/><nest> <leaf>\xc3\xa4</leaf>\n</nest></tree>";
-
-TEST(XmlImage, AnswersAsTheTreeDoes) {
-    const XmlImage image(parseXml(document)->root);
-    EXPECT_EQ(image.name(XmlImage::root), "tree");
-    EXPECT_EQ(image.text(XmlImage::root), "");
-    EXPECT_EQ(image.attribute(XmlImage::root, "b"), "<");
-    EXPECT_EQ(image.attribute(XmlImage::root, "leaf"), std::nullopt);
-    EXPECT_EQ(image.child(XmlImage::root, "a"), XmlImage::none) << "an attribute is no element";
-    std::string children;
-    for (auto child = image.firstChild(XmlImage::root); child != XmlImage::none;
-         child = image.next(child))
-        children.append(image.name(child)).append("=").append(image.text(child)).append(" ");
-    EXPECT_EQ(children, "leaf=x leaf=y empty= nest= ");
-    EXPECT_EQ(image.text(image.child(XmlImage::root, "leaf")), "x") << "the first one";
-    const auto nest = image.child(XmlImage::root, "nest");
-    EXPECT_EQ(image.text(image.child(nest, "leaf")), "\xe4") << "ISO-8859-1";
-    EXPECT_EQ(image.child(nest, "empty"), XmlImage::none);
-
-    const XmlImage none;
-    EXPECT_EQ(none.name(XmlImage::root), "");
-    EXPECT_EQ(none.child(XmlImage::root, "a"), XmlImage::none);
-    EXPECT_EQ(none.firstChild(XmlImage::root), XmlImage::none);
-}
-
 class XmlSnapshot : public test::ApplianceTest {
   protected:
     static constexpr const char *file = "/etc/config/test.xml";

@@ -31,12 +31,6 @@ class Commit : public RequestTest {
     }
     Response page() { return get("form=commit", cookie_); }
 
-    template <typename Condition> static void waitFor(Condition condition) {
-        for (int tries = 0; tries < 4000 && !condition(); ++tries)
-            std::this_thread::sleep_for(5ms);
-        ASSERT_TRUE(condition());
-    }
-
     std::string cookie_;
 };
 
@@ -144,9 +138,9 @@ TEST_F(Commit, ConfiguratorsOfTwoRequestsDoNotMeet) {
     ASSERT_EQ(::mkfifo(onHost("/gate").c_str(), 0600), 0);
     // The page waits at the gate with its own configurator scheduled.
     Running other = startPost(formData("form=u&apply=on&config.test.u=1"), cookie_);
-    waitFor([&] { return stored("config.test.u") == "1"; });
+    ASSERT_TRUE(waitFor([&] { return stored("config.test.u") == "1"; }));
     Running first = startPost(formData("form=t&apply=Apply&config.test.a=1"), cookie_);
-    waitFor([&] { return exists("/ran"); });
+    ASSERT_TRUE(waitFor([] { return exists("/ran"); }));
     UniqueFd(::open(onHost("/gate").c_str(), O_WRONLY | O_CLOEXEC)).reset();
     first.finish();
     EXPECT_TRUE(other.finish().body.ends_with("</html>\n"));
@@ -170,7 +164,8 @@ TEST_F(Commit, ConfiguratorsThatBeginAtTheSameMomentDoNotMeet) {
     for (const char *key : {"config.test.u1", "config.test.u2"})
         requests.push_back(
             startPost(Fields{{key, "1"}} + formData("form=u&apply=Apply"), cookie_, slowly));
-    waitFor([&] { return stored("config.test.u1") + stored("config.test.u2") == "11"; });
+    ASSERT_TRUE(
+        waitFor([&] { return stored("config.test.u1") + stored("config.test.u2") == "11"; }));
     std::this_thread::sleep_for(500ms); // until both stand at the gate
     UniqueFd(::open(onHost("/gate").c_str(), O_WRONLY | O_CLOEXEC)).reset();
     for (Running &request : requests)

@@ -1,7 +1,6 @@
 #include "tests/request/users_page.h"
 
 #include <csignal>
-#include <filesystem>
 #include <set>
 #include <sstream>
 #include <utility>
@@ -13,12 +12,9 @@
 namespace zandorin::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr const char *folder = "/etc/config";
 constexpr const char *kept = "/tmp/kept";
 constexpr const char *users_lock = "/etc/config/.settings.lock";
-constexpr const char *group_file = "/etc/config/group";
 
 struct Change {
     const char *name;

@@ -1,9 +1,7 @@
 #include "tests/request/users_page.h"
-#include "tests/support/page_outline.h"
-#include "tests/support/page_reader.h"
+#include "tests/support/pages.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <regex>
 #include <set>
 
@@ -13,7 +11,6 @@
 namespace zandorin::test {
 namespace {
 
-namespace fs = std::filesystem;
 using Outline = std::vector<std::string>;
 
 const struct Payload {
@@ -100,14 +97,8 @@ class HostileInput : public RequestTest {
                    {rule + "trigger_actions.action1.type", "email"}});
         putFiles("text");
         // Ends at once, and none is run: what a real one gets stands in their own tests.
-        fs::remove(onHost("/bin/pam-client"));
-        putProgram("/bin/pam-client", "exit 1\n");
-        fs::remove_all(onHost("/usr/lib/zandorin/configurators"));
-    }
-
-    void putProgram(const std::string &path, const std::string &script) const {
-        put(path, "#!/bin/sh\n" + script);
-        fs::permissions(onHost(path), fs::perms::owner_all);
+        putProgram("/bin/pam-client", "exit 1");
+        remove("/usr/lib/zandorin/configurators");
     }
 
     /// Every file whose text a page shows, with that text in it. A user of that name is logged in.
@@ -121,14 +112,14 @@ class HostileInput : public RequestTest {
         put("/var/run/autoresponse.status",
             "1\t" + line + "\t" + line + "\t" + line + "\t" + line + "\n");
         put("/etc/config/users/ann/.ssh/authorized_keys", text + "\n");
-        fs::remove(onHost("/proc/uptime"));
+        remove("/proc/uptime");
         put("/proc/uptime", text);
         put("/lldp", "lldp.eth0.chassis.name=" + text + "\nlldp." + text + ".port.descr=" + text +
                          "\nlldp.eth0." + text + "=b\nlocal-chassis.chassis.name=" + text + "\n");
-        putProgram("/sbin/lldpcli", "grep -a ^l \"$ZANDORIN_ROOT/lldp\"\n");
+        putProgram("/sbin/lldpcli", "grep -a ^l \"$ZANDORIN_ROOT/lldp\"");
         const std::string field = replaced(line, ":", " ");
-        put("/etc/config/passwd", "root:x:0:0::/root:/bin/sh\n" + nameOf(text) + ":x:1000:1000:" +
-                                      field + ":/:/bin/sh\nann:x:1001:1001:" + field + ":/:\n");
+        put(passwd, "root:x:0:0::/root:/bin/sh\n" + nameOf(text) + ":x:1000:1000:" + field +
+                        ":/:/bin/sh\nann:x:1001:1001:" + field + ":/:\n");
         login(nameOf(text), "another");
         const std::string session = "/var/run/.sessions/session-another";
         put(session, replaced(read(session), "192.0.2.1", text));
@@ -230,7 +221,7 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
     /// Posts the fields to the configuration as it was at first; the answer, and the page after
     /// a change.
     void submit(Fields fields, const std::string &query, std::vector<Response> &answers) {
-        fs::remove_all(onHost("/etc/config"));
+        remove("/etc/config");
         fs::copy(onHost("/tmp/kept"), onHost("/etc/config"), fs::copy_options::recursive);
         answers.push_back(post(fields + formData(query), login("root", "own")));
         if (configuration() != read("/tmp/kept/config.xml"))

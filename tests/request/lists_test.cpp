@@ -1,5 +1,5 @@
 #include "tests/request/users_page.h"
-#include "tests/support/page_reader.h"
+#include "tests/support/pages.h"
 
 // What every list of a settings page does, seen at the time servers: their page has no code of
 // its own for it.

@@ -4,8 +4,6 @@
 
 #include <chrono>
 #include <csignal>
-#include <filesystem>
-#include <thread>
 
 namespace zandorin::test {
 namespace {
@@ -13,10 +11,7 @@ namespace {
 class LldpStatus : public RequestTest {
   protected:
     /// Stands in for the LLDP client; "$*" are the words it was called with.
-    void putClient(const std::string &script) {
-        put("/sbin/lldpcli", "#!/bin/sh\n" + script);
-        std::filesystem::permissions(onHost("/sbin/lldpcli"), std::filesystem::perms::owner_all);
-    }
+    void putClient(const std::string &script) { putProgram("/sbin/lldpcli", script); }
     Response page() { return get("form=lldpstatus", login()); }
 };
 
@@ -69,9 +64,7 @@ TEST_F(LldpStatus, ComesWhenTheClientHangsAndEndsIt) {
     EXPECT_EQ(response.lacks({"The LLDP client gave no full answer (incomplete).", "console-1"}),
               "");
     EXPECT_TRUE(response.body.ends_with("</html>\n"));
-    for (int i = 0; i < 100 && !exists("/tmp/ended"); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    EXPECT_TRUE(exists("/tmp/ended"));
+    EXPECT_TRUE(waitFor([] { return exists("/tmp/ended"); }));
 }
 
 TEST_F(LldpStatus, ShowsTheNeighborOfARealDaemon) {

@@ -1,6 +1,5 @@
 #include "tests/request/users_page.h"
 
-#include <filesystem>
 #include <regex>
 
 // Logins from outside: the real program, the real helper, PAM.
@@ -8,13 +7,11 @@
 namespace zandorin::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 class Login : public RequestTest {
   protected:
     Login() {
         put("/etc/pam.d/web", "auth required pam_unix.so nodelay\naccount required pam_unix.so\n");
-        put("/etc/config/passwd",
+        put(passwd,
             std::string("root:") + ::crypt("kestrel", "$6$saltsalt$") + ":0:0::/root:/bin/sh\n");
     }
 

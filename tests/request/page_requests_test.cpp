@@ -1,4 +1,4 @@
-#include "tests/support/page_reader.h"
+#include "tests/support/pages.h"
 #include "tests/support/request_test.h"
 
 #include <unistd.h>
@@ -56,7 +56,7 @@ TEST_F(PageRequests, AreForUsersWhoAreLoggedIn) {
         else if (refused == std::string("unconverted"))
             configure("config.system.password", "clear");
         else if (refused == std::string("no account"))
-            put("/etc/config/passwd", "root:x:0:0::/:/bin/sh\n");
+            put(passwd, "root:x:0:0::/:/bin/sh\n");
         for (const char *form : {"configurators", "check"})
             EXPECT_EQ(get(std::string("form=") + form, cookie).body == "{\"login\":true}\n",
                       *refused != '\0')
@@ -122,8 +122,7 @@ TEST_F(PageRequests, AnswerWhileConfiguratorsHoldEveryPage) {
     Running saving = startPost(formData("form=t&apply=Apply&config.test.a=192.0.2.1"), cookie_);
     saving.readPage();
     std::string seen;
-    for (int tries = 0; tries < 500 && seen.find("\"running\",") == std::string::npos; ++tries)
-        seen = work();
+    waitFor([&] { return (seen = work()).find("\"running\",") != std::string::npos; });
     EXPECT_THAT(seen, ContainsRegex("\\{\"running\":true,.*\"t\",\"state\":\"running\","));
     put("/go", "");
     saving.finish();

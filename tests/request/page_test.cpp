@@ -39,7 +39,7 @@ TEST_F(Page, DefaultFormFollowsTheStateOfTheAppliance) {
     configure("config.interfaces.wan.mode", "dhcp");
     configure("config.ports.port1.speed", "9600");
     EXPECT_TRUE(get("", login()).has(welcome));
-    put("/etc/config/passwd", "root:$1$abcdefgh$EARFjJK9mlHVaSkldiETN0:0:0:root:/:/bin/bash\n");
+    put(passwd, "root:$1$abcdefgh$EARFjJK9mlHVaSkldiETN0:0:0:root:/:/bin/bash\n");
     EXPECT_TRUE(get("", login()).has(summary));
 }
 
@@ -81,12 +81,12 @@ TEST_F(Page, OnlyUsersWithAnAccountAndAHashedPassword) {
 }
 
 TEST_F(Page, DamagedFilesAreReportedAndLeftAlone) {
-    put("/etc/config/config.xml", "<config><system>");
+    put(config_file, "<config><system>");
     expectLog("Failed to read configuration.");
     EXPECT_TRUE(get("form=sessions", login()).has("Failed to read configuration.</p>"));
     EXPECT_EQ(configuration(), "<config><system>");
 
-    put("/etc/config/config.xml", "<config/>");
+    put(config_file, "<config/>");
     put("/home/httpd/nav.xml", "<tree><branch");
     expectLog("Damaged configuration");
     expectLog("/home/httpd/nav.xml");

@@ -31,7 +31,7 @@ class SettingsRules : public RequestTest {
         const std::string factory = configuration();
         for (const Row &row : rows) {
             SCOPED_TRACE(row.sent);
-            put("/etc/config/config.xml", factory);
+            put(config_file, factory);
             configure(fields(prefix, row.stored));
             const std::string before = configuration();
             const Response response = submit(form, fields(prefix, row.sent));
@@ -39,7 +39,7 @@ class SettingsRules : public RequestTest {
             EXPECT_EQ(response.has("Changes to configuration succeeded."), row.errors.empty());
             EXPECT_EQ(configuration() == before, !row.errors.empty());
         }
-        put("/etc/config/config.xml", factory);
+        put(config_file, factory);
     }
 };
 

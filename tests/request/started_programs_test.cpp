@@ -2,7 +2,6 @@
 #include "util/files.h"
 
 #include <cstring>
-#include <filesystem>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -12,7 +11,6 @@
 namespace zandorin::test {
 namespace {
 
-namespace fs = std::filesystem;
 using Set = std::set<std::string>;
 
 /// What may be handed on, and what shells add to it.

@@ -8,8 +8,6 @@
 namespace zandorin::test {
 namespace {
 
-constexpr const char *config = "/etc/config/config.xml";
-
 /// A page "example" of templates, its head and tail reduced to marks around what it shows.
 class Templates : public RequestTest {
   protected:
@@ -65,11 +63,11 @@ TEST_F(Templates, EveryExampleOfTheDocument) {
         ++number;
         if (kind == "config") {
             configure(fieldsOf(text));
-            blocks["before"] = read(config);
+            blocks["before"] = read(config_file);
         } else if (kind.starts_with('/')) {
             put(kind, text);
         } else if (kind == "html") {
-            put(config, blocks["before"]);
+            put(config_file, blocks["before"]);
             EXPECT_EQ(trim(show(blocks["def"], blocks["frm"], fieldsOf(blocks["post"]))),
                       trim(text))
                 << "templates.md, the example that ends at line " << number;

@@ -8,8 +8,6 @@
 
 namespace zandorin::test {
 
-inline constexpr const char *passwd = "/etc/config/passwd";
-inline constexpr const char *config_file = "/etc/config/config.xml";
 inline constexpr const char *key_one = "ssh-ed25519 AAAAC3NzaC1lZDI1NTE5AAAA ann@home";
 inline constexpr const char *key_two = "ssh-rsa AAAAB3NzaC1yc2E= second";
 
@@ -42,24 +40,9 @@ class Users : public RequestTest {
   protected:
     std::string value(const std::string &key) const { return stored("config." + key); }
     /// The files that a change of users may touch.
-    std::string files() const { return read(passwd) + read("/etc/config/group") + configuration(); }
+    std::string files() const { return read(passwd) + read(group_file) + configuration(); }
     static std::string keysOf(const std::string &name) {
         return "/etc/config/users/" + name + "/.ssh/authorized_keys";
-    }
-
-    std::string account(const std::string &name) const {
-        std::smatch match;
-        const std::string text = read(passwd);
-        return std::regex_search(text, match, std::regex("(^|\n)(" + name + ":[^\n]*)"))
-                   ? match[2].str()
-                   : "";
-    }
-    bool hasPassword(const std::string &name, const std::string &password) const {
-        const std::string line = account(name);
-        const auto start = line.find(':') + 1;
-        const std::string hash = line.substr(start, line.find(':', start) - start);
-        const char *made = ::crypt(password.c_str(), hash.c_str());
-        return made != nullptr && hash == made;
     }
 
     Response upload(const Fields &fields, const std::string &name, const std::string &fileName,

@@ -1,7 +1,5 @@
 #include "tests/request/users_page.h"
 
-#include <filesystem>
-
 namespace zandorin::test {
 namespace {
 

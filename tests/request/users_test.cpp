@@ -2,14 +2,9 @@
 #include "util/files.h"
 
 #include <csignal>
-#include <filesystem>
-
-#include <unistd.h>
 
 namespace zandorin::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 TEST_F(Users, WhatIsTypedIsSavedOrShownAgainAndTakenAway) {
     expectLog("<i>Description</i> can not contain markup.");
@@ -32,7 +27,7 @@ TEST_F(Users, WhatIsTypedIsSavedOrShownAgainAndTakenAway) {
     EXPECT_EQ(configuration().find("made-up"), std::string::npos);
     const std::string file = keysOf("ann");
     EXPECT_EQ(read(file), std::string(key_one) + "\n" + key_two + "\n");
-    EXPECT_EQ(fs::status(onHost(file)).permissions(), fs::perms(0600));
+    EXPECT_EQ(modeOf(file), 0600U);
 
     // All of it goes again, and the password stays.
     ASSERT_TRUE(saved(post(userFields(1, "ann", "ann", "********"), login())));
@@ -111,9 +106,7 @@ TEST_F(Users, ALinkActsToItsEndWhoeverHangsUp) {
                 return true;
         return false;
     };
-    for (int tries = 0; tries < 2000 && !waits(); ++tries)
-        ::usleep(1000);
-    ASSERT_TRUE(waits());
+    ASSERT_TRUE(waitFor(waits));
     // What changed while it waited counts.
     configure({{"config.users.user1.username", "bea"}, {"config.users.user2.username", "ann"}});
     // As a web server does whose client has gone.
@@ -129,18 +122,18 @@ TEST_F(Users, GroupsHaveRolesAndTakeTheirMembersAlong) {
     ASSERT_TRUE(
         saved(post(groupFields(7, "", "ops", formData("role.status=on&role.root=on")), login())));
     ASSERT_TRUE(saved(post(userFields(1, "", "ann", "secret", {{"group.ops", "on"}}), login())));
-    EXPECT_NE(read("/etc/config/group").find("ops:x:1001:\n"), std::string::npos);
+    EXPECT_NE(read(group_file).find("ops:x:1001:\n"), std::string::npos);
     EXPECT_TRUE(get("form=sessions", login("ann")).has("Web Sessions"));
     EXPECT_TRUE(get("form=users", login("ann")).has("not authorized"));
 
     ASSERT_TRUE(saved(post(groupFields(7, "ops", "night", {{"role.devices", "on"}}), login())));
     EXPECT_EQ(value("users.user1.groups.group1"), "night");
-    EXPECT_NE(read("/etc/config/group").find("night:x:1001:\n"), std::string::npos);
+    EXPECT_NE(read(group_file).find("night:x:1001:\n"), std::string::npos);
     EXPECT_TRUE(get("form=sessions", login("ann")).has("not authorized"));
 
     ASSERT_TRUE(post(question("delete", "group", 7, "night"), login())
                     .has("Group 'night' has been deleted."));
-    EXPECT_EQ((configuration() + read("/etc/config/group")).find("night"), std::string::npos);
+    EXPECT_EQ((configuration() + read(group_file)).find("night"), std::string::npos);
     // Built-in roles are not to be taken away.
     EXPECT_TRUE(get("form=users&action=edit&index=1&type=group", login())
                     .has("name=\"role.power\" value=\"on\" disabled checked"));

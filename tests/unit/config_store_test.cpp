@@ -1,7 +1,6 @@
 #include "platform/libzandorin/config_manager.h"
 #include "tests/support/appliance_test.h"
 #include "util/exception.h"
-#include "util/paths.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -11,7 +10,7 @@ namespace {
 
 using testing::ElementsAre;
 
-constexpr const char *file = "/etc/config/config.xml";
+constexpr const char *file = test::config_file;
 constexpr const char *delayed_file = "/etc/config/delayed/config.xml";
 constexpr const char *queue = "/etc/config/delayed/configurators";
 
@@ -108,7 +107,7 @@ TEST_F(ConfigStore, DamagedFilesAreRefusedAndKept) {
         EXPECT_FALSE(store.isDirty());
         for (Store *each : {&store, &early})
             EXPECT_FALSE(each->write() || each->doDelayedCommit()) << committed;
-        EXPECT_EQ(get(file) + get(delayed_file), committed + delayed);
+        EXPECT_EQ(read(file) + read(delayed_file), committed + delayed);
     }
     SetUp();
     EXPECT_TRUE(Store().isBroken());
@@ -134,7 +133,7 @@ TEST_F(ConfigStore, WriteTouchesNothingButItsOwn) {
     store.setElement("config.new.deeper", "<&>");
     ASSERT_TRUE(store.write());
     ::umask(before);
-    EXPECT_EQ(get(file),
+    EXPECT_EQ(read(file),
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!-- head -->\n<config version=\"3\">\n"
               "  <!-- about b -->\n  <b>caf\xc3\xa9</b>\n"
               "  <x:odd name=\"&quot;\">mixed <i/> text</x:odd>\n  <keep>\xe2\x82\xac</keep>\n"
@@ -158,7 +157,7 @@ TEST_F(ConfigStore, DelayedChangesWaitForTheirCommit) {
     EXPECT_TRUE(store.hasConfiguratorsScheduled());
     EXPECT_FALSE(exists(delayed_file));
     const std::string committed = document("  <a>1</a>\n  <delayed>on</delayed>\n");
-    EXPECT_EQ(get(file), committed);
+    EXPECT_EQ(read(file), committed);
 
     put(queue, "ssl\n../../bin/sh\n\nssl\n.x\nnames with blanks\n"); // by somebody else
     for (const char *name : {"second", "first", "../first"})
@@ -170,15 +169,15 @@ TEST_F(ConfigStore, DelayedChangesWaitForTheirCommit) {
     EXPECT_FALSE(store.hasConfiguratorsScheduled());
     setAndWrite("config.c", "3"); // schedules none
     EXPECT_THAT(store.getConfigurators(), ElementsAre("ssl", "first", "second", "config"));
-    EXPECT_EQ(get(file), committed);
+    EXPECT_EQ(read(file), committed);
     EXPECT_EQ(modeOf(delayed_file), 0600U);
 
-    const std::string delayed = get(delayed_file);
-    const std::string names = get(queue);
+    const std::string delayed = read(delayed_file);
+    const std::string names = read(queue);
     ASSERT_TRUE(store.discardDelayedCommit());
     EXPECT_EQ(store.getElement("config.b"), "");
     EXPECT_THAT(store.getConfigurators(), ElementsAre());
-    EXPECT_EQ(get(file), committed);
+    EXPECT_EQ(read(file), committed);
     EXPECT_FALSE(exists(delayed_file));
 
     put(delayed_file, delayed);
@@ -188,8 +187,8 @@ TEST_F(ConfigStore, DelayedChangesWaitForTheirCommit) {
     EXPECT_TRUE(commit.hasConfiguratorsScheduled());
     EXPECT_FALSE(commit.getDelayedConfigMode());
     EXPECT_THAT(commit.getConfigurators(), ElementsAre());
-    EXPECT_EQ(get(file), document("  <a>1</a>\n  <delayed>off</delayed>\n  <b>2</b>\n"
-                                  "  <c>3</c>\n"));
+    EXPECT_EQ(read(file), document("  <a>1</a>\n  <delayed>off</delayed>\n  <b>2</b>\n"
+                                   "  <c>3</c>\n"));
     EXPECT_FALSE(exists(delayed_file));
     EXPECT_FALSE(exists(queue));
 }
@@ -224,11 +223,11 @@ TEST_F(ConfigStore, ModeIsJudgedWhenWriting) {
     ASSERT_TRUE(early.read());
     setAndWrite("config.delayed", "on");
     setAndWrite("config.b", "2");
-    const std::string committed = get(file);
+    const std::string committed = read(file);
     early.setElement("config.a", "2");
     ASSERT_TRUE(early.write());
     EXPECT_TRUE(early.getDelayedConfigMode());
-    EXPECT_EQ(get(file), committed);
+    EXPECT_EQ(read(file), committed);
     EXPECT_EQ(valueOf("config.a") + valueOf("config.b"), "22");
 }
 

@@ -2,10 +2,8 @@
 #include "tests/support/log_capture.h"
 #include "types/elem_type.h"
 #include "types/predicates.h"
-#include "util/paths.h"
 
 #include <chrono>
-#include <filesystem>
 #include <set>
 
 namespace zandorin {
@@ -156,11 +154,11 @@ using UnixFile = test::ApplianceTest;
 
 TEST_F(UnixFile, IsARegularFileOfTheApplianceOrALinkToOne) {
     put("/etc/file", "x");
-    std::filesystem::create_symlink("file", appliancePath("/etc/link"));
-    std::filesystem::create_symlink("none", appliancePath("/etc/dangling"));
+    std::filesystem::create_symlink("file", onHost("/etc/link"));
+    std::filesystem::create_symlink("none", onHost("/etc/dangling"));
     EXPECT_TRUE(isValidUnixFilePath("/etc/file"));
     EXPECT_TRUE(isValidUnixFilePath("/etc/link"));
-    const std::string host = appliancePath("/etc/file");
+    const std::string host = onHost("/etc/file");
     for (const std::string &path : {""s, "/etc"s, "/etc/dangling"s, "/etc/none"s, "etc/file"s,
                                     "/etc/file/"s, "/etc/file\0"s, host})
         EXPECT_FALSE(isValidUnixFilePath(path)) << path;

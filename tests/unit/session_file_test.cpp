@@ -37,9 +37,9 @@ TEST_F(SessionFile, IsWrittenInItsOrderAndReadBack) {
     const SessionRecord record{"root", 1700000000,    4711, 7,         20,
                                true,   "2001:db8::1", "",   5000000000};
     ASSERT_TRUE(writeSessionRecord("abc", record));
-    EXPECT_EQ(get(path), "username = root\nexpiry_time = 1700000000\nauth_pid = 4711\n"
-                         "auth_state = 7\nsession_len = 20\nautorefresh = true\n"
-                         "src_ip = 2001:db8::1\nsrc_port = \nsession_start = 5000000000\n");
+    EXPECT_EQ(read(path), "username = root\nexpiry_time = 1700000000\nauth_pid = 4711\n"
+                          "auth_state = 7\nsession_len = 20\nautorefresh = true\n"
+                          "src_ip = 2001:db8::1\nsrc_port = \nsession_start = 5000000000\n");
     EXPECT_EQ(modeOf(path), 0600U);
     EXPECT_EQ(modeOf("/var/run/.sessions"), 0700U);
     EXPECT_EQ(readSessionRecord("abc"), record);

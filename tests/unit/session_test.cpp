@@ -154,8 +154,7 @@ TEST_F(SessionTest, OnlyAHelperIsSignalled) {
     // Init, where a helper seems to listen; and a process that got the id of a helper that ended.
     put("/pid", "1\n");
     MockHelper init({}, 0, "/pid");
-    for (int tries = 0; tries < 500 && !exists("/var/run/auth-1"); ++tries)
-        ::poll(nullptr, 0, 10);
+    test::waitFor([] { return exists("/var/run/auth-1"); });
     const pid_t other = ::fork();
     if (other == 0)
         for (;;)
@@ -311,11 +310,12 @@ class LoginTest : public SessionTest {
   protected:
     void SetUp() override {
         SessionTest::SetUp();
-        put("/bin/pam-client",
-            "#!/bin/sh\ncd \"$ZANDORIN_ROOT\"\n"
-            "trap 'touch terminated; kill $!; exit' TERM\n"
-            "echo \"$*\" >arguments\necho $$ >started\nsleep 20 &\nwait\n",
-            0755);
+        putProgram("/bin/pam-client", "cd \"$ZANDORIN_ROOT\"\n"
+                                      "trap 'touch terminated; kill $!; exit' TERM\n"
+                                      "echo \"$*\" >arguments\n"
+                                      "echo $$ >started\n"
+                                      "sleep 20 &\n"
+                                      "wait");
     }
 };
 
@@ -327,9 +327,9 @@ TEST_F(LoginTest, StartsAHelperAndStoresTheSession) {
     EXPECT_TRUE(session.authSuccess());
     EXPECT_EQ(session.sessionId(), "abc");
     EXPECT_EQ(helper.requests(), "0:root 10:198.51.100.7 4:kestrel 127\n");
-    EXPECT_EQ(get("/arguments"), "\n");
+    EXPECT_EQ(read("/arguments"), "\n");
     const auto record = readSessionRecord("abc").value_or(SessionRecord());
-    EXPECT_EQ(record.authPid, std::stoi(get("/started")));
+    EXPECT_EQ(record.authPid, std::stoi(read("/started")));
     EXPECT_NEAR(record.expiryTime, now + 1200, 5);
     EXPECT_NEAR(static_cast<double>(record.sessionStart), now, 5);
     EXPECT_EQ(record.sourceIp, "198.51.100.7");
@@ -338,9 +338,7 @@ TEST_F(LoginTest, StartsAHelperAndStoresTheSession) {
 
     session.deleteSession();
     EXPECT_FALSE(session.isValid() || stored("abc"));
-    for (int tries = 0; tries < 500 && !exists("/terminated"); ++tries)
-        ::poll(nullptr, 0, 10);
-    EXPECT_TRUE(exists("/terminated"));
+    EXPECT_TRUE(test::waitFor([] { return exists("/terminated"); }));
 }
 
 TEST_F(LoginTest, PlaceholdersAndNamesThatWouldReadBackAsOthersNeverSucceed) {
@@ -349,7 +347,7 @@ TEST_F(LoginTest, PlaceholdersAndNamesThatWouldReadBackAsOthersNeverSucceed) {
         Session session(name, "kestrel", 20, true, true);
         EXPECT_TRUE(session.isValid()) << name;
         EXPECT_FALSE(session.authSuccess()) << name;
-        EXPECT_EQ(get("/arguments"), "-o\n");
+        EXPECT_EQ(read("/arguments"), "-o\n");
         EXPECT_FALSE(Session("abc", true).authSuccess()) << name;
         session.deleteSession();
         SetUp();
@@ -357,7 +355,7 @@ TEST_F(LoginTest, PlaceholdersAndNamesThatWouldReadBackAsOthersNeverSucceed) {
 }
 
 TEST_F(LoginTest, FailsWithoutAHelper) {
-    put("/bin/pam-client", "#!/bin/sh\nexit 1\n", 0755);
+    putProgram("/bin/pam-client", "exit 1");
     Session session("root", "kestrel", 20, true, false);
     EXPECT_FALSE(session.isValid());
     EXPECT_EQ(session.authStatus(), Session::state_helper_failed);

@@ -29,21 +29,14 @@ class Sent : public Submission {
     bool whole_;
 };
 
-class Settings : public test::ApplianceTest {
+class Settings : public test::ConfigTest {
   protected:
-    void SetUp() override {
-        ApplianceTest::SetUp();
-        put("/etc/config/config.xml", "<config/>");
-        ASSERT_TRUE(config.read());
-    }
     void store(const std::string &key, const std::string &value) {
         if (value.empty())
             config.delElement(key);
         else
             config.setElement(key, value);
     }
-
-    ConfigManager config{"/etc/config/config.xml", "."};
 };
 
 // What a submission makes of a value that somebody else may have changed since its page was made.

@@ -4,12 +4,10 @@
 #include "platform/libzdsupport/process.h"
 #include "tests/support/appliance_test.h"
 #include "util/fd.h"
-#include "util/paths.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <filesystem>
 #include <vector>
 
 #include <sys/socket.h>
@@ -112,7 +110,7 @@ TEST_F(SupportLibrary, OfManyAtOnceOneTakesThePidFile) {
 }
 
 TEST_F(SupportLibrary, ProgramIsStartedAndLeftAlone) {
-    put("/program", "#!/bin/sh\nexec sleep 30\n", 0755);
+    putProgram("/program", "exec sleep 30");
     put("/not-executable", "x");
     const auto openDescriptors = [] {
         using Entries = std::filesystem::directory_iterator;
@@ -124,7 +122,7 @@ TEST_F(SupportLibrary, ProgramIsStartedAndLeftAlone) {
     const std::tuple<const char *, int> rows[] = {
         {"/program", 0}, {"/none", ENOENT}, {"/not-executable", EACCES}, {"/", EACCES}};
     for (const auto &[path, failure] : rows) {
-        const std::string full = appliancePath(path);
+        const std::string full = onHost(path);
         const char *const arguments[] = {full.c_str(), nullptr};
         const pid_t pid = zandorin_proc_exec_nowait(arguments);
         EXPECT_EQ(pid > 1 ? 0 : errno, failure) << path;
@@ -143,16 +141,16 @@ TEST_F(SupportLibrary, ClockOfTheMachineIsLeftAlone) {
     EXPECT_EQ(utilities::setSystemClock(86400), EPERM);
     EXPECT_GT(std::time(nullptr), 86400);
     EXPECT_FALSE(utilities::storeHardwareClock()) << "no such program";
-    put("/sbin/hwclock", "#!/bin/sh\n[ \"$*\" = '--systohc --utc' ]\n", 0755);
+    putProgram("/sbin/hwclock", "[ \"$*\" = '--systohc --utc' ]");
     EXPECT_TRUE(utilities::storeHardwareClock());
-    put("/sbin/hwclock", "#!/bin/sh\nexit 1\n", 0755);
+    putProgram("/sbin/hwclock", "exit 1");
     EXPECT_FALSE(utilities::storeHardwareClock());
 }
 
 TEST_F(SupportLibrary, StatusServiceIsNeverWaitedFor) {
     EXPECT_EQ(infod_push_text("k", 2, "nobody listens"), -1);
     sockaddr_un address = {AF_UNIX, ""};
-    appliancePath("/var/run/infod.sock").copy(address.sun_path, sizeof address.sun_path - 1);
+    onHost("/var/run/infod.sock").copy(address.sun_path, sizeof address.sun_path - 1);
     const UniqueFd service(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     ASSERT_EQ(::bind(service.get(), reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
     EXPECT_EQ(infod_push_text("config.webui.auth_event.login", 2, "root:[::1]:99"), 0);

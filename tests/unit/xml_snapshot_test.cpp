@@ -2,7 +2,6 @@
 
 #include "tests/support/appliance_test.h"
 #include "util/files.h"
-#include "util/paths.h"
 
 #include <chrono>
 #include <thread>
@@ -28,7 +27,7 @@ class XmlSnapshot : public test::ApplianceTest {
     /// The root's text; what went wrong in angle brackets.
     static std::string read() {
         std::string fault;
-        const auto found = readXmlFile(appliancePath(file), "test", fault);
+        const auto found = readXmlFile(onHost(file), "test", fault);
         if (!found)
             return "<" + (fault.empty() ? std::string("unreadable") : fault) + ">";
         return std::string(found->image.text(XmlImage::root));
@@ -53,10 +52,10 @@ TEST_F(XmlSnapshot, EveryChangeOfTheFileIsNoticed) {
         const std::string first = read();
         EXPECT_THAT(first, StartsWith(expected)) << name;
         EXPECT_EQ(read(), first) << name << ", read again";
-        ASSERT_TRUE(replaceFile(appliancePath(file), contents, 0600)) << name;
+        ASSERT_TRUE(replaceFile(onHost(file), contents, 0600)) << name;
         EXPECT_EQ(read(), first) << name << ", replaced by the same";
     }
-    std::remove(appliancePath(file).c_str());
+    std::remove(onHost(file).c_str());
     EXPECT_EQ(read(), "<unreadable>") << "the snapshot does not stand for a file that is gone";
 }
 
@@ -65,14 +64,14 @@ TEST_F(XmlSnapshot, AFileAtRestIsNotReadAgain) {
     read();
     EXPECT_EQ(modeOf(snapshot), 0600U);
     // What the next reader answers comes from the snapshot, or this would go unseen.
-    std::string bytes = get(snapshot);
+    std::string bytes = ApplianceTest::read(snapshot);
     bytes[bytes.rfind('1')] = '9';
     put(snapshot, bytes);
     EXPECT_EQ(read(), "9");
     std::this_thread::sleep_for(std::chrono::milliseconds(3100));
     EXPECT_EQ(read(), "9"); // compares the bytes for the last time
     // Their hash stands at the preface's byte 64: nobody looks at it any more.
-    bytes = get(snapshot);
+    bytes = ApplianceTest::read(snapshot);
     bytes[64] = static_cast<char>(~bytes[64]);
     bytes[bytes.rfind('9')] = '8';
     put(snapshot, bytes);

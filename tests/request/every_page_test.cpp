@@ -1,14 +1,15 @@
 #include "engine/formlet.h"
 #include "platform/libzandorin/xml_tree.h"
 #include "settings/registry.h"
-#include "tests/support/request_test.h"
+#include "tests/support/pages.h"
+#include "util/files.h"
 
-#include <filesystem>
-#include <map>
-#include <set>
+#include <algorithm>
+#include <regex>
 #include <tuple>
 
-// Who gets which page: every page there is, for everybody there is, by both methods.
+// What holds for every page that there is: who gets it, that it shows and writes no secret, and
+// that docs/configuration.md says what it has.
 
 namespace zandorin::test {
 namespace {
@@ -109,8 +110,7 @@ TEST_P(AccessMatrix, OnlyWhoMayOpenAPageGetsIt) {
         EXPECT_EQ(response.has("is not authorized to access"), user != "nobody" && !may) << page;
         EXPECT_EQ(response.has("id=\"related-links\""), may) << page;
         EXPECT_TRUE(may || kept() == before) << page; // of all files, too much to print
-        for (const char *file :
-             {"/etc/config/config.xml", "/etc/config/passwd", "/etc/config/group"})
+        for (const char *file : {config_file, "/etc/config/passwd", "/etc/config/group"})
             put(file, first.at(file));
         before = kept();
     }
@@ -124,6 +124,104 @@ INSTANTIATE_TEST_SUITE_P(All, AccessMatrix,
                              return std::get<0>(parameter.param) + "_" +
                                     std::get<1>(parameter.param);
                          });
+
+class EveryPage : public RequestTest {
+  protected:
+    Response open(const std::string &leaf, const std::string &session = "") {
+        return get("form=" + leaf, login("root", session));
+    }
+};
+
+TEST_F(EveryPage, HasTheElementsOfTheDocument) {
+    equip();
+    std::map<std::string, std::map<std::string, std::string>> documented;
+    for (const DocumentedKey &row : documentedKeys())
+        documented[row.page][row.key] = row.type;
+    for (const std::string &page : navigationLeaves())
+        EXPECT_EQ(readElements(open(page).body), documented[page]) << page;
+}
+
+TEST_F(EveryPage, DocumentHasTheKeysOfTheSources) {
+    const auto rows = documentedKeys();
+    EXPECT_GT(rows.size(), 100U);
+    for (const char *folder :
+         {"cgi", "config-tool", "engine", "forms", "platform", "settings", "types", "ui", "util"})
+        for (const auto &file :
+             fs::recursive_directory_iterator(fs::path(ZANDORIN_SOURCE_DIR) / folder))
+            for (const std::string &key :
+                 captures(readFile(file.path()).value_or(""), "\"(config\\.[a-z0-9_.]+)\""))
+                // Whole, or as far as it goes: the rest is another piece, or no constant.
+                EXPECT_TRUE(std::any_of(rows.begin(), rows.end(),
+                                        [&](const auto &row) {
+                                            return row.key == key ||
+                                                   (row.key.starts_with(key) &&
+                                                    (key.back() == '.' ||
+                                                     row.key[key.size()] == '.' ||
+                                                     std::isdigit(row.key[key.size()]) != 0));
+                                        }))
+                    << key << " of " << file.path();
+}
+
+/// Stands in every planted text, and nowhere else.
+const std::string mark = "quetzal";
+const std::string session_id = "5e55104quetzal";
+
+/// Every file but those that are there to hold secrets.
+const Names homes = {config_file, passwd, "/etc/config/ssl_key.pem", "/var/run/config.snapshot"};
+
+TEST_F(EveryPage, ShowsAndWritesNoSecret) {
+    const auto expectInNoFile = [](const std::string &what) {
+        for (const auto &entry : fs::recursive_directory_iterator(onHost(""))) {
+            const std::string path = entry.path().string().substr(onHost("").size());
+            if (entry.is_regular_file() && !entry.is_symlink() && !homes.contains(path)) {
+                EXPECT_EQ(read(path).find(mark), std::string::npos) << path << ": " << what;
+            }
+        }
+    };
+    configure(formData("config.ui.log.trace=on&config.ui.debug=on&config.auth.sessionlifetime=20"));
+    expectLog("Failed to generate snmpapp.conf");
+    const auto leaves = navigationLeaves();
+    // Typed into every password field there is, and refused, because nothing is repeated.
+    std::vector<std::string> keys;
+    for (const std::string &leaf : leaves) {
+        if (leaf == "logout")
+            continue;
+        Fields typed = {{"apply", "1"}};
+        for (const PageField &field : readFields(open(leaf, session_id).body))
+            if (field.kind == "password") {
+                keys.push_back(field.name);
+                typed.emplace_back(field.name, mark + "-typed" + std::to_string(typed.size()));
+            }
+        typed.emplace_back("form", leaf);
+        const Response response = post(typed, login("root", session_id));
+        EXPECT_FALSE(response.has(mark)) << leaf;
+        expectInNoFile(leaf);
+    }
+    EXPECT_GT(keys.size(), 15U);
+
+    // Stored. An administrator sees the communities, on their own page.
+    for (const std::string &key : keys)
+        if (key.starts_with("config."))
+            configure(key, mark + "-stored");
+    for (const char *key : {"config.services.snmp.rocommunity", "config.services.snmp.rwcommunity",
+                            "config.system.snmp.community", "config.system.snmp.community2"})
+        configure(key, mark + "-community");
+    put("/etc/config/ssl_key.pem", mark + "-key");
+    for (const std::string &leaf : leaves) {
+        std::string page = open(leaf, session_id).body;
+        if (leaf == "snmp")
+            page = std::regex_replace(page, std::regex(mark + "-community"), "");
+        EXPECT_EQ(page.find(mark), std::string::npos) << leaf;
+    }
+    expectInNoFile("stored");
+
+    // Typed at the login.
+    for (const std::string name : {"root", ""}) {
+        const Fields typed = {{"username", name}, {"password", mark + "-login"}};
+        const Response response = post(formData("form=login&action=login_userpass") + typed);
+        EXPECT_EQ((response.body + log()).find(mark + "-login"), std::string::npos);
+    }
+}
 
 } // namespace
 } // namespace zandorin::test

@@ -1,8 +1,6 @@
 #include "tests/request/users_page.h"
 #include "tests/support/pages.h"
 
-#include <algorithm>
-
 // The pages of settings, and those that edit one record of a list: a new value is typed into every
 // input that the page has, and must be there again after the save.
 
@@ -104,7 +102,7 @@ class EveryInput : public RequestTest, public ::testing::WithParamInterface<Page
     const bool isAction_ = page_.form == "action";
     const std::string rule_ = "config.autoresponse.autoresponse1.";
 
-    Response open() { return get(page_.query, login()); }
+    Response open() { return get(page_.query); }
 
     std::vector<PageField> fields() { return readFields(open().body, page_.form, page_.type); }
 
@@ -115,7 +113,7 @@ class EveryInput : public RequestTest, public ::testing::WithParamInterface<Page
             if ((field.kind != "checkbox" || field.checked) && !isAction(field.name) &&
                 !(isSettings_ && (field.name == "action" || field.name == "type"))) // to add
                 sent.emplace_back(field.name, field.value);
-        return post(sent, login());
+        return post(sent);
     }
 
     std::string kept() const { return configuration() + read(passwd) + read("/etc/config/motd"); }

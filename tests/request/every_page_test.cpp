@@ -4,10 +4,6 @@
 #include "tests/support/pages.h"
 #include "util/files.h"
 
-#include <algorithm>
-#include <regex>
-#include <tuple>
-
 // What holds for every page that there is: who gets it, that it shows and writes no secret, and
 // that docs/configuration.md says what it has.
 
@@ -218,7 +214,7 @@ TEST_F(EveryPage, ShowsAndWritesNoSecret) {
     // Typed at the login.
     for (const std::string name : {"root", ""}) {
         const Fields typed = {{"username", name}, {"password", mark + "-login"}};
-        const Response response = post(formData("form=login&action=login_userpass") + typed);
+        const Response response = post(formData("form=login&action=login_userpass") + typed, "");
         EXPECT_EQ((response.body + log()).find(mark + "-login"), std::string::npos);
     }
 }

@@ -1,9 +1,6 @@
 #include "tests/request/users_page.h"
 
 #include <csignal>
-#include <set>
-#include <sstream>
-#include <utility>
 
 // Changes of the configuration and of login accounts that are killed, or have a system call fail,
 // at each point of them: what a kill leaves is also what a reader can come across. strace(1) does
@@ -99,7 +96,7 @@ class Fault : public Users {
         for (const Fields &fields :
              {groupFields(7, "", "ops"), userFields(1, "", "ann", "secret-1"),
               userFields(2, "", "bea", "secret-2")})
-            ASSERT_TRUE(post(fields, login()).has(" has been saved."));
+            ASSERT_TRUE(post(fields).has(" has been saved."));
         put("/etc/config/users/ann/notes", "hers");
     }
 
@@ -210,7 +207,7 @@ class Fault : public Users {
             if (isSwept && std::find(seen.begin(), seen.end(), now) != seen.end())
                 continue;
             seen.push_back(now);
-            post(fields, login());
+            post(fields);
             EXPECT_EQ(state(), after_) << call.line;
             EXPECT_FALSE(hasTemporary()) << call.line;
         }
@@ -231,7 +228,7 @@ TEST_P(FaultOf, AKillLeavesWholeFilesAndAChangeThatCanBeRepeated) {
 
 TEST_F(Fault, AKillLeavesACommitThatCanBeRepeated) {
     configure("config.delayed", "on");
-    ASSERT_TRUE(post("form=t&apply=on&config.t.a=new", login()).has("queued"));
+    ASSERT_TRUE(post("form=t&apply=on&config.t.a=new").has("queued"));
     killEverywhere({{"form", "commit"}, {"apply", "on"}}, config_file);
     EXPECT_FALSE(exists("/etc/config/delayed/config.xml"));
 }
@@ -264,7 +261,7 @@ TEST_P(FaultOf, AFailedCallIsToldAndLosesNothing) {
         EXPECT_FALSE(done && call.name == "fsync" && call.line.find("/.new-") != std::string::npos)
             << "not known to be on the disk: " << call.line;
         if (!done)
-            post(GetParam().fields, login());
+            post(GetParam().fields);
         else
             now.homes = after_.homes;
         EXPECT_EQ(done ? now : state(), after_) << call.line;

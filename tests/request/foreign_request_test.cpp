@@ -1,8 +1,6 @@
 #include "tests/support/request_test.h"
 #include "util/files.h"
 
-#include <regex>
-
 // Requests that a page of another site makes a user's browser send.
 
 namespace zandorin::test {

@@ -1,10 +1,6 @@
 #include "tests/request/users_page.h"
 #include "tests/support/pages.h"
 
-#include <algorithm>
-#include <regex>
-#include <set>
-
 // Hostile texts wherever a text can come from, on every page. What a browser would act upon must
 // be the same as with a harmless text in their place.
 

@@ -3,11 +3,8 @@
 #include "tests/support/auth_messages.h"
 #include "util/fd.h"
 
-#include <chrono>
-
 #include <crypt.h>
 #include <csignal>
-#include <gmock/gmock.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/wait.h>

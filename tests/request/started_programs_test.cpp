@@ -2,9 +2,6 @@
 #include "util/files.h"
 
 #include <cstring>
-#include <regex>
-#include <set>
-#include <sstream>
 
 // Everything that a request starts, with a stand-in that records what it was started with.
 

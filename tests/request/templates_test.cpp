@@ -3,7 +3,6 @@
 #include "util/strings.h"
 
 #include <fstream>
-#include <sstream>
 
 namespace zandorin::test {
 namespace {
@@ -11,7 +10,7 @@ namespace {
 /// A page "example" of templates, its head and tail reduced to marks around what it shows.
 class Templates : public RequestTest {
   protected:
-    Templates() : cookie_(login()) {
+    Templates() {
         addPage("example", "", "");
         put("/home/httpd/forms/head.html", "{{");
         put("/home/httpd/forms/tail.html", "}}");
@@ -20,9 +19,8 @@ class Templates : public RequestTest {
     std::string show(std::string_view def, std::string_view frm, Fields fields = {}) {
         put("/home/httpd/forms/example.def", def);
         put("/home/httpd/forms/example.frm", frm);
-        const Response response = fields.empty()
-                                      ? get("form=example", cookie_)
-                                      : post(fields + Fields{{"form", "example"}}, cookie_);
+        const Response response =
+            fields.empty() ? get("form=example") : post(fields + Fields{{"form", "example"}});
         const std::string shown = response.part("{{", "}}\t</body>");
         return shown.size() < 12 ? response.body : shown.substr(2, shown.size() - 12);
     }
@@ -31,8 +29,6 @@ class Templates : public RequestTest {
     std::string call(const std::string &function, std::string_view def = "") {
         return show(def, "[CGI_CALL(ui::" + function + ")]");
     }
-
-    std::string cookie_;
 };
 
 /// "key = value" lines.
@@ -199,9 +195,9 @@ TEST_F(Templates, PatternsThatWouldTakeForeverAreRefused) {
 TEST_F(Templates, TheSystemLogIsFilteredByAPatternThatIsKept) {
     constexpr const char *key = "config.ui.syslog.filepattern";
     put("/var/log/messages", "a daemon <1>\na kernel\n");
-    const auto lines = [&] { return get("form=systemlog", cookie_).part("<pre>", "</pre>"); };
+    const auto lines = [&] { return get("form=systemlog").part("<pre>", "</pre>"); };
     const auto send = [&](const std::string &field, const char *text) {
-        return post({{"form", "systemlog"}, {"apply", "Apply"}, {field, text}}, cookie_);
+        return post({{"form", "systemlog"}, {"apply", "Apply"}, {field, text}});
     };
     EXPECT_EQ(lines(), "<pre>\na daemon &lt;1&gt;\na kernel\n</pre>");
     EXPECT_EQ(send(key, "k[e]r|x").part("<pre>", "</pre>"), "<pre>\na kernel\n</pre>");
@@ -212,8 +208,7 @@ TEST_F(Templates, TheSystemLogIsFilteredByAPatternThatIsKept) {
     EXPECT_EQ(post({{"form", "systemlog"},
                     {"apply", "Apply"},
                     {std::string(key) + ".delete", "on"},
-                    {key, "<1>"}},
-                   cookie_)
+                    {key, "<1>"}})
                   .part("<pre>", "</pre>"),
               "<pre>\na daemon &lt;1&gt;\n</pre>");
     EXPECT_EQ(stored(key), "<1>");

@@ -4,7 +4,6 @@
 #include "util/paths.h"
 
 #include <cstdlib>
-#include <sstream>
 
 #include <crypt.h>
 #include <stdlib.h>

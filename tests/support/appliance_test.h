@@ -1,15 +1,8 @@
 #pragma once
 
 #include "platform/libzandorin/config_manager.h"
+#include "tests/support/testing.h"
 
-#include <chrono>
-#include <filesystem>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <thread>
-
-#include <gtest/gtest.h>
 #include <sys/types.h>
 
 namespace zandorin::test {

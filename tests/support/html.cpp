@@ -3,9 +3,7 @@
 #include "platform/libzandorin/config_text.h"
 #include "util/strings.h"
 
-#include <algorithm>
 #include <memory>
-#include <sstream>
 
 #include <gumbo.h>
 

@@ -3,9 +3,6 @@
 #include "tests/support/request_test.h"
 
 #include <functional>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace zandorin::test {
 

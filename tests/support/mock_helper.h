@@ -1,9 +1,7 @@
 #pragma once
 
 #include "tests/support/auth_messages.h"
-
-#include <string>
-#include <vector>
+#include "tests/support/testing.h"
 
 #include <sys/types.h>
 

@@ -2,10 +2,7 @@
 
 #include "util/files.h"
 
-#include <algorithm>
 #include <cctype>
-#include <regex>
-#include <sstream>
 
 namespace zandorin::test {
 

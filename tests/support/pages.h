@@ -2,11 +2,6 @@
 
 #include "tests/support/html.h"
 
-#include <map>
-#include <set>
-#include <string>
-#include <vector>
-
 namespace zandorin::test {
 
 /// One field of a page as a browser has it.

@@ -4,16 +4,10 @@
 #include "platform/libzandorin/xml_tree.h"
 #include "util/files.h"
 
-#include <algorithm>
 #include <array>
-#include <chrono>
 #include <csignal>
 #include <ctime>
-#include <filesystem>
 #include <iomanip>
-#include <regex>
-#include <sstream>
-#include <thread>
 
 #include <fcntl.h>
 #include <poll.h>

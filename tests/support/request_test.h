@@ -3,11 +3,6 @@
 #include "tests/support/appliance_test.h"
 #include "util/fd.h"
 
-#include <map>
-#include <string>
-#include <string_view>
-#include <vector>
-
 namespace zandorin::test {
 
 using Environment = std::map<std::string, std::string>;
@@ -70,14 +65,18 @@ class RequestTest : public ApplianceTest {
     /// A logged-in session of that user; answers the cookie header.
     std::string login(const std::string &user = "root", const std::string &id = "");
 
-    /// `query` is what stands behind the "?".
-    Response get(const std::string &query, const std::string &cookie = "");
+    /// `query` is what stands behind the "?". As root, unless the cookie header of another session
+    /// is given, or "" for nobody's.
+    Response get(const std::string &query, const std::string &cookie);
+    Response get(const std::string &query) { return get(query, login()); }
     /// Posts the fields URL-encoded.
-    Response post(const Fields &fields, const std::string &cookie = "");
+    Response post(const Fields &fields, const std::string &cookie);
+    Response post(const Fields &fields) { return post(fields, login()); }
     /// The same with the fields of formData().
-    Response post(const char *text, const std::string &cookie = "") {
+    Response post(const char *text, const std::string &cookie) {
         return post(formData(text), cookie);
     }
+    Response post(const char *text) { return post(formData(text)); }
     /// Any request: the variables in addition to REMOTE_ADDR and the like, and the body.
     Response request(const Environment &variables, const std::string &body = "");
 

@@ -1,8 +1,8 @@
 #include "platform/pam-client/protocol.h"
 #include "tests/support/auth_messages.h"
+#include "tests/support/testing.h"
 #include "util/fd.h"
 
-#include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <unistd.h>
 

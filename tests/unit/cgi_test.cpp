@@ -13,7 +13,8 @@ namespace {
 using test::CgiRequest;
 
 TEST(Cgi, Fields) {
-    CgiRequest request(CgiRequest::get("a=0123456789&m=%3Cb%3E&n=-7&x=1.5e1&w=word&e="));
+    CgiRequest request(
+        CgiRequest::get("a=0123456789&m=%3Cb%3E&n=-7&big=2147483648&x=1.5e1&w=word&e="));
     const auto cgi = request.open();
     EXPECT_EQ(cgi->getVarString("a").raw, "0123456789");
     EXPECT_EQ(cgi->getVarString("a", 4).raw, "012");
@@ -21,7 +22,7 @@ TEST(Cgi, Fields) {
     EXPECT_EQ(cgi->getVarString("m").safe, "&lt;b&gt;");
     EXPECT_TRUE(cgi->getVarString("m").hasMarkup());
     EXPECT_EQ(cgi->getVarNumber("n"), -7);
-    EXPECT_EQ(cgi->getVarNumber("w"), 0);
+    EXPECT_EQ(cgi->getVarNumber("w") + cgi->getVarNumber("big") + cgi->getVarNumber("none"), 0);
     EXPECT_FLOAT_EQ(cgi->getVarFloat("x"), 15.0F);
 }
 

@@ -2,7 +2,6 @@
 #include "tests/support/appliance_test.h"
 #include "util/exception.h"
 
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 
 namespace zandorin {

@@ -5,7 +5,6 @@
 
 #include <csignal>
 
-#include <gmock/gmock.h>
 #include <unistd.h>
 
 namespace zandorin {

@@ -152,19 +152,6 @@ TEST(Decoder, StatusesAndSizes) {
     EXPECT_EQ(gcgiEnvironment(GCGI_REQUEST_METHOD), nullptr);
 }
 
-TEST(Decoder, Integers) {
-    CgiRequest request(CgiRequest::get("n=-12&t=7x&w=x&big=2147483648&zero=%001"));
-    const auto cgi = request.open();
-    const std::tuple<const char *, int, int> rows[] = {
-        {"n", GCGI_OK, -12}, {"t", GCGI_OK, 7},       {"w", GCGI_OK, 5},
-        {"big", GCGI_OK, 5}, {"zero", GCGI_EMPTY, 5}, {"none", GCGI_NOT_FOUND, 5}};
-    for (const auto &[name, status, expected] : rows) {
-        int number = 0;
-        EXPECT_EQ(gcgiCopyInteger(name, &number, 5), status) << name;
-        EXPECT_EQ(number, expected) << name;
-    }
-}
-
 TEST(UrlDecode, Fields) {
     const std::pair<const char *, const char *> rows[] = {
         // What is sent, and <name>=<value>; of each field.

@@ -1,8 +1,7 @@
 #include "tests/support/log_capture.h"
+#include "tests/support/testing.h"
 #include "ui/inputs.h"
 #include "ui/unsafe_inputs.h"
-
-#include <gtest/gtest.h>
 
 namespace zandorin::ui {
 namespace {

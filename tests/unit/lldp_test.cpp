@@ -1,9 +1,6 @@
 #include "tests/support/log_capture.h"
+#include "tests/support/testing.h"
 #include "util/lldp.h"
-
-#include <sstream>
-
-#include <gtest/gtest.h>
 
 namespace zandorin {
 namespace {

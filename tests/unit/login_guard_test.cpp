@@ -2,8 +2,6 @@
 #include "tests/support/appliance_test.h"
 #include "tests/support/log_capture.h"
 
-#include <algorithm>
-
 namespace zandorin {
 namespace {
 

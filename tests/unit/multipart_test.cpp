@@ -1,8 +1,6 @@
 #include "cgi/multipart.h"
 #include "tests/support/cgi_request.h"
 
-#include <map>
-
 namespace zandorin::cgi {
 namespace {
 

@@ -3,9 +3,6 @@
 #include "types/elem_type.h"
 #include "types/predicates.h"
 
-#include <chrono>
-#include <set>
-
 namespace zandorin {
 namespace {
 

@@ -7,14 +7,11 @@
 #include "tests/support/log_capture.h"
 #include "tests/support/mock_helper.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <ctime>
-#include <vector>
 
 #include <csignal>
 #include <fcntl.h>
-#include <gmock/gmock.h>
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/syscall.h>
@@ -97,28 +94,6 @@ TEST_F(SessionTest, TheFirstIdWithAFileCountsAndIsHandedBack) {
         EXPECT_EQ(session.cookieLine(), std::string("Set-Cookie: ZdSessionId=second; HttpOnly") +
                                             (https == "on" ? "; Secure" : ""));
     }
-}
-
-TEST_F(SessionTest, OnlyAWholeUnexpiredFileOfARealUserIsALogin) {
-    const std::string later = "\nexpiry_time = " + std::to_string(soon());
-    const std::tuple<const char *, std::string, std::string> rows[] = {
-        {"whole", "root" + later + "\nauth_state = 7\n", "root"},
-        {"expired", "root\nexpiry_time = 1600000000\nauth_state = 7\n", ""},
-        {"empty name", "(empty username)" + later + "\nauth_state = 7\n", ""},
-        {"unfinished without helper", "root" + later + "\nauth_state = 2\n", ""},
-        // Its process group would be signalled, this test first.
-        {"own group as helper", "root\nexpiry_time = 1\nauth_pid = 0\nauth_state = 7\n", ""},
-    };
-    ::setpgid(0, 0);
-    for (const auto &[name, contents, user] : rows) {
-        put("/var/run/.sessions/session-abc", "username = " + contents);
-        const Session session("abc", true);
-        EXPECT_EQ(session.authSuccess() ? session.username() : "", user) << name;
-        EXPECT_EQ(stored("abc"), !user.empty()) << name;
-    }
-    store("abc", {.authState = Session::state_rejected});
-    const Session failed("abc", true);
-    EXPECT_TRUE(failed.isValid() && failed.authFinalised() && !failed.authSuccess());
 }
 
 TEST_F(SessionTest, EveryRequestRefreshesEverybodyAndClearsWhatExpired) {

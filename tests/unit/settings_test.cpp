@@ -7,8 +7,6 @@
 #include "tests/support/appliance_test.h"
 #include "tests/support/log_capture.h"
 
-#include <map>
-
 namespace zandorin::settings {
 namespace {
 

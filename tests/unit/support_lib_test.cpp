@@ -5,10 +5,8 @@
 #include "tests/support/appliance_test.h"
 #include "util/fd.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <vector>
 
 #include <sys/socket.h>
 #include <sys/un.h>

@@ -1,8 +1,5 @@
+#include "tests/support/testing.h"
 #include "ui/table.h"
-
-#include <sstream>
-
-#include <gtest/gtest.h>
 
 namespace zandorin::ui {
 namespace {

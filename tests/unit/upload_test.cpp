@@ -25,20 +25,6 @@ class Upload : public test::ApplianceTest {
     bool stored_ = false;
 };
 
-TEST_F(Upload, FileNames) {
-    const std::vector<std::string> refused = {"File name contains illegal characters"};
-    const std::pair<const char *, bool> rows[] = {
-        {"cert-A_z@0.pem", true}, {"", true}, {"my file.txt", false}, {"../x", false}};
-    for (const auto &[fileName, isAccepted] : rows) {
-        SCOPED_TRACE(fileName);
-        put("/stored", "old");
-        EXPECT_EQ(upload(fileName, "new", "/stored"),
-                  isAccepted ? std::vector<std::string>{} : refused);
-        EXPECT_EQ(stored_, isAccepted);
-        EXPECT_EQ(read("/stored"), isAccepted ? "new" : "old");
-    }
-}
-
 TEST_F(Upload, StoresAllBytesWithTheMode) {
     const mode_t before = ::umask(077);
     const std::string data("\0\xff\r\n\0", 5);

@@ -4,9 +4,6 @@
 #include "tests/support/appliance_test.h"
 #include "tests/support/log_capture.h"
 
-#include <regex>
-#include <set>
-
 #include <unistd.h>
 
 namespace zandorin {

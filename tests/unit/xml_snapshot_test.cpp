@@ -3,11 +3,6 @@
 #include "tests/support/appliance_test.h"
 #include "util/files.h"
 
-#include <chrono>
-#include <thread>
-
-#include <gmock/gmock.h>
-
 namespace zandorin::platform {
 namespace {
 

@@ -118,12 +118,6 @@ TEST_F(FormPage, ARefusedFormShowsEveryMessageAndWhatWasTyped) {
     EXPECT_EQ(response.holds({"typed-secret", "stored-secret"}), "");
 }
 
-TEST_F(FormPage, TheFirstOfTwoElementsCounts) {
-    declare({"config.t.a,First", "config.t.a,Second,numeric"});
-    EXPECT_EQ(messages(submit({{"config.t.a", "x"}})), "Element already exists: \"config.t.a\"");
-    EXPECT_EQ(stored("config.t.a"), "");
-}
-
 TEST_F(FormPage, TheSystemPasswordIsStoredHashed) {
     constexpr const char *key = "config.system.password";
     const auto set = [&](const char *password) {

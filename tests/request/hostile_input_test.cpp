@@ -157,19 +157,20 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
         for (std::size_t i = 0; i < pages_.size(); ++i) {
             const std::string body = open(pages_[i].query).body;
             pages_[i].fields = readFields(body);
-            for (const std::string &element : captures(body, "(\"[^\"]+\":\\[\"text\")"))
-                pages_[i].texts.insert(element.substr(1, element.find('"', 1) - 1));
+            for (const std::string &element : captures(body, "\"([^\"]+)\":\\[\"text\""))
+                pages_[i].texts.insert(element);
             for (const std::string &element : captures(body, "\"([^\"]+)\":\\[\""))
                 pages_[i].checked.insert(element);
-            pages_[i].buttons = captures(body, "<input name=\"([^\"]*)\"[^>]* type=\"submit\"");
             EXPECT_NE(body.find("\"fields\":{}") == body.npos, pages_[i].checked.empty());
-            EXPECT_EQ(body.find("type=\"submit\"") == body.npos, pages_[i].buttons.empty());
-            for (const std::string &link : captures(body, "href=\"\\?(form=[^\"]*)\"")) {
-                const std::string query = replaced(link, "&amp;", "&");
-                if (query.starts_with(form + "&") &&
-                    kinds.insert(std::regex_replace(query, std::regex("[0-9]+"), "1")).second)
-                    pages_.push_back({query});
-            }
+            parsePage(body).each([&](const Element &element) {
+                const std::string link = element.get("href");
+                if (element.get("type") == "submit")
+                    pages_[i].buttons.push_back(element.get("name"));
+                if (link.starts_with("?" + form + "&") &&
+                    kinds.insert(std::regex_replace(link, std::regex("[0-9]+"), "1")).second)
+                    pages_.push_back({link.substr(1)});
+                return true;
+            });
         }
     }
 

@@ -22,9 +22,11 @@ std::string row(const std::string &label, const std::string &value) {
 TEST_F(LldpStatus, ShowsNeighborsAndTheAppliance) {
     putClient("test \"$1 $2 $3\" = '-f keyvalue show' && test \"$5\" = details || exit 2\n"
               "case $4 in\n"
-              "neighbor) cat " +
-              shellQuote(ZANDORIN_SOURCE_DIR "/tests/data/lldp-neighbors.txt") +
-              ";;\n"
+              "neighbor)\n"
+              "echo lldp.eth0.chassis.name=rack12-top.example.net\n"
+              "echo lldp.eth0.vlan.vlan-id=40\n"
+              "echo lldp.eth0.vlan=management\n"
+              "echo lldp.eth1.chassis.name=pdu-7;;\n"
               "chassis) echo local-chassis.chassis.name=console-1;;\n"
               "esac\n");
     const Response response = page();

@@ -127,22 +127,6 @@ TEST_F(Commit, ThePageEndsBeforeItsConfiguratorAndTheNextRequestWaits) {
     EXPECT_FALSE(exists("/var/run/configurators.pid"));
 }
 
-TEST_F(Commit, ConfiguratorsOfTwoRequestsDoNotMeet) {
-    addPage("u", "CGI_CALL(ui::addElement,config.test.u,Other)", "CGI_CALL(ui::getFile,/gate,.)");
-    addConfigurator("t", "echo t >>ran; sleep 1; echo /t >>ran");
-    addConfigurator("u", "echo u >>ran");
-    ASSERT_EQ(::mkfifo(onHost("/gate").c_str(), 0600), 0);
-    // The page waits at the gate with its own configurator scheduled.
-    Running other = startPost(formData("form=u&apply=on&config.test.u=1"), login());
-    ASSERT_TRUE(waitFor([&] { return stored("config.test.u") == "1"; }));
-    Running first = startPost(formData("form=t&apply=Apply&config.test.a=1"), login());
-    ASSERT_TRUE(waitFor([] { return exists("/ran"); }));
-    UniqueFd(::open(onHost("/gate").c_str(), O_WRONLY | O_CLOEXEC)).reset();
-    first.finish();
-    EXPECT_TRUE(other.finish().body.ends_with("</html>\n"));
-    EXPECT_EQ(read("/ran"), "t\n/t\nu\n");
-}
-
 TEST_F(Commit, ConfiguratorsThatBeginAtTheSameMomentDoNotMeet) {
     if (std::system("strace -o /dev/null true >/dev/null 2>&1") != 0)
         GTEST_SKIP() << "strace cannot trace processes here";

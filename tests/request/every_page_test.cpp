@@ -69,7 +69,6 @@ class AccessMatrix : public RequestTest, public ::testing::WithParamInterface<As
         const std::string text = encode(isPost ? fields : Fields{fields[0]});
         Environment variables = {{"REQUEST_METHOD", method},
                                  {"QUERY_STRING", isPost ? "" : text},
-                                 {"CONTENT_TYPE", "application/x-www-form-urlencoded"},
                                  {"HTTP_COOKIE", cookie},
                                  {"HTTP_X_FORWARDED_FOR", "127.0.0.1"},
                                  {"HTTP_AUTHORIZATION", "Basic cm9vdDprZXN0cmVs"},

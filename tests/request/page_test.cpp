@@ -96,7 +96,7 @@ TEST_F(Page, DamagedFilesAreReportedAndLeftAlone) {
 
 TEST_F(Page, AReaderThatHasGoneIsNoFault) {
     const Response response =
-        start({{"REQUEST_METHOD", "GET"}, {"HTTP_COOKIE", login()}}, "",
+        start({{"HTTP_COOKIE", login()}}, "",
               {"/bin/bash", "-c", "set -o pipefail; (sleep 0.2; exec \"$0\") | :"})
             .finish();
     EXPECT_EQ(response.status, 0);
@@ -110,7 +110,7 @@ TEST_F(Page, OnlyRootAndItsOwnAccountHoldItForMaintenance) {
     }
     remove("/tmp/wait");
     put("/tmp/wait", "");
-    Running held = start({{"REQUEST_METHOD", "GET"}});
+    Running held = start({});
     ::usleep(300000);
     EXPECT_FALSE(held.hasEnded());
     remove("/tmp/wait");
@@ -118,8 +118,7 @@ TEST_F(Page, OnlyRootAndItsOwnAccountHoldItForMaintenance) {
 }
 
 TEST_F(Page, ProxyBaseIsPutBeforeLinksEscaped) {
-    const Response response = request({{"REQUEST_METHOD", "GET"},
-                                       {"QUERY_STRING", "form=sessions&back=devices"},
+    const Response response = request({{"QUERY_STRING", "form=sessions&back=devices"},
                                        {"HTTP_COOKIE", login()},
                                        {"HTTP_X_BASE_URI", "/node/7\"><script>"}});
     EXPECT_EQ(response.lacks({"href=\"/node/7&quot;&gt;&lt;script&gt;/css/management.css",

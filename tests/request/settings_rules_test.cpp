@@ -226,7 +226,7 @@ TEST_F(SettingsRules, UsersAndGroups) {
         {{".username=a@b.org,c@d.org" + add, letters},
          {".username=www" + add, "The account 'www' belongs to the system."},
          {".username=root" + add, "The account 'root' belongs to the system."},
-         {".username=bea" + add, "There is a user 'bea' already."},
+         {".username=anna" + add, "There is a user 'anna' already."},
          {".password=********&.confirm=********&.username=joe" + add,
           "Password cannot be empty when using <i>Local File</i> authentication for user: 'joe'"},
          {".confirm=x&.username=<b>" + add, letters + "|Password mismatch for user: '&lt;b&gt;'|" +

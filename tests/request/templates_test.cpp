@@ -134,17 +134,18 @@ TEST_F(Templates, Navigation) {
         "shortcut_precedence='2'/><leaf id='veiled' label='V' hidden='' shortcut='Early'/></branch>"
         "<branch label='Empty'><leaf id='c' label='C' hidden=''/></branch></tree>");
     configure(formData("config.ui.nav.hidden.entry1=x&config.ui.nav.hidden.total=1"));
-    const std::string panel = R"(  <script type="text/javascript" src="/scripts/nav.js"></script>
+    const std::string panel =
+        R"_(  <script type="text/javascript" src="/scripts/nav.js"></script>
   <div id="related-links">
-    <h4 class="sub-title" onclick="navToggle(0)"><img class="sub-title" id="icon0" )"
-                              R"(src="/pixmaps/icon-collapse.png" loading="lazy" alt="">A &amp; B</h4>
+    <h4 class="sub-title" onclick="navToggle(0)"><img class="sub-title" id="icon0" )_"
+        R"_(src="/pixmaps/icon-collapse.png" loading="lazy" alt="">A &amp; B</h4>
     <div class="branch" id="branch0">
-      <div id="related"><img src="/pixmaps/icon-nav-default.png" loading="lazy" alt="">)"
-                              R"(<a href="?form=example">One &lt;</a></div>
+      <div id="related"><img src="/pixmaps/icon-nav-default.png" loading="lazy" alt="">)_"
+        R"_(<a href="?form=example">One &lt;</a></div>
     </div>
   <script type="text/javascript">navInit(1, 2);</script>
   </div>
-)";
+)_";
     EXPECT_EQ(call("getNavPanel"), "[" + panel + "]");
     put("/home/httpd/pixmaps/icon-nav-example.png", "");
     EXPECT_NE(call("getNavPanel").find("icon-nav-example.png"), std::string::npos);

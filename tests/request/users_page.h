@@ -59,7 +59,7 @@ class Users : public RequestTest {
 
     void addTwo() {
         int index = 0;
-        for (const char *name : {"ann", "bea"})
+        for (const char *name : {"ann", "anna"})
             ASSERT_TRUE(post(userFields(++index, "", name, "secret"))
                             .has("Changes to configuration succeeded."));
     }

@@ -67,9 +67,9 @@ TEST_F(Users, KeysComeAsAFileToo) {
         EXPECT_NE(entry.path().filename().string().substr(0, 7), "upload-") << entry.path();
 
     // A file of the user's own is left alone while the page names no keys.
-    put(keysOf("bea"), "her own");
-    ASSERT_TRUE(saved(post(userFields(2, "bea", "bea", "changed"))));
-    EXPECT_EQ(read(keysOf("bea")), "her own");
+    put(keysOf("anna"), "her own");
+    ASSERT_TRUE(saved(post(userFields(2, "anna", "anna", "changed"))));
+    EXPECT_EQ(read(keysOf("anna")), "her own");
 }
 
 TEST_F(Users, RootHasKeysHereAndItsPasswordElsewhere) {
@@ -92,31 +92,38 @@ TEST_F(Users, RootHasKeysHereAndItsPasswordElsewhere) {
 
 TEST_F(Users, AreEnabledDisabledRenamedAndDeleted) {
     addTwo();
-    const std::string hash = account("bea");
-    login("bea", "beas-session");
+    const std::string hash = account("anna");
+    login("anna", "annas-session");
     const Response page = get("form=users&action=disable&index=2&type=user");
-    EXPECT_EQ(page.lacks({"Account for user: bea has been <b>disabled</b>",
+    EXPECT_EQ(page.lacks({"Account for user: anna has been <b>disabled</b>",
                           "<a href=\"?form=users&amp;action=enable&amp;index=2&amp;type=user\">"}),
               "");
     EXPECT_EQ(value("users.user2.disabled"), "on");
-    EXPECT_EQ(account("bea").find("bea:!"), 0U);
-    EXPECT_FALSE(exists("/var/run/.sessions/session-beas-session"));
+    EXPECT_EQ(account("anna").find("anna:!"), 0U);
+    EXPECT_FALSE(exists("/var/run/.sessions/session-annas-session"));
     get("form=users&action=enable&index=2&type=user");
-    EXPECT_EQ(account("bea"), hash);
+    EXPECT_EQ(account("anna"), hash);
 
-    login("bea", "beas-session");
-    ASSERT_TRUE(saved(post(userFields(2, "bea", "beata", "********"))));
-    EXPECT_EQ(std::regex_replace(account("beata"), std::regex("beata"), "bea"), hash)
+    login("anna", "annas-session");
+    put("/etc/config/users/anna/notes", "hers");
+    ASSERT_TRUE(saved(post(userFields(2, "anna", "annabel", "********"))));
+    EXPECT_EQ(read("/etc/config/users/annabel/notes"), "hers");
+    EXPECT_FALSE(exists("/etc/config/users/anna"));
+    EXPECT_EQ(std::regex_replace(account("annabel"), std::regex("annabel"), "anna"), hash)
         << "id and password stay";
-    EXPECT_EQ(account("bea"), "");
-    EXPECT_FALSE(exists("/var/run/.sessions/session-beas-session"));
+    EXPECT_EQ(account("anna"), "");
+    EXPECT_FALSE(exists("/var/run/.sessions/session-annas-session"));
 
     login("ann", "anns-session");
     ASSERT_TRUE(post(question("delete", "user", 1, "ann")).has("User 'ann' has been deleted."));
-    EXPECT_EQ(account("ann"), "");
+    EXPECT_FALSE(exists("/etc/config/users/ann"));
+    EXPECT_EQ(account("ann"), "") << "the other one's begins with it, and stays";
+    EXPECT_NE(account("annabel"), "");
+    EXPECT_EQ(modeOf(passwd), 0644U);
+    EXPECT_EQ(modeOf("/etc/config/users/annabel/.ssh"), 0755U);
     EXPECT_FALSE(exists("/var/run/.sessions/session-anns-session"))
         << "or it would come to life with the next user of that name";
-    EXPECT_EQ(value("users.total") + value("users.user1.username"), "1beata");
+    EXPECT_EQ(value("users.total") + value("users.user1.username"), "1annabel");
 }
 
 TEST_F(Users, ALinkActsToItsEndWhoeverHangsUp) {
@@ -125,9 +132,8 @@ TEST_F(Users, ALinkActsToItsEndWhoeverHangsUp) {
     const std::string lock = onHost("/etc/config/.settings.lock");
     UniqueFd held = lockFile(lock);
     ASSERT_TRUE(held);
-    Running request = start({{"REQUEST_METHOD", "GET"},
-                             {"QUERY_STRING", "form=users&action=disable&index=1&type=user"},
-                             {"HTTP_COOKIE", cookie}});
+    Running request = start(
+        {{"QUERY_STRING", "form=users&action=disable&index=1&type=user"}, {"HTTP_COOKIE", cookie}});
     const auto waits = [&] {
         std::error_code gone;
         for (const auto &fd :
@@ -138,14 +144,14 @@ TEST_F(Users, ALinkActsToItsEndWhoeverHangsUp) {
     };
     ASSERT_TRUE(waitFor(waits));
     // What changed while it waited counts.
-    configure({{"config.users.user1.username", "bea"}, {"config.users.user2.username", "ann"}});
+    configure({{"config.users.user1.username", "anna"}, {"config.users.user2.username", "ann"}});
     // As a web server does whose client has gone.
     for (const int signal : {SIGTERM, SIGHUP, SIGINT, SIGPIPE})
         ::kill(request.pid, signal);
     held.reset();
     EXPECT_EQ(request.finish().status, 0);
     EXPECT_EQ(value("users.user1.disabled"), "on");
-    EXPECT_EQ(account("bea").find("bea:!"), 0U);
+    EXPECT_EQ(account("anna").find("anna:!"), 0U);
 }
 
 TEST_F(Users, GroupsHaveRolesAndTakeTheirMembersAlong) {

@@ -196,7 +196,7 @@ void RequestTest::equip() const {
 }
 
 Response RequestTest::get(const std::string &query, const std::string &cookie) {
-    return request({{"REQUEST_METHOD", "GET"}, {"QUERY_STRING", query}, {"HTTP_COOKIE", cookie}});
+    return request({{"QUERY_STRING", query}, {"HTTP_COOKIE", cookie}});
 }
 
 Response RequestTest::post(const Fields &fields, const std::string &cookie) {
@@ -213,10 +213,7 @@ Response RequestTest::request(const Environment &variables, const std::string &b
 
 Running RequestTest::startPost(const Fields &fields, const std::string &cookie,
                                const std::vector<std::string> &wrapper) {
-    return start({{"REQUEST_METHOD", "POST"},
-                  {"CONTENT_TYPE", "application/x-www-form-urlencoded"},
-                  {"HTTP_COOKIE", cookie}},
-                 encode(fields), wrapper);
+    return start({{"HTTP_COOKIE", cookie}}, encode(fields), wrapper);
 }
 
 Running RequestTest::start(const Environment &variables, const std::string &body,
@@ -233,6 +230,8 @@ Running RequestTest::start(const Environment &variables, const std::string &body
         {"SERVER_PROTOCOL", "HTTP/1.1"},
         {"REMOTE_ADDR", "192.0.2.1"},
         {"REMOTE_PORT", "40000"},
+        {"REQUEST_METHOD", body.empty() ? "GET" : "POST"},
+        {"CONTENT_TYPE", "application/x-www-form-urlencoded"},
         {"CONTENT_LENGTH", std::to_string(body.size())},
     };
     for (const auto &[name, value] : variables)

@@ -77,7 +77,8 @@ class RequestTest : public ApplianceTest {
         return post(formData(text), cookie);
     }
     Response post(const char *text) { return post(formData(text)); }
-    /// Any request: the variables in addition to REMOTE_ADDR and the like, and the body.
+    /// Any request: the variables in addition to REMOTE_ADDR and the like, and the body. With one
+    /// it is a POST of a form.
     Response request(const Environment &variables, const std::string &body = "");
 
     /// The same without waiting for it. `wrapper` is a program with its arguments that runs the

@@ -26,12 +26,12 @@ TEST(Inputs, Markup) {
          R"(<textarea name="a" rows="3">x&#x0a;&lt;/textarea&gt;</textarea>)"},
         {"grouped menu",
          menuInput("m", {{"1", "One"}, {"2", "Two", "G"}, {"3", "Three", "G"}, {"4", "Four", "H"}},
-                   "3", "go()"),
-         R"(<select name="m" onchange="go()"><option value="1">One</option><optgroup label="G">)"
+                   "3", "go"),
+         R"(<select name="m" onchange="go"><option value="1">One</option><optgroup label="G">)"
          R"(<option value="2">Two</option><option value="3" selected>Three</option></optgroup>)"
          R"(<optgroup label="H"><option value="4">Four</option></optgroup></select>)"},
-        {"disabled check", checkInput("c", true, true, "x()"),
-         R"(<input type="checkbox" name="c" value="on" disabled checked onClick="x()">)"},
+        {"disabled check", checkInput("c", true, true, "x"),
+         R"(<input type="checkbox" name="c" value="on" disabled checked onClick="x">)"},
         {"number range", menuInputNumRange("m", -1, 1, 0),
          R"(<select name="m"><option value="-1">-1</option><option value="0" selected>0</option>)"
          R"(<option value="1">1</option></select>)"},

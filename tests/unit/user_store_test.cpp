@@ -45,33 +45,6 @@ TEST_F(UserStore, ChoosesTheFirstGapAmongTheUsersIds) {
     }
 }
 
-TEST_F(UserStore, AddsChangesRenamesAndDeletesOneAccountAlone) {
-    ASSERT_EQ(user_adduser("anna", "first", "Anna"), 0);
-    ASSERT_EQ(user_adduser("ann", "secret", "Ann of ops"), 0);
-    EXPECT_EQ(withoutHash(account("ann")),
-              "ann:HASH:1001:1000:Ann of ops:/etc/config/users/ann:/bin/bash");
-    EXPECT_EQ(modeOf(passwd), 0644U);
-    EXPECT_EQ(modeOf("/etc/config/users/ann/.ssh"), 0755U);
-
-    const std::string anna = account("anna");
-    ASSERT_EQ(user_setuser("ann", "other", "New"), 0);
-    EXPECT_EQ(withoutHash(account("ann")),
-              "ann:HASH:1001:1000:New:/etc/config/users/ann:/bin/bash");
-    const std::string hash = hashOf("ann");
-    EXPECT_TRUE(hasPassword("ann", "other"));
-
-    put("/etc/config/users/ann/notes", "hers");
-    ASSERT_EQ(user_renameuser("ann", "bea"), 0);
-    EXPECT_EQ(account("bea"), "bea:" + hash + ":1001:1000:New:/etc/config/users/bea:/bin/bash");
-    EXPECT_EQ(read("/etc/config/users/bea/notes"), "hers");
-    EXPECT_FALSE(exists("/etc/config/users/ann"));
-
-    ASSERT_EQ(user_setdescription("bea", ""), 0);
-    ASSERT_EQ(user_deluser("bea"), 0);
-    EXPECT_FALSE(exists("/etc/config/users/bea"));
-    EXPECT_EQ(read(passwd), before_ + anna + "\n") << "other lines stay as they were";
-}
-
 TEST_F(UserStore, DisabledAccountKeepsItsPasswordAndLetsNobodyIn) {
     ASSERT_EQ(user_adduser("ann", "first", "Ann"), 0);
     const std::string enabled = account("ann");

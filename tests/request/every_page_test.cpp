@@ -1,5 +1,5 @@
 #include "engine/formlet.h"
-#include "platform/libzandorin/xml_tree.h"
+#include "engine/nav_tree.h"
 #include "settings/registry.h"
 #include "tests/support/pages.h"
 #include "util/files.h"
@@ -12,42 +12,31 @@ namespace {
 
 using Names = std::set<std::string>;
 
-Names rolesOf(const platform::XmlNode &node, const Names &otherwise) {
-    const platform::XmlNode *allow = node.child("allow");
-    if (allow == nullptr)
-        return otherwise;
-    Names roles;
-    for (const platform::XmlNode &child : allow->children)
-        if (child.value == "role")
-            roles.insert(child.text());
-    return roles;
-}
-
 /// Who asks, by which method.
 using Asker = std::tuple<std::string, std::string>;
 
 class AccessMatrix : public RequestTest, public ::testing::WithParamInterface<Asker> {
   protected:
-    /// Roles by page: those of the navigation, and every form and template it does not name.
-    std::map<std::string, Names> pages() const {
-        std::map<std::string, Names> roles;
-        const auto tree = platform::parseXml(read("/home/httpd/nav.xml"));
-        const Names general = rolesOf(tree.value().root, {});
-        for (const platform::XmlNode &branch : tree->root.children)
-            for (const platform::XmlNode &leaf : branch.children)
-                if (leaf.value == "leaf")
-                    roles.emplace(*leaf.attribute("id"), rolesOf(branch, general));
+    /// Whether the asker's role opens each page: those of the navigation, and every form and
+    /// template it does not name.
+    std::map<std::string, bool> pages() const {
+        std::map<std::string, bool> opens;
+        const NavTree tree("/home/httpd/nav.xml");
+        for (const NavBranch &branch : tree.branches())
+            for (const NavLeaf &leaf : branch.leaves)
+                opens.emplace(leaf.id, roles_has(leaf.roles, user.c_str()));
+        const bool generally = roles_has(tree.roles(), user.c_str());
         for (const auto &[name, formlet] : FormletRegistry::entries())
-            roles.emplace(name, general);
+            opens.emplace(name, generally);
         for (const auto &[name, page] : settings::PageRegistry::entries())
-            roles.emplace(name, general);
-        for (const auto &file : std::filesystem::directory_iterator(onHost("/home/httpd/forms")))
-            roles.emplace(file.path().stem().string(), general);
-        roles.emplace("manage", general);
+            opens.emplace(name, generally);
+        for (const auto &file : fs::directory_iterator(onHost("/home/httpd/forms")))
+            opens.emplace(file.path().stem().string(), generally);
+        opens.emplace("manage", generally);
         // Everybody's own way in and out: login_test.cpp.
-        roles.erase("login");
-        roles.erase("logout");
-        return roles;
+        opens.erase("login");
+        opens.erase("logout");
+        return opens;
     }
 
     /// What must stay as it is; a session goes when it is used for what it may not.
@@ -86,20 +75,19 @@ TEST_P(AccessMatrix, OnlyWhoMayOpenAPageGetsIt) {
     addUser("ann", {"own"});
     configure("config.groups.total", "1");
     configure("config.groups.group1.name", "own");
-    const auto roles = pages();
-    EXPECT_GT(roles.size(), 20U);
+    const auto opens = pages();
+    EXPECT_GT(opens.size(), 20U);
     configure("config.groups.group1.roles.role1", user);
     const auto first = files();
     std::string before = kept();
-    for (const auto &[page, allowed] : roles) {
+    for (const auto &[page, isOpen] : opens) {
         std::string cookie;
         if (user != "nobody")
             cookie = login(user == "root" ? "root" : "ann");
         // The welcome is root's alone, and who may not see the summary is sent on to what is
         // theirs.
         const bool isSentOn = page == "index" || page == "dashboardsummary";
-        const bool may = user == "root" || allowed.contains(user) ||
-                         (isSentOn && roles.at("manage").contains(user));
+        const bool may = user == "root" || isOpen || (isSentOn && opens.at("manage"));
         const Response response = send(page, cookie);
         EXPECT_EQ(response.has("name=\"username\""), user == "nobody") << page;
         EXPECT_EQ(response.has("is not authorized to access"), user != "nobody" && !may) << page;

@@ -1,3 +1,4 @@
+#include "platform/libzandorin/config_text.h"
 #include "tests/request/users_page.h"
 #include "tests/support/pages.h"
 
@@ -48,18 +49,10 @@ std::string nameOf(std::string text) {
     return text.substr(text.size() - std::min<std::size_t>(text.size(), 200));
 }
 
-/// As the text of an XML element; what XML cannot hold is left out.
-std::string inXml(const std::string &text) {
-    std::string plain;
-    for (const char c : text)
-        if (const auto byte = static_cast<unsigned char>(c); byte >= 0x80)
-            (plain += static_cast<char>(0xc0U | byte >> 6U)) +=
-                static_cast<char>(0x80U | (byte & 0x3fU));
-        else if (byte >= ' ' || std::isspace(byte) != 0)
-            plain += c == '\x0b' ? ' ' : c;
-    for (const auto &[from, to] : {std::pair("&", "&amp;"), {"<", "&lt;"}, {"\r", "&#13;"}})
-        plain = replaced(plain, from, to);
-    return plain;
+/// What the configuration's file can hold of it.
+std::string storable(std::string text) {
+    std::erase_if(text, [](unsigned char c) { return c < ' ' && std::isspace(c) == 0; });
+    return platform::utf8FromLatin1(replaced(text, "\x0b", " "));
 }
 
 constexpr const char *planted = "contents of a file that nobody asked for";
@@ -174,9 +167,8 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
         }
     }
 
-    /// Puts a mark into each key of the document and of the inputs: into those that choose a kind
-    /// of page, or into all others. Answers the stored file.
-    std::string marked(bool kinds) {
+    /// The keys of the document and of the inputs that choose a kind of page, or all others.
+    std::set<std::string> keysOf(bool kinds) const {
         static const std::regex kept("\\.([0-9]|$)|\\.delete$|\\.total$|\\.groups\\.|^config\\.("
                                      "delayed|ui\\..*|system\\.password|"
                                      "users\\.user[0-9]+\\.username)$");
@@ -187,19 +179,20 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
             for (const PageField &field : page.fields)
                 if (field.name.starts_with("config."))
                     keys.insert(field.name);
-        Fields values = {{"config.users.user1.username", "NAME"}};
-        for (const std::string &key : keys)
-            if (key.ends_with("type") == kinds && !std::regex_search(key, kept))
-                values.emplace_back(key, "MARK");
-        configure(values);
-        return configuration();
+        std::erase_if(keys, [kinds](const std::string &key) {
+            return key.ends_with("type") != kinds || std::regex_search(key, kept);
+        });
+        return keys;
     }
 
-    /// The text in all files and marked places. A user of that name looks at the pages.
-    std::vector<Response> openWith(const std::string &text, const std::string &marked) {
+    /// The text in all files and under these keys. A user of that name looks at the pages.
+    std::vector<Response> openWith(const std::string &text, const std::set<std::string> &keys) {
         putFiles(text);
-        put(config_file,
-            replaced(replaced(marked, "MARK", inXml(text)), "NAME", inXml(nameOf(text))));
+        Fields values = {{"config.users.user1.username", storable(nameOf(text))}};
+        for (const std::string &key : keys)
+            values.emplace_back(key, storable(text));
+        put(config_file, unmarked_);
+        configure(values);
         if (GetParam() == "commit") {
             // Collected changes are listed with what they were and will be. No configurator has
             // such a name.
@@ -254,22 +247,21 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
     }
 
     std::vector<Page> pages_;
+    const std::string unmarked_ = configuration();
 };
 
 TEST_P(HostileText, IsStored) {
-    const std::string unmarked = configuration();
     for (const bool kinds : {false, true}) {
-        put(config_file, unmarked);
-        const std::string stored = marked(kinds);
+        const std::set<std::string> keys = keysOf(kinds);
         std::map<std::string, std::vector<Outline>> calm;
         for (const Payload &payload : payloads) {
             if (kinds && &payload - payloads > 2)
                 break; // the rest goes the same ways
             std::vector<Outline> &before = calm[harmless(payload.text)];
             if (before.empty())
-                for (const Response &page : openWith(harmless(payload.text), stored))
+                for (const Response &page : openWith(harmless(payload.text), keys))
                     before.push_back(outline(page));
-            const auto pages = openWith(payload.text, stored);
+            const auto pages = openWith(payload.text, keys);
             for (std::size_t i = 0; i < pages.size(); ++i) {
                 compare(before[i], pages[i], pages_[i].query + " " + payload.name);
                 EXPECT_FALSE(pages[i].has("not authorized"))

@@ -182,13 +182,28 @@ TEST_F(EveryPage, ShowsAndWritesNoSecret) {
     }
     EXPECT_GT(keys.size(), 15U);
 
-    // Stored. An administrator sees the communities, on their own page.
+    // Stored, and to be taken away again by what waits for its commit.
+    Names secrets = {"config.services.snmp.rocommunity", "config.services.snmp.rwcommunity",
+                     "config.system.snmp.community", "config.system.snmp.community2"};
+    const Names communities = secrets;
+    for (const DocumentedKey &row : documentedKeys())
+        if (row.type == "password")
+            secrets.insert(row.key);
+    put("/etc/config/delayed/config.xml", configuration());
+    put("/etc/config/delayed/configurators", "config\n");
+    configure("config.delayed", "on");
+    for (const std::string &key : secrets)
+        configure(key, mark + (communities.contains(key) ? "-community" : "-stored"));
+    const std::string queue = open("commit", session_id).body;
+    for (const std::string &key : secrets)
+        EXPECT_NE(queue.find("<td>" + key + "</td><td>********</td><td>"), queue.npos) << key;
+    EXPECT_EQ(queue.find(mark), queue.npos);
+    configure("config.delayed", "off");
+
+    // An administrator sees the communities, on their own page.
     for (const std::string &key : keys)
-        if (key.starts_with("config."))
+        if (key.starts_with("config.") && !communities.contains(key))
             configure(key, mark + "-stored");
-    for (const char *key : {"config.services.snmp.rocommunity", "config.services.snmp.rwcommunity",
-                            "config.system.snmp.community", "config.system.snmp.community2"})
-        configure(key, mark + "-community");
     put("/etc/config/ssl_key.pem", mark + "-key");
     for (const std::string &leaf : leaves) {
         std::string page = open(leaf, session_id).body;

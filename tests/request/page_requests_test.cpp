@@ -1,4 +1,3 @@
-#include "tests/support/pages.h"
 #include "tests/support/request_test.h"
 
 #include <unistd.h>
@@ -131,25 +130,6 @@ TEST_F(PageRequests, APageTellsItsFieldsAndWhatASaveChanged) {
                 HasSubstr("<tr><td>config.test.a</td><td>192.0.2.1</td><td>&mdash;</td></tr>\n"
                           "<tr><td>config.test.secret</td><td>&mdash;</td><td>********</td>"));
     EXPECT_FALSE(post(fields).has("id=\"changes\"")) << "nothing changed";
-}
-
-TEST_F(PageRequests, TheCommitPageListsTheQueueAndNoSecret) {
-    const std::string before = configuration();
-    std::set<std::string> secrets = {"config.services.snmp.rocommunity",
-                                     "config.system.snmp.community2"};
-    for (const DocumentedKey &row : documentedKeys())
-        if (row.type == "password")
-            secrets.insert(row.key);
-    EXPECT_GE(secrets.size(), 12U);
-    configure("config.delayed", "on");
-    for (const std::string &key : secrets)
-        configure(key, "hush");
-    put("/etc/config/delayed/config.xml", before);
-    put("/etc/config/delayed/configurators", "config\n");
-    const std::string page = get("form=commit").body;
-    for (const std::string &key : secrets)
-        EXPECT_THAT(page, HasSubstr("<td>" + key + "</td><td>********</td><td>"));
-    EXPECT_EQ(page.find("hush"), std::string::npos);
 }
 
 } // namespace

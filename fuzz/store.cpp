@@ -1,11 +1,13 @@
 // The configuration store: read, change, write, read again: every value is what it was set to. Two
-// requests that change different keys both keep their change.
+// requests that change different keys both keep their change, and what is queued waits.
 
 #include "fuzz/support/support.h"
 
 #include "platform/libzandorin/config_manager.h"
 #include "util/exception.h"
+#include "util/paths.h"
 
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <set>
@@ -61,6 +63,33 @@ void change(ConfigManager &store, Values &expected, Pieces &input, std::string k
     require(store.getElement(key) == (expected.contains(key) ? expected[key] : ""));
 }
 
+Values committed() {
+    ConfigManager store(file, "/");
+    require(store.readCommitted());
+    return valuesOf(store);
+}
+
+/// In delayed mode everybody reads what is queued, and it counts from its commit on, or never.
+void queueChanges(Values expected, Pieces &input) {
+    const auto early = open(); // before the mode is on, which is judged when writing
+    const auto store = open();
+    store->setElement("config.delayed", "on");
+    require(store->write());
+    expected["config.delayed"] = "on";
+    const Values before = expected;
+    change(*early, expected, input, "config.queued");
+    require(early->write() && valuesOf(*open()) == expected);
+    const auto later = open();
+    change(*later, expected, input, "config.queued");
+    require(later->write() && valuesOf(*open()) == expected && committed() == before);
+    if (input.flag()) {
+        require(later->discardDelayedCommit() && valuesOf(*open()) == before);
+    } else {
+        require(open()->doDelayedCommit() && committed() == expected);
+    }
+    std::filesystem::remove_all(appliancePath("/etc/config/delayed"));
+}
+
 void run(std::string_view data) {
     Pieces input(data);
     const std::string text = input.line(400);
@@ -89,6 +118,7 @@ void run(std::string_view data) {
     // A value that is sent as it was seen takes back no change.
     other->setElement("config.one.a", other->getElement("config.one.a"));
     require(one->write() && other->write() && valuesOf(*open()) == expected);
+    queueChanges(expected, input);
 }
 
 } // namespace zandorin::fuzz

@@ -12,6 +12,10 @@ namespace {
 
 using Names = std::set<std::string>;
 
+const std::string refusal =
+    R"(<html><body bgcolor="#FFFFFF"><p class="fatal-message"><font color="#E20303">)"
+    R"(<b>Fatal</b></font> User 'ann' is not authorized to access this area.</p></body></html>)";
+
 /// Who asks, by which method.
 using Asker = std::tuple<std::string, std::string>;
 
@@ -90,7 +94,11 @@ TEST_P(AccessMatrix, OnlyWhoMayOpenAPageGetsIt) {
         const bool may = user == "root" || isOpen || (isSentOn && opens.at("manage"));
         const Response response = send(page, cookie);
         EXPECT_EQ(response.has("name=\"username\""), user == "nobody") << page;
-        EXPECT_EQ(response.has("is not authorized to access"), user != "nobody" && !may) << page;
+        const bool isRefused = user != "nobody" && !may;
+        EXPECT_EQ(response.body == refusal, isRefused) << page;
+        EXPECT_EQ(exists("/var/run/.sessions/session-0123456789abcdef-ann"),
+                  !isRefused && user != "nobody" && user != "root")
+            << page;
         EXPECT_EQ(response.has("id=\"related-links\""), may) << page;
         EXPECT_TRUE(may || kept() == before) << page; // of all files, too much to print
         for (const char *file : {config_file, "/etc/config/passwd", "/etc/config/group"})

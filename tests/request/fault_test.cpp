@@ -66,11 +66,6 @@ struct State {
     std::set<std::string> homes; ///< all paths in the folder of home folders
 
     bool operator==(const State &) const = default;
-    friend void PrintTo(const State &state, std::ostream *out) {
-        *out << "\n" << state.accounts << state.groups << state.configuration;
-        for (const std::string &path : state.homes)
-            *out << path << "\n";
-    }
 };
 
 class Fault : public Users {
@@ -108,7 +103,8 @@ class Fault : public Users {
     void expectBetween(const State &now, const Call &call) const {
         for (const auto part : {&State::accounts, &State::groups, &State::configuration})
             EXPECT_TRUE(now.*part == before_.*part || now.*part == after_.*part)
-                << call.line << ::testing::PrintToString(now);
+                << call.line << "\n"
+                << now.*part;
     }
 
     /// Posts the fields by way of strace with these options.

@@ -33,6 +33,7 @@ TEST_F(PageRequests, AreForUsersWhoAreLoggedIn) {
         EXPECT_EQ(response.headerLine("Content-Type"), "application/json");
     }
     // As a page asks: an account, a role, and no passwords that wait to be converted.
+    expectLog("No such user: ann");
     addUser("ann", {"pmshell"});
     for (const char *refused : {"", "disabled", "no role", "unconverted", "no account"}) {
         const std::string cookie = login("ann");
@@ -49,8 +50,10 @@ TEST_F(PageRequests, AreForUsersWhoAreLoggedIn) {
             EXPECT_EQ(get(std::string("form=") + form, cookie).body == "{\"login\":true}\n",
                       *refused != '\0')
                 << refused << form;
+        EXPECT_TRUE(exists("/var/run/.sessions/session-0123456789abcdef-ann")) << refused;
+        EXPECT_EQ(get("form=manage", cookie).has("not authorized"), *refused != '\0') << refused;
+        EXPECT_TRUE(get("form=sessions").has("Web Sessions")) << refused << ", but not for root";
     }
-    EXPECT_TRUE(exists("/var/run/.sessions/session-0123456789abcdef-ann"));
     expectLog("Failed to load roles for user 'ann'");
     expectLog("Upgrade firmware/config for non-root users.");
 }

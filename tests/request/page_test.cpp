@@ -57,29 +57,6 @@ TEST_F(Page, UnknownFormIsAWholePageThatSaysSo) {
         EXPECT_FALSE(get(query).has("the secret")) << query;
 }
 
-TEST_F(Page, UnauthorizedUserGetsABareBoxAndLosesTheSession) {
-    addUser("joe", {"dialin"});
-    const std::string cookie = login("joe", "joes-session");
-    EXPECT_EQ(get("form=sessions", cookie).body,
-              "<html><body bgcolor=\"#FFFFFF\"><p class=\"fatal-message\"><font "
-              "color=\"#E20303\"><b>Fatal</b></font> User 'joe' is not authorized to access this "
-              "area.</p></body></html>");
-    EXPECT_FALSE(exists("/var/run/.sessions/session-joes-session"));
-    EXPECT_NE(log().find("Unauthorized access by 'joe' to form 'sessions'"), std::string::npos);
-}
-
-TEST_F(Page, OnlyUsersWithAnAccountAndAHashedPassword) {
-    configure(formData("config.users.total=1&config.users.user1.username=ghost&config.users.user1."
-                       "groups.group1=admin"));
-    expectLog("No such user: ghost");
-    EXPECT_TRUE(get("form=sessions", login("ghost")).has("not authorized"));
-    configure("config.system.password", "clear");
-    addUser("ann", {"admin"});
-    expectLog("Upgrade firmware/config for non-root users.");
-    EXPECT_TRUE(get("form=sessions", login("ann")).has("not authorized"));
-    EXPECT_TRUE(get("form=sessions").has("Web Sessions"));
-}
-
 TEST_F(Page, DamagedFilesAreReportedAndLeftAlone) {
     put(config_file, "<config><system>");
     expectLog("Failed to read configuration.");

@@ -74,7 +74,10 @@ std::optional<std::string> writePlainly(std::string text) {
         std::string kept;
         for (auto at = page.find(name); at != page.npos; at = page.find(name, at + with.size())) {
             page.replace(at, name.size(), with);
-            kept = at + with.size() == 0 ? kept + name : "";
+            if (at + with.size() == 0)
+                kept += name;
+            else
+                kept.clear();
         }
         page.insert(0, kept);
     }

@@ -3,6 +3,7 @@
 
 #include "fuzz/support/support.h"
 
+#include "tests/support/log_capture.h"
 #include "util/escape.h"
 
 #include <map>
@@ -49,6 +50,22 @@ void requireEncodes(const std::string &encoded, const std::string &resolved, std
     require((encoded == text) == isPlain);
 }
 
+/// Nobody knows whether a text is a password: the log has none of them.
+void checkAllocated(const std::string &text) {
+    const test::LogCapture log;
+    char *safe = nullptr;
+    char *uri = nullptr;
+    require(encode_safe_alloc(("secret" + text).c_str(), &safe) == 0 &&
+            encode_uri_alloc(("secret" + text).c_str(), &uri) == 0);
+    require(safe == "secret" + encodeSafe(text) && uri == "secret" + encodeUri(text));
+    for (char **each : {&safe, &uri}) {
+        encode_safe_free(each);
+        require(*each == nullptr);
+    }
+    for (const std::string &record : log.records())
+        require(record.find("secret") == record.npos);
+}
+
 void run(std::string_view input) {
     const auto hasOnly = [input](const std::string &kept) {
         return input.find_first_not_of(kept) == input.npos;
@@ -79,6 +96,10 @@ void run(std::string_view input) {
     const std::string html = escapeHtmlString(text);
     require((escapeHtml(text.c_str(), buffer.data(), room) == 0) == (html.size() < room));
     require(buffer.data() == html.substr(0, room - 1));
+    require((escapeAllHex(text.c_str(), buffer.data(), room) == 0) == (6 * text.size() < room));
+    require(resolve(std::string_view(buffer.data()).substr(0, (room - 1) / 6 * 6)) ==
+            text.substr(0, (room - 1) / 6));
+    checkAllocated(text);
 }
 
 } // namespace zandorin::fuzz

@@ -65,6 +65,11 @@ void requireState(const Session &session, const Plain &plain) {
             session.getPrompt() == plain.prompt);
     require(session.authSuccess() ==
             (session.isValid() && plain.state == Session::state_authenticated));
+    require(session.authFinalised() == (plain.state >= Session::state_helper_failed));
+    require(session.authStatusString() ==
+            (session.authSuccess() || plain.state == Session::state_authenticated ? "authenticated"
+             : session.authFinalised()                                            ? "failed"
+                                       : "challenge-in-progress"));
 }
 
 void run(std::string_view input) {

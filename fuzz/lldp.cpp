@@ -26,9 +26,9 @@ std::string render(const LldpValues &values, const std::string &prefix) {
 }
 
 void run(std::string_view bytes) {
-    FuzzedDataProvider input = piecesOf(bytes);
-    const auto padding = input.ConsumeIntegralInRange<std::size_t>(0, 2 * longest_line);
-    std::string text = input.ConsumeRemainingBytesAsString();
+    Pieces input(bytes);
+    const auto padding = input.number<std::size_t>(0, 2 * longest_line);
+    std::string text = input.rest();
     if (const auto place = text.find("=#"); place != text.npos)
         text.insert(place + 1, padding, 'x');
 

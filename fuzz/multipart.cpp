@@ -28,10 +28,10 @@ Parsed parse(std::string_view body, std::size_t limit, std::size_t piece) {
 }
 
 void run(std::string_view bytes) {
-    FuzzedDataProvider input = piecesOf(bytes);
-    const auto limit = input.ConsumeIntegralInRange<std::size_t>(0, 300);
-    const auto piece = input.ConsumeIntegralInRange<std::size_t>(1, 80);
-    const std::string body = input.ConsumeRemainingBytesAsString();
+    Pieces input(bytes);
+    const auto limit = input.number<std::size_t>(0, 300);
+    const auto piece = input.number<std::size_t>(1, 80);
+    const std::string body = input.rest();
     const Parsed whole = parse(body, limit, body.size() + 1);
     require(whole == parse(body, limit, piece));
     for (const auto &[name, field] : whole.second)

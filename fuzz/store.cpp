@@ -1,11 +1,13 @@
 // The configuration store: read, change, write, read again: every value is what it was set to. Two
-// requests that change different keys both keep their change.
+// requests that change different keys both keep their change, and what is queued waits.
 
 #include "fuzz/support/support.h"
 
 #include "platform/libzandorin/config_manager.h"
 #include "util/exception.h"
+#include "util/paths.h"
 
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <set>
@@ -36,18 +38,18 @@ Values valuesOf(const ConfigManager &store, const std::string &key = "config") {
     return values;
 }
 
-void change(ConfigManager &store, Values &expected, FuzzedDataProvider &input, std::string key) {
+void change(ConfigManager &store, Values &expected, Pieces &input, std::string key) {
     do
-        key += input.PickValueInArray({".a", ".b", ".c-1", "._"});
-    while (input.ConsumeBool());
-    if (input.ConsumeBool()) {
+        key += input.oneOf({".a", ".b", ".c-1", "._"});
+    while (input.flag());
+    if (input.flag()) {
         store.delElement(key);
         std::erase_if(expected, [&](const auto &value) {
             return value.first == key || value.first.starts_with(key + ".");
         });
         return;
     }
-    const std::string value = input.ConsumeRandomLengthString(40);
+    const std::string value = input.line(40);
     bool taken = true;
     try {
         store.setElement(key, value);
@@ -61,9 +63,36 @@ void change(ConfigManager &store, Values &expected, FuzzedDataProvider &input, s
     require(store.getElement(key) == (expected.contains(key) ? expected[key] : ""));
 }
 
+Values committed() {
+    ConfigManager store(file, "/");
+    require(store.readCommitted());
+    return valuesOf(store);
+}
+
+/// In delayed mode everybody reads what is queued, and it counts from its commit on, or never.
+void queueChanges(Values expected, Pieces &input) {
+    const auto early = open(); // before the mode is on, which is judged when writing
+    const auto store = open();
+    store->setElement("config.delayed", "on");
+    require(store->write());
+    expected["config.delayed"] = "on";
+    const Values before = expected;
+    change(*early, expected, input, "config.queued");
+    require(early->write() && valuesOf(*open()) == expected);
+    const auto later = open();
+    change(*later, expected, input, "config.queued");
+    require(later->write() && valuesOf(*open()) == expected && committed() == before);
+    if (input.flag()) {
+        require(later->discardDelayedCommit() && valuesOf(*open()) == before);
+    } else {
+        require(open()->doDelayedCommit() && committed() == expected);
+    }
+    std::filesystem::remove_all(appliancePath("/etc/config/delayed"));
+}
+
 void run(std::string_view data) {
-    FuzzedDataProvider input = piecesOf(data);
-    const std::string text = input.ConsumeRandomLengthString(400);
+    Pieces input(data);
+    const std::string text = input.line(400);
     const auto document = platform::parseXml(text);
     const bool usable =
         document && document->root.value == "config" && document->root.child("delayed") == nullptr;
@@ -71,13 +100,13 @@ void run(std::string_view data) {
 
     auto store = open();
     Values expected = valuesOf(*store);
-    for (int round = 0; round < 3 && input.remaining_bytes() > 0; ++round) {
+    for (int round = 0; round < 3 && !input.empty(); ++round) {
         const Values before = expected;
-        for (int i = input.ConsumeIntegralInRange(1, 8); i > 0; --i)
+        for (int i = input.number(1, 8); i > 0; --i)
             change(*store, expected, input, "config");
         require(valuesOf(*store) == expected && store->isDirty() == (expected != before));
         require(store->write() && !store->isDirty() && valuesOf(*store) == expected);
-        if (input.ConsumeBool())
+        if (input.flag())
             store = open();
         require(valuesOf(*open()) == expected);
     }
@@ -86,7 +115,10 @@ void run(std::string_view data) {
     const auto other = open();
     change(*one, expected, input, "config.one");
     change(*other, expected, input, "config.other");
+    // A value that is sent as it was seen takes back no change.
+    other->setElement("config.one.a", other->getElement("config.one.a"));
     require(one->write() && other->write() && valuesOf(*open()) == expected);
+    queueChanges(expected, input);
 }
 
 } // namespace zandorin::fuzz

@@ -13,7 +13,8 @@ namespace zandorin::fuzz {
 constexpr std::string_view marker = "CGI_CALL(";
 const std::string again = "CGI_CALL(f)#b"; // a call that is none
 // The first holds a name that is replaced later.
-const std::pair<std::string, std::string> names[] = {{"#a", "x#b"}, {"#b", "CGI_CALL(f)"}};
+const std::pair<std::string, std::string> names[] = {
+    {"#a", "x#b"}, {"#b", "CGI_CALL(f)"}, {"#c", ""}};
 
 std::string call(void *, std::vector<std::string> &arguments) {
     std::string text = "[" + std::to_string(arguments.size());
@@ -41,12 +42,13 @@ std::optional<std::string> write(std::string_view text, bool replace) {
         stream->addReplaceable(name, with);
     stream->write(input, replace);
     const bool good = stream->good();
+    *stream << text << std::flush; // only what is written as a template is one
     stream.reset();
     std::fclose(file);
     const std::string page(bytes, size);
     std::free(bytes);
-    require(good || page.empty());
-    return good ? std::optional(page) : std::nullopt;
+    require(good ? page.ends_with(text) : page.empty());
+    return good ? std::optional(page.substr(0, page.size() - text.size())) : std::nullopt;
 }
 
 std::optional<std::string> writePlainly(std::string text) {
@@ -67,13 +69,26 @@ std::optional<std::string> writePlainly(std::string text) {
         text.erase(0, end + 1);
     }
     page += text;
-    for (const auto &[name, with] : names)
-        for (auto at = page.find(name); at != page.npos; at = page.find(name, at + with.size()))
+    for (const auto &[name, with] : names) {
+        // Names of nothing, with nothing before them, stay.
+        std::string kept;
+        for (auto at = page.find(name); at != page.npos; at = page.find(name, at + with.size())) {
             page.replace(at, name.size(), with);
+            if (at + with.size() == 0)
+                kept += name;
+            else
+                kept.clear();
+        }
+        page.insert(0, kept);
+    }
     return page;
 }
 
 void run(std::string_view input) {
+    cgi::FileOutputStream none;
+    cgi::FileOutputStream closed(nullptr);
+    for (cgi::FileOutputStream *stream : {&none, &closed})
+        require(!(*stream << input << 'c' << std::flush).good());
     require(write(input, false) == input);
     require(write(input, true) == writePlainly(std::string(input)));
 }

@@ -22,15 +22,16 @@ static std::optional<XmlImage> map(const std::string &bytes) {
 }
 
 void run(std::string_view data) {
-    FuzzedDataProvider input = piecesOf(data);
+    Pieces input(data);
     std::vector<std::pair<std::size_t, std::uint32_t>> changes;
-    for (int patches = input.ConsumeIntegralInRange(0, 8); patches > 0; --patches) {
-        const std::size_t place = input.ConsumeIntegral<std::uint16_t>() * sizeof(std::uint32_t);
-        const bool wide = input.ConsumeBool();
-        changes.emplace_back(place, wide ? input.ConsumeIntegral<std::uint32_t>()
-                                         : input.ConsumeIntegral<std::uint8_t>());
+    for (int patches = input.number(0, 8); patches > 0; --patches) {
+        const std::size_t place = input.number<std::uint16_t>() * sizeof(std::uint32_t);
+        const bool wide = input.flag();
+        changes.emplace_back(place,
+                             wide ? input.number<std::uint32_t>() : input.number<std::uint8_t>());
     }
-    const std::string text = input.ConsumeRemainingBytesAsString();
+    const std::string text = input.rest();
+    requireHarmless(XmlImage());
     if (const auto raw = map(text))
         requireHarmless(*raw);
     const auto document = parseXml(text);

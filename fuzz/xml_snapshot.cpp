@@ -10,12 +10,12 @@
 namespace zandorin::fuzz {
 
 void run(std::string_view data) {
-    FuzzedDataProvider input = piecesOf(data);
-    const auto place = input.ConsumeIntegral<std::uint16_t>();
-    const auto cut = input.ConsumeIntegral<std::uint8_t>();
-    const auto patch = input.ConsumeBytesAsString(input.ConsumeIntegralInRange<std::size_t>(0, 16));
-    const bool replaced = input.ConsumeBool();
-    const std::string text = input.ConsumeRemainingBytesAsString();
+    Pieces input(data);
+    const auto place = input.number<std::uint16_t>();
+    const auto cut = input.number<std::uint8_t>();
+    const auto patch = input.text(input.number<std::size_t>(0, 16));
+    const bool replaced = input.flag();
+    const std::string text = input.rest();
     const std::string path = "/etc/config/x.xml";
     const std::string snapshot = "/var/run/x.snapshot";
 

@@ -18,6 +18,12 @@ void requireEqual(const XmlImage &image, const XmlNode &node, Element element) {
         require(image.text(attribute) == latin1FromUtf8(value));
         attribute = image.nextAttribute(attribute);
     }
+    for (const auto &[name, value] : node.attributes) {
+        require(image.attribute(element, latin1FromUtf8(name)) == latin1FromUtf8(value));
+        if (node.child(name) == nullptr) // an attribute is no element
+            require(image.child(element, latin1FromUtf8(name)) == XmlImage::none);
+    }
+    require(!image.attribute(element, "<"));
     Element child = image.firstChild(element);
     std::set<std::string_view> names;
     for (const XmlNode &source : node.children) {

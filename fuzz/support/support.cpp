@@ -31,10 +31,6 @@ void require(bool holds, const char *what, const char *file, int line) {
     std::abort();
 }
 
-FuzzedDataProvider piecesOf(std::string_view input) {
-    return {reinterpret_cast<const std::uint8_t *>(input.data()), input.size()};
-}
-
 void put(int descriptor, std::string_view bytes) {
     require(::write(descriptor, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()));
 }

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "fuzz/support/pieces.h"
 #include "platform/libzandorin/xml_image.h"
 #include "platform/pam-client/protocol.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
@@ -12,8 +12,6 @@
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include <fuzzer/FuzzedDataProvider.h>
 
 /// What the fuzz targets share. Each process has an empty appliance root of its own, below TMPDIR,
 /// with /etc/config and /var/run/.sessions in it. Nothing is synced to disk, nothing is logged, no
@@ -26,9 +24,6 @@ void run(std::string_view input);
 /// Ends the process with a report of the place when the property does not hold.
 void require(bool holds, const char *what = "", const char *file = __builtin_FILE(),
              int line = __builtin_LINE());
-
-/// The input in pieces: numbers are taken off its end, texts off its front.
-FuzzedDataProvider piecesOf(std::string_view input);
 
 /// Writes all of it; a file of the appliance is written in place.
 void put(int descriptor, std::string_view bytes);

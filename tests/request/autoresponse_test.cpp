@@ -1,29 +1,18 @@
 #include "tests/support/request_test.h"
 
-#include <gmock/gmock.h>
-
 namespace zandorin::test {
 namespace {
 
-using ::testing::HasSubstr;
-
 const std::string record1 = "config.autoresponse.autoresponse1.";
-const std::string fresh = "config.autoresponse.new.";
 const std::string gone = "There is no such action any more.";
 
 class AutoResponse : public RequestTest {
   protected:
-    AutoResponse() {
-        configure("config.system.model", "HX9008");
-        configure("config.ports.port2.device.type", "ups");
-        configure("config.ports.port3.device.type", "enviro");
-        configure("config.ports.port4.device.type", "rpc");
-        cookie = login();
-    }
+    AutoResponse() { configure("config.ports.port3.device.type", "enviro"); }
 
-    Response open(const std::string &query) { return get("form=autoresponse" + query, cookie); }
+    Response open(const std::string &query) { return get("form=autoresponse" + query); }
     Response submit(const Fields &fields) {
-        return post(Fields{{"form", "autoresponse"}} + fields, cookie);
+        return post(Fields{{"form", "autoresponse"}} + fields);
     }
     /// An action upon the first record as it is now.
     Response command(const std::string &action, const Fields &more = {}) {
@@ -39,15 +28,13 @@ class AutoResponse : public RequestTest {
         return found.empty() ? "" : found[0];
     }
 
-    static bool shows(const Response &page, const std::string &name, const std::string &value) {
-        return page.has(" name=\"" + name + "\" value=\"" + value + "\" ");
-    }
-
-    void makeRecord(const std::string &name = "rule") {
-        const Response response =
-            submit(formData("action=apply&index=0&apply=1") +
-                   Fields{{fresh + "name", name}, {fresh + "check_type", "webui_login"}});
-        ASSERT_TRUE(response.has("Changes to configuration succeeded.")) << response.body;
+    void makeRecords(const std::vector<std::string> &names) const {
+        Fields records = {{"config.autoresponse.total", std::to_string(names.size())}};
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            const std::string key = "config.autoresponse.autoresponse" + std::to_string(i + 1);
+            records = records + Fields{{key + ".name", names[i]}, {key + ".check_type", "alarm"}};
+        }
+        configure(records);
     }
     void addAction(const std::string &type, const std::string &name, const Fields &more = {}) {
         saveAction("new", type, more + Fields{{"trigger.new." + type + ".name", name}});
@@ -57,12 +44,10 @@ class AutoResponse : public RequestTest {
         return command(number == "new" ? "trigger_new" : "trigger_save",
                        Fields{{"modify_index", number}, {"trigger_action_type", type}} + more);
     }
-
-    std::string cookie;
 };
 
 TEST_F(AutoResponse, PortsAreStoredAsAListOfReferences) {
-    makeRecord();
+    makeRecords({"rule"});
     const auto save = [&](const std::string &type, const std::string &ports) {
         return command("apply", {{record1 + "name", "rule"},
                                  {record1 + "check_type", type},
@@ -72,45 +57,13 @@ TEST_F(AutoResponse, PortsAreStoredAsAListOfReferences) {
     save("serial_login", "serial.login");
     EXPECT_EQ(stored(record1 + "serial.login.dev_refs.total"), "2");
     EXPECT_EQ(stored(record1 + "serial.login.dev_refs.dev_ref2"), "config.ports.port8");
-    EXPECT_TRUE(get("form=autoresponsestatus", cookie).has("Port 2, Port 8"));
+    EXPECT_TRUE(get("form=autoresponsestatus").has("Port 2, Port 8"));
     EXPECT_TRUE(save("power", "power").has("Check type 'power' is not for multiple devices"));
     EXPECT_EQ(stored(record1 + "check_type"), "serial_login");
 }
 
-TEST_F(AutoResponse, RefusedValuesStoreNothingAndStayOnThePage) {
-    const struct {
-        const char *name, *type, *key, *value, *message;
-    } rows[] = {
-        {"type that is not offered", "sms", "name", "rule", "No Check type selected"},
-        {"no name", "cli_login", "name", " ", "Please give the auto-response a name."},
-        {"taken name", "cli_login", "name", "first", "another auto-response named '<i>first</i>'"},
-        {"markup", "cli_login", "name", "a<b>", "<i>Name</i> can not contain markup."},
-        {"address", "net_ping", "net.ping.address", "a_b", "Network Address"},
-        {"too large", "net_ping", "net.ping.frequency", "2147483648", "at most 2147483647"},
-        {"hour", "cli_login", "time_monday_from_hour", "24", "may be at most 23"},
-    };
-    EXPECT_TRUE(submit(formData("action=apply&config.autoresponse.boot_delay=soon"))
-                    .has("Non-negative Integer"));
-    expectLog("can not contain markup");
-    makeRecord("first");
-    const std::string before = configuration();
-    for (const auto &row : rows) {
-        const bool isName = std::string(row.key) == "name";
-        const Response response = submit({{"action", "apply"},
-                                          {"index", "0"},
-                                          {fresh + row.key, row.value},
-                                          {fresh + "check_type", row.type},
-                                          {fresh + "repeat_timeout", "77"},
-                                          {isName ? "no" : fresh + "name", "rule"}});
-        EXPECT_THAT(response.boxes(), HasSubstr(row.message)) << row.name;
-        EXPECT_TRUE(shows(response, fresh + "repeat_timeout", "77")) << row.name;
-        EXPECT_EQ(configuration(), before) << row.name;
-        EXPECT_FALSE(response.has("<b>\"")) << row.name;
-    }
-}
-
 TEST_F(AutoResponse, ArgumentsAreAListThatGrowsAndShrinks) {
-    makeRecord();
+    makeRecords({"rule"});
     addAction("custom", "run", {{"trigger.new.custom.argument", "one"}});
     const std::string list = record1 + "trigger_actions.action1.custom.args.";
     const auto save = [&](const char *more) {
@@ -126,7 +79,7 @@ TEST_F(AutoResponse, ArgumentsAreAListThatGrowsAndShrinks) {
 }
 
 TEST_F(AutoResponse, ActionsAreOrderedModifiedAndDeleted) {
-    makeRecord();
+    makeRecords({"rule"});
     for (const char *name : {"one", "two", "three"})
         addAction("snmp", name);
     const auto names = [&] {
@@ -154,7 +107,7 @@ TEST_F(AutoResponse, ActionsAreOrderedModifiedAndDeleted) {
 }
 
 TEST_F(AutoResponse, DamagedListsCountWhatIsThereAndAreMendedByTheNextChange) {
-    makeRecord();
+    makeRecords({"rule"});
     const std::string list = record1 + "trigger_actions.";
     configure({{list + "total", "9"},
                {list + "action2.type", "snmp"},
@@ -171,8 +124,7 @@ TEST_F(AutoResponse, DamagedListsCountWhatIsThereAndAreMendedByTheNextChange) {
 }
 
 TEST_F(AutoResponse, StaleSubmissionsAreRefused) {
-    for (const char *name : {"one", "two", "three"})
-        makeRecord(name);
+    makeRecords({"one", "two", "three"});
     const std::string second = opened(2);
     const auto send = [&](const char *name, const std::string &index, const std::string &seen) {
         const std::string prefix = "config.autoresponse.autoresponse" + index + ".";
@@ -205,19 +157,6 @@ TEST_F(AutoResponse, StaleSubmissionsAreRefused) {
     EXPECT_EQ(configuration(), before);
     // What a refused page shows again stays refused.
     EXPECT_EQ(openedOf(send("apply", "2", second)), second);
-}
-
-TEST_F(AutoResponse, SelectButtonShowsThePanelAndSavesNothing) {
-    const std::string before = configuration();
-    const Response response =
-        submit(formData("action=apply&index=0&select=Select") +
-               Fields{{fresh + "name", "typed"}, {fresh + "check_type", "power"}});
-    EXPECT_EQ(response.lacks({"<div id=\"power_check_div\" style=\"display: block\">",
-                              "<div id=\"none_check_div\" style=\"display: none\">"}),
-              "");
-    EXPECT_TRUE(shows(response, fresh + "name", "typed"));
-    EXPECT_EQ(response.holds({"error-message", "SMS Command Check"}), "") << "no modem, no SMS";
-    EXPECT_EQ(configuration(), before);
 }
 
 } // namespace

@@ -1,13 +1,7 @@
 #include "tests/support/request_test.h"
 
-#include <filesystem>
-
 namespace zandorin::test {
 namespace {
-
-namespace fs = std::filesystem;
-
-constexpr const char *config = "/etc/config/config.xml";
 
 class Configurators : public RequestTest {
   protected:
@@ -21,9 +15,8 @@ class Configurators : public RequestTest {
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
     int configurator(const std::string &name) const {
-        return run("usr/lib/zandorin/configurators/" + name + " '" + onHost(config) + "'");
+        return run("usr/lib/zandorin/configurators/" + name + " '" + onHost(config_file) + "'");
     }
-    fs::perms modeOf(std::string_view path) const { return fs::status(onHost(path)).permissions(); }
 };
 
 TEST_F(Configurators, ToolGetsAndSetsTheCommittedConfiguration) {
@@ -55,16 +48,9 @@ TEST_F(Configurators, ToolGetsAndSetsTheCommittedConfiguration) {
         {"set config.auth.type TACACS", 1,
          "zandorin-config: TACACS+ Authentication and Authorization Server Address must be "
          "specified\nzandorin-config: TACACS+ Server Password must be specified\n"},
-        {"set config.console.ppp.callback.enabled on", 1,
-         "zandorin-config: Dial-Back requires a Phone Number.\n"},
         {"set config.console.ppp.callback.enabled off", 0, ""},
-        {"set config.port9.ppp.enabled off", 1,
-         "zandorin-config: no page of this appliance knows 'config.port9.ppp.enabled'\n"},
         {"set config.ports.port8.speed 115200", 0, ""},
         {"get --json config.ports.port8.speed", 0, "{\"value\":\"115200\"}\n"},
-        {"set config.ports.port8.parity Both", 1,
-         "zandorin-config: Parity must be one of the choices. The value 'Both' is invalid.\n"},
-        {"set config.services.snmp.rocommunity ''", 0, ""},
         {"set config.system.confirm x", 1,
          "zandorin-config: config.system.confirm is no setting that can be given a value.\n"},
         // No password is printed, and root's is stored as its page does.
@@ -77,8 +63,6 @@ TEST_F(Configurators, ToolGetsAndSetsTheCommittedConfiguration) {
         {"set --force config.system.smtp.security loud", 1,
          "zandorin-config: Secure Connection must be one of the choices. The value 'loud' is "
          "invalid.\n"},
-        {"set config.services.https.port 0", 1,
-         "zandorin-config: HTTPS Port must be assigned a TCP Port. The value '0' is invalid.\n"},
         {"add config.nothing a=b", 1,
          "zandorin-config: no page of this appliance knows 'config.nothing'\n"},
         {"set config.a", 2, usage},
@@ -88,14 +72,14 @@ TEST_F(Configurators, ToolGetsAndSetsTheCommittedConfiguration) {
         EXPECT_EQ(read("/out"), output) << command;
     }
     EXPECT_NE(configuration().find("<password>$6$"), std::string::npos);
-    put(config, "<config><system>");
+    put(config_file, "<config><system>");
     EXPECT_EQ(run("bin/zandorin-config set --force config.a x"), 1);
     EXPECT_EQ(configuration(), "<config><system>");
 }
 
 TEST_F(Configurators, ToolGoesPastTheQueue) {
     constexpr const char *delayed = "/etc/config/delayed/config.xml";
-    put(config, "<config><delayed>on</delayed><a>1</a><b>1</b></config>");
+    put(config_file, "<config><delayed>on</delayed><a>1</a><b>1</b></config>");
     put(delayed, "<config><delayed>off</delayed><a>1</a><b>2</b><c>3</c></config>");
     EXPECT_EQ(run("bin/zandorin-config get config.c"), 1);
     EXPECT_EQ(run("bin/zandorin-config set --force config.a 9"), 0);
@@ -146,7 +130,7 @@ TEST_F(Configurators, WebServerListensAsConfigured) {
         for (const std::string &piece : row.lacks)
             EXPECT_EQ(text.find(piece), std::string::npos) << row.name << piece << "\n" << text;
     }
-    EXPECT_EQ(modeOf("/etc/config/ssl_key.pem"), fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_EQ(modeOf("/etc/config/ssl_key.pem"), 0600U);
 }
 
 TEST_F(Configurators, HostNameAndMessageOfTheDay) {
@@ -172,7 +156,6 @@ TEST_F(Configurators, HostNameAndMessageOfTheDay) {
 }
 
 TEST_F(Configurators, PasswordOfRoot) {
-    constexpr const char *passwd = "/etc/config/passwd";
     const std::string others = "rooty:x:7:7:back\\slash \\n:/:/bin/sh\n\n";
     const std::string rest = ":0:0:Root:/:/bin/sh\n:\nroot:second:0:0:::\n";
     const std::tuple<const char *, bool, int> rows[] = {
@@ -184,7 +167,7 @@ TEST_F(Configurators, PasswordOfRoot) {
         configure("config.system.password", hash);
         EXPECT_EQ(configurator("systemsettings"), status) << hash;
         EXPECT_EQ(read(passwd), others + "root:" + (taken ? hash : "old") + rest);
-        EXPECT_EQ(modeOf(passwd), fs::perms(taken ? 0644 : 0600)) << hash;
+        EXPECT_EQ(modeOf(passwd), taken ? 0644U : 0600U) << hash;
     }
     put(passwd, others);
     configure("config.system.password", "$6$ab");
@@ -226,7 +209,7 @@ TEST_F(Configurators, WebServerGetsAKeyAndACertificateOnce) {
     constexpr const char *key = "/etc/config/ssl_key.pem";
     constexpr const char *certificate = "/etc/config/ssl_cert.pem";
     EXPECT_EQ(configurator("ssl"), 0) << read("/out");
-    EXPECT_EQ(modeOf(key), fs::perms(0600));
+    EXPECT_EQ(modeOf(key), 0600U);
     EXPECT_EQ(run("sh -c '[ \"$(openssl x509 -noout -pubkey -in etc/config/ssl_cert.pem)\" = "
                   "\"$(openssl pkey -pubout -in etc/config/ssl_key.pem)\" ]'"),
               0)

@@ -1,7 +1,5 @@
 #include "tests/request/users_page.h"
-#include "tests/support/page_reader.h"
-
-#include <algorithm>
+#include "tests/support/pages.h"
 
 // The pages of settings, and those that edit one record of a list: a new value is typed into every
 // input that the page has, and must be there again after the save.
@@ -104,28 +102,9 @@ class EveryInput : public RequestTest, public ::testing::WithParamInterface<Page
     const bool isAction_ = page_.form == "action";
     const std::string rule_ = "config.autoresponse.autoresponse1.";
 
-    Response open() { return get(page_.query, login()); }
+    Response open() { return get(page_.query); }
 
-    /// The fields that a person deals with: of the panels of types only the chosen one's.
-    std::vector<PageField> fields() {
-        const Response page = open();
-        if (isSettings_)
-            return readFields(page.body);
-        const std::string form =
-            page.part("<form method=\"post\" name=\"" + page_.form + "\"", "</form>");
-        const auto panels = form.find("none_check_div");
-        std::vector<PageField> fields = readFields(form.substr(0, panels));
-        if (panels == std::string::npos)
-            return fields;
-        const auto start = form.find("\"" + page_.type + "_check_div\"");
-        // Behind the panels stand the hidden ones again.
-        const auto last = form.find("value=\"Save Auto-Response\"");
-        const auto end = std::min(form.find("_check_div\"", start + page_.type.size() + 12), last);
-        for (const std::string &part : {form.substr(start, end - start), form.substr(last)})
-            for (const PageField &field : readFields(part))
-                fields.push_back(field);
-        return fields;
-    }
+    std::vector<PageField> fields() { return readFields(open().body, page_.form, page_.type); }
 
     Response submit(const std::vector<PageField> &fields) {
         Fields sent = {{"form", page_.query.substr(5, page_.query.find('&') - 5)},
@@ -134,7 +113,7 @@ class EveryInput : public RequestTest, public ::testing::WithParamInterface<Page
             if ((field.kind != "checkbox" || field.checked) && !isAction(field.name) &&
                 !(isSettings_ && (field.name == "action" || field.name == "type"))) // to add
                 sent.emplace_back(field.name, field.value);
-        return post(sent, login());
+        return post(sent);
     }
 
     std::string kept() const { return configuration() + read(passwd) + read("/etc/config/motd"); }

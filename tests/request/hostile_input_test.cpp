@@ -1,11 +1,6 @@
+#include "platform/libzandorin/config_text.h"
 #include "tests/request/users_page.h"
-#include "tests/support/page_outline.h"
-#include "tests/support/page_reader.h"
-
-#include <algorithm>
-#include <filesystem>
-#include <regex>
-#include <set>
+#include "tests/support/pages.h"
 
 // Hostile texts wherever a text can come from, on every page. What a browser would act upon must
 // be the same as with a harmless text in their place.
@@ -13,7 +8,6 @@
 namespace zandorin::test {
 namespace {
 
-namespace fs = std::filesystem;
 using Outline = std::vector<std::string>;
 
 const struct Payload {
@@ -55,18 +49,10 @@ std::string nameOf(std::string text) {
     return text.substr(text.size() - std::min<std::size_t>(text.size(), 200));
 }
 
-/// As the text of an XML element; what XML cannot hold is left out.
-std::string inXml(const std::string &text) {
-    std::string plain;
-    for (const char c : text)
-        if (const auto byte = static_cast<unsigned char>(c); byte >= 0x80)
-            (plain += static_cast<char>(0xc0U | byte >> 6U)) +=
-                static_cast<char>(0x80U | (byte & 0x3fU));
-        else if (byte >= ' ' || std::isspace(byte) != 0)
-            plain += c == '\x0b' ? ' ' : c;
-    for (const auto &[from, to] : {std::pair("&", "&amp;"), {"<", "&lt;"}, {"\r", "&#13;"}})
-        plain = replaced(plain, from, to);
-    return plain;
+/// What the configuration's file can hold of it.
+std::string storable(std::string text) {
+    std::erase_if(text, [](unsigned char c) { return c < ' ' && std::isspace(c) == 0; });
+    return platform::utf8FromLatin1(replaced(text, "\x0b", " "));
 }
 
 constexpr const char *planted = "contents of a file that nobody asked for";
@@ -100,14 +86,8 @@ class HostileInput : public RequestTest {
                    {rule + "trigger_actions.action1.type", "email"}});
         putFiles("text");
         // Ends at once, and none is run: what a real one gets stands in their own tests.
-        fs::remove(onHost("/bin/pam-client"));
-        putProgram("/bin/pam-client", "exit 1\n");
-        fs::remove_all(onHost("/usr/lib/zandorin/configurators"));
-    }
-
-    void putProgram(const std::string &path, const std::string &script) const {
-        put(path, "#!/bin/sh\n" + script);
-        fs::permissions(onHost(path), fs::perms::owner_all);
+        putProgram("/bin/pam-client", "exit 1");
+        remove("/usr/lib/zandorin/configurators");
     }
 
     /// Every file whose text a page shows, with that text in it. A user of that name is logged in.
@@ -121,14 +101,14 @@ class HostileInput : public RequestTest {
         put("/var/run/autoresponse.status",
             "1\t" + line + "\t" + line + "\t" + line + "\t" + line + "\n");
         put("/etc/config/users/ann/.ssh/authorized_keys", text + "\n");
-        fs::remove(onHost("/proc/uptime"));
+        remove("/proc/uptime");
         put("/proc/uptime", text);
         put("/lldp", "lldp.eth0.chassis.name=" + text + "\nlldp." + text + ".port.descr=" + text +
                          "\nlldp.eth0." + text + "=b\nlocal-chassis.chassis.name=" + text + "\n");
-        putProgram("/sbin/lldpcli", "grep -a ^l \"$ZANDORIN_ROOT/lldp\"\n");
+        putProgram("/sbin/lldpcli", "grep -a ^l \"$ZANDORIN_ROOT/lldp\"");
         const std::string field = replaced(line, ":", " ");
-        put("/etc/config/passwd", "root:x:0:0::/root:/bin/sh\n" + nameOf(text) + ":x:1000:1000:" +
-                                      field + ":/:/bin/sh\nann:x:1001:1001:" + field + ":/:\n");
+        put(passwd, "root:x:0:0::/root:/bin/sh\n" + nameOf(text) + ":x:1000:1000:" + field +
+                        ":/:/bin/sh\nann:x:1001:1001:" + field + ":/:\n");
         login(nameOf(text), "another");
         const std::string session = "/var/run/.sessions/session-another";
         put(session, replaced(read(session), "192.0.2.1", text));
@@ -170,25 +150,25 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
         for (std::size_t i = 0; i < pages_.size(); ++i) {
             const std::string body = open(pages_[i].query).body;
             pages_[i].fields = readFields(body);
-            for (const std::string &element : captures(body, "(\"[^\"]+\":\\[\"text\")"))
-                pages_[i].texts.insert(element.substr(1, element.find('"', 1) - 1));
+            for (const std::string &element : captures(body, "\"([^\"]+)\":\\[\"text\""))
+                pages_[i].texts.insert(element);
             for (const std::string &element : captures(body, "\"([^\"]+)\":\\[\""))
                 pages_[i].checked.insert(element);
-            pages_[i].buttons = captures(body, "<input name=\"([^\"]*)\"[^>]* type=\"submit\"");
             EXPECT_NE(body.find("\"fields\":{}") == body.npos, pages_[i].checked.empty());
-            EXPECT_EQ(body.find("type=\"submit\"") == body.npos, pages_[i].buttons.empty());
-            for (const std::string &link : captures(body, "href=\"\\?(form=[^\"]*)\"")) {
-                const std::string query = replaced(link, "&amp;", "&");
-                if (query.starts_with(form + "&") &&
-                    kinds.insert(std::regex_replace(query, std::regex("[0-9]+"), "1")).second)
-                    pages_.push_back({query});
-            }
+            parsePage(body).each([&](const Element &element) {
+                const std::string link = element.get("href");
+                if (element.get("type") == "submit")
+                    pages_[i].buttons.push_back(element.get("name"));
+                if (link.starts_with("?" + form + "&") &&
+                    kinds.insert(std::regex_replace(link, std::regex("[0-9]+"), "1")).second)
+                    pages_.push_back({link.substr(1)});
+                return true;
+            });
         }
     }
 
-    /// Puts a mark into each key of the document and of the inputs: into those that choose a kind
-    /// of page, or into all others. Answers the stored file.
-    std::string marked(bool kinds) {
+    /// The keys of the document and of the inputs that choose a kind of page, or all others.
+    std::set<std::string> keysOf(bool kinds) const {
         static const std::regex kept("\\.([0-9]|$)|\\.delete$|\\.total$|\\.groups\\.|^config\\.("
                                      "delayed|ui\\..*|system\\.password|"
                                      "users\\.user[0-9]+\\.username)$");
@@ -199,19 +179,20 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
             for (const PageField &field : page.fields)
                 if (field.name.starts_with("config."))
                     keys.insert(field.name);
-        Fields values = {{"config.users.user1.username", "NAME"}};
-        for (const std::string &key : keys)
-            if (key.ends_with("type") == kinds && !std::regex_search(key, kept))
-                values.emplace_back(key, "MARK");
-        configure(values);
-        return configuration();
+        std::erase_if(keys, [kinds](const std::string &key) {
+            return key.ends_with("type") != kinds || std::regex_search(key, kept);
+        });
+        return keys;
     }
 
-    /// The text in all files and marked places. A user of that name looks at the pages.
-    std::vector<Response> openWith(const std::string &text, const std::string &marked) {
+    /// The text in all files and under these keys. A user of that name looks at the pages.
+    std::vector<Response> openWith(const std::string &text, const std::set<std::string> &keys) {
         putFiles(text);
-        put(config_file,
-            replaced(replaced(marked, "MARK", inXml(text)), "NAME", inXml(nameOf(text))));
+        Fields values = {{"config.users.user1.username", storable(nameOf(text))}};
+        for (const std::string &key : keys)
+            values.emplace_back(key, storable(text));
+        put(config_file, unmarked_);
+        configure(values);
         if (GetParam() == "commit") {
             // Collected changes are listed with what they were and will be. No configurator has
             // such a name.
@@ -230,7 +211,7 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
     /// Posts the fields to the configuration as it was at first; the answer, and the page after
     /// a change.
     void submit(Fields fields, const std::string &query, std::vector<Response> &answers) {
-        fs::remove_all(onHost("/etc/config"));
+        remove("/etc/config");
         fs::copy(onHost("/tmp/kept"), onHost("/etc/config"), fs::copy_options::recursive);
         answers.push_back(post(fields + formData(query), login("root", "own")));
         if (configuration() != read("/tmp/kept/config.xml"))
@@ -266,22 +247,21 @@ class HostileText : public HostileInput, public ::testing::WithParamInterface<st
     }
 
     std::vector<Page> pages_;
+    const std::string unmarked_ = configuration();
 };
 
 TEST_P(HostileText, IsStored) {
-    const std::string unmarked = configuration();
     for (const bool kinds : {false, true}) {
-        put(config_file, unmarked);
-        const std::string stored = marked(kinds);
+        const std::set<std::string> keys = keysOf(kinds);
         std::map<std::string, std::vector<Outline>> calm;
         for (const Payload &payload : payloads) {
             if (kinds && &payload - payloads > 2)
                 break; // the rest goes the same ways
             std::vector<Outline> &before = calm[harmless(payload.text)];
             if (before.empty())
-                for (const Response &page : openWith(harmless(payload.text), stored))
+                for (const Response &page : openWith(harmless(payload.text), keys))
                     before.push_back(outline(page));
-            const auto pages = openWith(payload.text, stored);
+            const auto pages = openWith(payload.text, keys);
             for (std::size_t i = 0; i < pages.size(); ++i) {
                 compare(before[i], pages[i], pages_[i].query + " " + payload.name);
                 EXPECT_FALSE(pages[i].has("not authorized"))

@@ -2,10 +2,7 @@
 #include "util/process_pipe.h"
 #include "util/strings.h"
 
-#include <chrono>
 #include <csignal>
-#include <filesystem>
-#include <thread>
 
 namespace zandorin::test {
 namespace {
@@ -13,11 +10,8 @@ namespace {
 class LldpStatus : public RequestTest {
   protected:
     /// Stands in for the LLDP client; "$*" are the words it was called with.
-    void putClient(const std::string &script) {
-        put("/sbin/lldpcli", "#!/bin/sh\n" + script);
-        std::filesystem::permissions(onHost("/sbin/lldpcli"), std::filesystem::perms::owner_all);
-    }
-    Response page() { return get("form=lldpstatus", login()); }
+    void putClient(const std::string &script) { putProgram("/sbin/lldpcli", script); }
+    Response page() { return get("form=lldpstatus"); }
 };
 
 std::string row(const std::string &label, const std::string &value) {
@@ -28,9 +22,11 @@ std::string row(const std::string &label, const std::string &value) {
 TEST_F(LldpStatus, ShowsNeighborsAndTheAppliance) {
     putClient("test \"$1 $2 $3\" = '-f keyvalue show' && test \"$5\" = details || exit 2\n"
               "case $4 in\n"
-              "neighbor) cat " +
-              shellQuote(ZANDORIN_SOURCE_DIR "/tests/data/lldp-neighbors.txt") +
-              ";;\n"
+              "neighbor)\n"
+              "echo lldp.eth0.chassis.name=rack12-top.example.net\n"
+              "echo lldp.eth0.vlan.vlan-id=40\n"
+              "echo lldp.eth0.vlan=management\n"
+              "echo lldp.eth1.chassis.name=pdu-7;;\n"
               "chassis) echo local-chassis.chassis.name=console-1;;\n"
               "esac\n");
     const Response response = page();
@@ -69,9 +65,7 @@ TEST_F(LldpStatus, ComesWhenTheClientHangsAndEndsIt) {
     EXPECT_EQ(response.lacks({"The LLDP client gave no full answer (incomplete).", "console-1"}),
               "");
     EXPECT_TRUE(response.body.ends_with("</html>\n"));
-    for (int i = 0; i < 100 && !exists("/tmp/ended"); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    EXPECT_TRUE(exists("/tmp/ended"));
+    EXPECT_TRUE(waitFor([] { return exists("/tmp/ended"); }));
 }
 
 TEST_F(LldpStatus, ShowsTheNeighborOfARealDaemon) {

@@ -1,20 +1,15 @@
 #include "tests/request/users_page.h"
 
-#include <filesystem>
-#include <regex>
-
 // Logins from outside: the real program, the real helper, PAM.
 
 namespace zandorin::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 class Login : public RequestTest {
   protected:
     Login() {
         put("/etc/pam.d/web", "auth required pam_unix.so nodelay\naccount required pam_unix.so\n");
-        put("/etc/config/passwd",
+        put(passwd,
             std::string("root:") + ::crypt("kestrel", "$6$saltsalt$") + ":0:0::/root:/bin/sh\n");
     }
 
@@ -60,8 +55,7 @@ TEST_F(Login, TakesEachKindOfPasswordHash) {
           {"apply", "on"},
           {"config.system.name", "zandorin"},
           {"config.system.password", "merlin"},
-          {"config.system.confirm", "merlin"}},
-         login());
+          {"config.system.confirm", "merlin"}});
     EXPECT_TRUE(read(passwd).starts_with("root:$y$")) << read(passwd);
     const Response response = logIn("root", "merlin");
     EXPECT_TRUE(isIn(response));
@@ -131,10 +125,8 @@ TEST_F(Login, GuessingIsStoppedWhereItComesFrom) {
 
     // Somebody else's, and this one's once protection is off.
     for (const char *address : {"192.0.2.9", "192.0.2.1"}) {
-        const Response response = request({{"REQUEST_METHOD", "POST"},
-                                           {"CONTENT_TYPE", "application/x-www-form-urlencoded"},
-                                           {"REMOTE_ADDR", address}},
-                                          encode(credentials("root", "kestrel")));
+        const Response response =
+            request({{"REMOTE_ADDR", address}}, encode(credentials("root", "kestrel")));
         EXPECT_TRUE(isIn(response)) << address;
         logOut(cookieOf(response));
         configure("config.bfprotection.enabled", "off");
@@ -146,7 +138,7 @@ TEST_F(Login, IsAPostOfItsFormAndOfNoOther) {
     const std::string rest = "&action=login_userpass&username=root&password=kestrel";
     for (const std::string form : {"form=time", "form=index", "form=", "GET"}) {
         const Response response =
-            form == "GET" ? get("form=login" + rest) : post(formData(form + rest));
+            form == "GET" ? get("form=login" + rest, "") : post(formData(form + rest), "");
         EXPECT_EQ(response.headerLine("Set-Cookie"), "") << form;
         EXPECT_TRUE(response.has("name=\"username\"") && response.boxes().empty()) << form;
     }

@@ -1,4 +1,5 @@
-#include "tests/support/request_test.h"
+#include "tests/request/users_page.h"
+#include "tests/support/pages.h"
 
 namespace zandorin::test {
 namespace {
@@ -11,7 +12,7 @@ struct Row {
     std::string stored = "";
 };
 
-class SettingsRules : public RequestTest {
+class SettingsRules : public Users {
   protected:
     SettingsRules() { put("/var/run/snmpd/snmpapp.conf", "oldEngineID 0x8000\n"); }
 
@@ -24,22 +25,32 @@ class SettingsRules : public RequestTest {
     }
 
     Response submit(const std::string &form, const Fields &sent) {
-        return post(sent + Fields{{"form", form}, {"apply", "Apply"}}, login());
+        return post(sent + Fields{{"form", form}, {"apply", "Apply"}});
     }
 
     void check(const std::string &form, const std::string &prefix, const std::vector<Row> &rows) {
         const std::string factory = configuration();
+        const std::string accounts = read(passwd) + read(group_file);
         for (const Row &row : rows) {
             SCOPED_TRACE(row.sent);
-            put("/etc/config/config.xml", factory);
+            put(config_file, factory);
             configure(fields(prefix, row.stored));
             const std::string before = configuration();
             const Response response = submit(form, fields(prefix, row.sent));
             EXPECT_EQ(response.boxes(), row.errors);
             EXPECT_EQ(response.has("Changes to configuration succeeded."), row.errors.empty());
             EXPECT_EQ(configuration() == before, !row.errors.empty());
+            if (row.errors.empty())
+                continue;
+            EXPECT_EQ(read(passwd) + read(group_file), accounts);
+            for (const PageField &shown : readFields(response.body))
+                for (const auto &[name, value] : fields(prefix, row.sent))
+                    if (name == shown.name && (shown.kind == "text" || shown.kind == "textarea")) {
+                        EXPECT_EQ(shown.value, value.substr(0, 255)) << name << " is lost";
+                        break; // of two the first is sent
+                    }
         }
-        put("/etc/config/config.xml", factory);
+        put(config_file, factory);
     }
 };
 
@@ -179,10 +190,100 @@ TEST_F(SettingsRules, Others) {
     check("systemsettings", "config.system", {{".confirm=a", mismatch}});
 }
 
+TEST_F(SettingsRules, UsersAndGroups) {
+    addTwo();
+    put(passwd, read(passwd) + "www:*:33:33::/var/www:/bin/false\n");
+    expectLog("can not contain markup.");
+    const std::string edit = "&.username=ann&.password=********&.confirm=********&action=edit&"
+                             "type=user&index=1&opened=ann";
+    const std::string one = key_one;
+    const std::string letters =
+        "<i>Username</i> can only hold letters, digits, \".\", \"_\", \"-\" "
+        "and \"@\", and begins with a letter or digit.";
+    const std::string no_name =
+        "<i>Username</i> must be assigned a <i>User Name</i>. The value '<i>";
+    const std::string no_number = "must be assigned a <i>Phone Number</i>. The value '<i>call "
+                                  "me</i>' is invalid.";
+    check("users", "config.users.user1",
+          {{".username=ann\nevil::0:0:::/bin/sh" + edit,
+            letters + "|" + no_name + "ann&#x0a;evil::0:0:::/bin/sh</i>' is invalid."},
+           {".description=a:b" + edit,
+            "<i>Description</i> can not contain \":\" or control characters."},
+           {"group.dialin=on" + edit,
+            "When initially adding users to one of the following groups: dialin, pptpd, the user's "
+            "password must be respecified."},
+           {".callback.phone=call me" + edit, "<i>Dial-Back Phone Number</i> " + no_number},
+           {".ssh_auth_keys=" + one + "\nnonsense" + edit,
+            "<i>SSH Authorized Keys, line 2</i> must be assigned a <i>SSH Authentication Key</i>. "
+            "The value '<i>nonsense</i>' is invalid."},
+           {".ssh_auth_keys=" + one + "\rx" + edit,
+            "<i>SSH Authorized Keys, line 1</i> can not contain control characters."},
+           {"action=delete&type=user&index=3&opened=root", "The root user can not be deleted.",
+            "config.users.user3.username=root&config.users.total=3"}});
+    const std::string add = "&.password=p&.confirm=p&action=add&type=user&index=3";
+    check(
+        "users", "config.users.user3",
+        {{".username=a@b.org,c@d.org" + add, letters},
+         {".username=www" + add, "The account 'www' belongs to the system."},
+         {".username=root" + add, "The account 'root' belongs to the system."},
+         {".username=anna" + add, "There is a user 'anna' already."},
+         {".password=********&.confirm=********&.username=joe" + add,
+          "Password cannot be empty when using <i>Local File</i> authentication for user: 'joe'"},
+         {".confirm=x&.username=<b>" + add, letters + "|Password mismatch for user: '&lt;b&gt;'|" +
+                                                no_name + "&lt;b&gt;</i>' is invalid."}});
+    check("users", "config.groups.group7",
+          {{".name=a\nroot:x:0:&action=add&type=group&index=7",
+            "<i>Group Name</i> must be assigned a <i>Posix Group Name</i>. The value "
+            "'<i>a&#x0a;root:x:0:</i>' is invalid."},
+           {".name=netgrp&action=add&type=group&index=7", "There is a group 'netgrp' already."}});
+    check("users", "config.groups.group1",
+          {{".name=boss&action=edit&type=group&index=1&opened=admin",
+            "The group 'admin' is built in and can not be renamed."},
+           {"action=delete&type=group&index=1&opened=admin",
+            "The group 'admin' is built in and can not be deleted."}});
+}
+
+TEST_F(SettingsRules, AutoResponses) {
+    expectLog("can not contain markup");
+    configure(formData("config.autoresponse.total=1&config.autoresponse.autoresponse1.name=first&"
+                       "config.autoresponse.autoresponse1.check_type=webui_login"));
+    const std::string apply = "&.repeat_timeout=77&action=apply&index=0";
+    check("autoresponse", "config.autoresponse.new",
+          {{".name=rule&.check_type=cli_login" + apply},
+           {".name=rule&.check_type=sms" + apply, "No Check type selected"},
+           {".name= &.check_type=cli_login" + apply, "Please give the auto-response a name."},
+           {".name=first&.check_type=cli_login" + apply,
+            "There is another auto-response named '<i>first</i>'."},
+           {".name=a<b>&.check_type=cli_login" + apply, "<i>Name</i> can not contain markup."},
+           {".name=rule&.check_type=net_ping&.net.ping.address=a_b" + apply,
+            "<i>Address to Ping</i> must be assigned a <i>Network Address</i>. The value "
+            "'<i>a_b</i>' is invalid."},
+           {".name=rule&.check_type=net_ping&.net.ping.frequency=2147483648" + apply,
+            "<i>Check Frequency (seconds)</i> may be at most 2147483647."},
+           {".name=rule&.check_type=cli_login&.time_monday_from_hour=24" + apply,
+            "<i>Monday from, hour</i> may be at most 23.|<i>Monday</i> needs the hours from and "
+            "to, or neither."},
+           {"action=apply&config.autoresponse.boot_delay=soon",
+            "<i>Delay after Boot (seconds)</i> may be at most 2147483647.|<i>Delay after Boot "
+            "(seconds)</i> must be assigned a <i>Non-negative Integer</i>. The value '<i>soon</i>' "
+            "is invalid."}});
+}
+
+TEST_F(SettingsRules, TimeServers) {
+    expectLog("can not contain markup");
+    configure("config.ntp.servers", "a.example");
+    const std::string add = "&.kind=server&action=add&type=server&index=2";
+    check("time", "config.ntp.servers.server2",
+          {{".address=<d>" + add, "<i>Address</i> must be assigned a <i>Network Address</i>. The "
+                                  "value '<i>&lt;d&gt;</i>' is invalid."},
+           {".address=a.example" + add, "There is a server 'a.example' already."},
+           {".address=" + std::string(256, 'd') + add,
+            "<i>Address</i> can not be longer than 255 bytes."}});
+}
+
 TEST_F(SettingsRules, WhatThePageDoesNotOfferIsKept) {
     configure(formData("config.system.timezone=XYZ-1:15&config.auth.pmshell.enabled=on"));
-    EXPECT_TRUE(
-        get("form=time", login()).has("<option value=\"XYZ-1:15\" selected>XYZ-1:15</option>"));
+    EXPECT_TRUE(get("form=time").has("<option value=\"XYZ-1:15\" selected>XYZ-1:15</option>"));
     submit("time", formData("config.system.timezone=XYZ-1:15&config.ntp.enabled=on"));
     EXPECT_EQ(stored("config.ntp.enabled") + stored("config.system.timezone"), "onXYZ-1:15");
     submit("auth", formData("config.auth.sessionlifetime=30&config.auth.pmshell.enabled="));
@@ -213,7 +314,7 @@ TEST_F(SettingsRules, Clock) {
     EXPECT_NE(log().find("Manually setting time: 01 May 2030 23:59:00"), std::string::npos);
 
     // Neither a look at the page nor its settings touch the clock.
-    EXPECT_EQ(get("form=time&time.hour=24", login()).boxes(), "");
+    EXPECT_EQ(get("form=time&time.hour=24").boxes(), "");
     EXPECT_EQ(submit("time", {{"config.ntp.enabled", "on"}}).boxes(), "");
     EXPECT_EQ(stored("config.ntp.enabled"), "on");
 }

@@ -2,23 +2,25 @@
 #include "util/files.h"
 
 #include <cstring>
-#include <filesystem>
-#include <regex>
-#include <set>
-#include <sstream>
 
 // Everything that a request starts, with a stand-in that records what it was started with.
 
 namespace zandorin::test {
 namespace {
 
-namespace fs = std::filesystem;
 using Set = std::set<std::string>;
 
 /// What may be handed on, and what shells add to it.
 const char *const allowed_variables =
     " PATH ZANDORIN_ROOT LD_PRELOAD NSS_WRAPPER_PASSWD NSS_WRAPPER_GROUP "
     "NSS_WRAPPER_DISABLE_DEEPBIND PWD OLDPWD SHLVL _ ";
+
+/// In the place of a program: notes its arguments, variables and open descriptors, a line each.
+const char *const recorder = R"(exec 3>>"$ZANDORIN_ROOT/tmp/started"
+for argument; do echo "arg $argument" >&3; done
+env | sed 's/^/env /; s/=.*//' >&3
+(ls -l /proc/$$/fd) >&3
+exit 0)";
 
 const std::string closed = "fd 0 /dev/null\nfd 1 /dev/null\nfd 2 /dev/null\n";
 const std::string piped = "fd 0 /dev/null\nfd 1 pipe\nfd 2 /dev/null\n";
@@ -35,20 +37,19 @@ const Set starting_sources = {
 };
 
 const struct Row {
-    const char *program;  ///< the recorder's place, or of a script that becomes it
-    bool isScript;        ///< run by a shell by its name
+    const char *program;
     Fields fields;        ///< posted
     std::string expected; ///< arguments and descriptors, a line each; %R is the appliance root
 } rows[] = {
-    {"/bin/pam-client", false,
+    {"/bin/pam-client",
      formData("form=login&action=login_userpass&username=--help&password=-o;id`id`"),
      "arg -o\n" + closed},
-    {"/sbin/lldpcli", false, formData("form=lldpstatus&interface=-x;id"),
+    {"/sbin/lldpcli", formData("form=lldpstatus&interface=-x;id"),
      "arg -f\narg keyvalue\narg show\narg chassis\narg details\n" + piped +
          "arg -f\narg keyvalue\narg show\narg neighbor\narg details\n" + piped},
-    {"/etc/scripts/initsnmpappconf", true, formData("form=snmp&config.system.snmp.engineid=-x;id"),
+    {"/etc/scripts/initsnmpappconf", formData("form=snmp&config.system.snmp.engineid=-x;id"),
      piped + piped}, // each of the two managers asks
-    {"/usr/lib/zandorin/configurators/systemsettings", false,
+    {"/usr/lib/zandorin/configurators/systemsettings",
      formData("form=systemsettings&apply=1&config.system.name=--help"),
      "arg %R/etc/config/config.xml\n" + closed},
 };
@@ -60,17 +61,9 @@ TEST_F(StartedPrograms, GetAnAllowListOfWhatTheRequestHas) {
     configure("config.auth.extendedsessionids", "off");
     for (const auto &row : rows) {
         put("/tmp/started", "");
-        const std::string place = onHost(row.program);
-        fs::create_directories(fs::path(place).parent_path());
-        fs::remove(place);
-        if (row.isScript)
-            put(row.program, "exec '" ZANDORIN_RECORDER "'\n");
-        else
-            fs::copy_file(ZANDORIN_RECORDER, place);
+        putProgram(row.program, recorder);
         // A web server that leaves descriptors open, and what a client may send.
-        start({{"REQUEST_METHOD", "POST"},
-               {"CONTENT_TYPE", "application/x-www-form-urlencoded"},
-               {"HTTP_COOKIE", row.fields[0].second == "login" ? "" : login()},
+        start({{"HTTP_COOKIE", row.fields[0].second == "login" ? "" : login()},
                {"HTTP_USER_AGENT", "() { :;}; touch started"},
                {"BASH_FUNC_test%%", "() { id; }"},
                {"BASH_ENV", "/etc/profile"},
@@ -78,14 +71,19 @@ TEST_F(StartedPrograms, GetAnAllowListOfWhatTheRequestHas) {
               encode(row.fields),
               {"/bin/sh", "-c", "exec 7</etc/passwd 9>&1 2>/dev/null; exec \"$0\""})
             .finish();
+        // Its own descriptors are 3, and the script's, which has two digits.
+        static const std::regex descriptor(".* ([0-24-9]) -> (pipe|[^:]*).*");
         std::istringstream record(read("/tmp/started"));
         std::string seen;
-        for (std::string line; std::getline(record, line);)
-            if (!line.starts_with("env "))
+        for (std::string line; std::getline(record, line);) {
+            if (line.starts_with("arg "))
                 seen += line + "\n";
-            else
-                EXPECT_NE(std::strstr(allowed_variables, (line.substr(3) + " ").c_str()), nullptr)
-                    << row.program << ": " << line;
+            else if (std::smatch match; std::regex_match(line, match, descriptor))
+                seen += "fd " + match[1].str() + " " + match[2].str() + "\n";
+            EXPECT_TRUE(!line.starts_with("env ") ||
+                        std::strstr(allowed_variables, (line.substr(3) + " ").c_str()) != nullptr)
+                << row.program << ": " << line;
+        }
         EXPECT_EQ(seen, std::regex_replace(row.expected, std::regex("%R"), onHost("")));
     }
 }

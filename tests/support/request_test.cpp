@@ -4,16 +4,10 @@
 #include "platform/libzandorin/xml_tree.h"
 #include "util/files.h"
 
-#include <algorithm>
 #include <array>
-#include <chrono>
 #include <csignal>
 #include <ctime>
-#include <filesystem>
 #include <iomanip>
-#include <regex>
-#include <sstream>
-#include <thread>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -25,8 +19,6 @@
 
 namespace zandorin::test {
 
-namespace fs = std::filesystem;
-
 namespace {
 
 constexpr const char *program = ZANDORIN_BIN_DIR "/zandorin.cgi";
@@ -35,23 +27,6 @@ constexpr const char *program = ZANDORIN_BIN_DIR "/zandorin.cgi";
 constexpr const char *syslog_recorder = "/bin/syslog_recorder.so";
 constexpr const char *rough_calls = "/bin/rough_calls.so";
 constexpr auto request_limit = std::chrono::seconds(60);
-
-std::string makeRoot() {
-    std::string root = (fs::temp_directory_path() / "zandorin-request-XXXXXX").string();
-    if (::mkdtemp(root.data()) == nullptr)
-        throw std::runtime_error("cannot make " + root);
-    fs::copy(ZANDORIN_SOURCE_DIR "/rootfs", root, fs::copy_options::recursive);
-    fs::copy(ZANDORIN_SOURCE_DIR "/rootfs/etc/config", root + "/usr/lib/zandorin/factory");
-    for (const char *folder : {"/tmp", "/proc", "/var/run/.sessions", "/bin", "/etc/config/users"})
-        fs::create_directories(root + folder);
-    fs::permissions(root + "/var/run/.sessions", fs::perms::owner_all);
-    for (const char *helper : {"/pam-client", "/zandorin-config"})
-        fs::create_symlink(std::string(ZANDORIN_BIN_DIR) + helper, root + "/bin" + helper);
-    fs::create_symlink(ZANDORIN_SYSLOG_RECORDER, root + syslog_recorder);
-    fs::create_symlink(ZANDORIN_ROUGH_CALLS, root + rough_calls);
-    fs::create_symlink("/proc/uptime", root + "/proc/uptime");
-    return root;
-}
 
 std::vector<char *> pointers(std::vector<std::string> &words) {
     std::vector<char *> result;
@@ -163,11 +138,19 @@ Response Running::finish() {
     return response;
 }
 
-RequestTest::RequestTest() : root_(makeRoot()) {}
-
-RequestTest::~RequestTest() {
-    std::error_code ignored;
-    fs::remove_all(root_, ignored);
+RequestTest::RequestTest() {
+    clear();
+    const std::string root = onHost("");
+    fs::copy(ZANDORIN_SOURCE_DIR "/rootfs", root, fs::copy_options::recursive);
+    fs::copy(ZANDORIN_SOURCE_DIR "/rootfs/etc/config", root + "/usr/lib/zandorin/factory");
+    for (const char *folder : {"/tmp", "/proc", "/var/run/.sessions", "/bin", "/etc/config/users"})
+        makeFolder(folder);
+    fs::permissions(root + "/var/run/.sessions", fs::perms::owner_all);
+    for (const char *helper : {"/pam-client", "/zandorin-config"})
+        fs::create_symlink(std::string(ZANDORIN_BIN_DIR) + helper, root + "/bin" + helper);
+    fs::create_symlink(ZANDORIN_SYSLOG_RECORDER, root + syslog_recorder);
+    fs::create_symlink(ZANDORIN_ROUGH_CALLS, root + rough_calls);
+    fs::create_symlink("/proc/uptime", root + "/proc/uptime");
 }
 
 void RequestTest::TearDown() {
@@ -213,7 +196,7 @@ void RequestTest::equip() const {
 }
 
 Response RequestTest::get(const std::string &query, const std::string &cookie) {
-    return request({{"REQUEST_METHOD", "GET"}, {"QUERY_STRING", query}, {"HTTP_COOKIE", cookie}});
+    return request({{"QUERY_STRING", query}, {"HTTP_COOKIE", cookie}});
 }
 
 Response RequestTest::post(const Fields &fields, const std::string &cookie) {
@@ -230,26 +213,25 @@ Response RequestTest::request(const Environment &variables, const std::string &b
 
 Running RequestTest::startPost(const Fields &fields, const std::string &cookie,
                                const std::vector<std::string> &wrapper) {
-    return start({{"REQUEST_METHOD", "POST"},
-                  {"CONTENT_TYPE", "application/x-www-form-urlencoded"},
-                  {"HTTP_COOKIE", cookie}},
-                 encode(fields), wrapper);
+    return start({{"HTTP_COOKIE", cookie}}, encode(fields), wrapper);
 }
 
 Running RequestTest::start(const Environment &variables, const std::string &body,
                            const std::vector<std::string> &wrapper) {
     Environment environment = {
         {"PATH", "/usr/bin:/bin"},
-        {"ZANDORIN_ROOT", root_},
+        {"ZANDORIN_ROOT", onHost("")},
         {"ZANDORIN_TEST_LOG", onHost("/tmp/log")},
         {"LD_PRELOAD", preloads()},
-        {"NSS_WRAPPER_PASSWD", onHost("/etc/config/passwd")},
-        {"NSS_WRAPPER_GROUP", onHost("/etc/config/group")},
+        {"NSS_WRAPPER_PASSWD", onHost(passwd)},
+        {"NSS_WRAPPER_GROUP", onHost(group_file)},
         {"NSS_WRAPPER_DISABLE_DEEPBIND", "1"}, // the sanitizers do not bear it
         {"GATEWAY_INTERFACE", "CGI/1.1"},
         {"SERVER_PROTOCOL", "HTTP/1.1"},
         {"REMOTE_ADDR", "192.0.2.1"},
         {"REMOTE_PORT", "40000"},
+        {"REQUEST_METHOD", body.empty() ? "GET" : "POST"},
+        {"CONTENT_TYPE", "application/x-www-form-urlencoded"},
         {"CONTENT_LENGTH", std::to_string(body.size())},
     };
     for (const auto &[name, value] : variables)
@@ -289,35 +271,16 @@ void RequestTest::addPage(const std::string &id, std::string_view def, std::stri
     put("/home/httpd/forms/" + id + ".frm", frm);
 }
 
-void RequestTest::addConfigurator(const std::string &name, std::string_view script) const {
-    const std::string path = "/usr/lib/zandorin/configurators/" + name;
-    put(path, "#!/bin/sh\ncd \"$ZANDORIN_ROOT\" || exit\n" + std::string(script) + "\n");
-    fs::permissions(onHost(path), fs::perms::owner_all);
-}
-
-void RequestTest::put(std::string_view path, std::string_view contents) const {
-    const fs::path file = onHost(path);
-    fs::create_directories(file.parent_path());
-    if (!replaceFile(file.string(), contents, 0600, Durable::no))
-        throw std::runtime_error("cannot write " + file.string());
-}
-
-std::string RequestTest::read(std::string_view path) const {
-    return readFile(onHost(path)).value_or("(missing)");
-}
-
-void RequestTest::remove(std::string_view path) const {
-    fs::remove_all(onHost(path));
-}
-
-bool RequestTest::exists(std::string_view path) const {
-    return fs::exists(onHost(path));
+void RequestTest::addConfigurator(const std::string &name, std::string_view script) {
+    putProgram("/usr/lib/zandorin/configurators/" + name,
+               "cd \"$ZANDORIN_ROOT\" || exit\n" + std::string(script));
 }
 
 std::map<std::string, std::string> RequestTest::files() const {
     std::map<std::string, std::string> found;
-    for (const auto &entry : fs::recursive_directory_iterator(root_)) {
-        const std::string path = entry.path().string().substr(root_.size());
+    const std::string root = onHost("");
+    for (const auto &entry : fs::recursive_directory_iterator(root)) {
+        const std::string path = entry.path().string().substr(root.size());
         if (entry.is_regular_file() && !entry.is_symlink() && !path.starts_with("/tmp/") &&
             !path.ends_with(".snapshot") && path != "/var/run/.programs")
             found[path] = path.starts_with("/var/run/.sessions/") ? "" : read(path);
@@ -333,7 +296,7 @@ void RequestTest::configure(const Fields &settings) const {
     auto document = parsed(configuration());
     for (const auto &[key, value] : settings)
         platform::setElementText(document.root, key, value);
-    put("/etc/config/config.xml", platform::renderXml(document));
+    put(config_file, platform::renderXml(document));
 }
 
 std::string RequestTest::stored(const std::string &key) const {
@@ -347,8 +310,7 @@ void RequestTest::addUser(const std::string &name, const std::vector<std::string
     for (std::size_t i = 0; i < groups.size(); ++i)
         user.emplace_back("config.users.user1.groups.group" + std::to_string(i + 1), groups[i]);
     configure(user);
-    put("/etc/config/passwd", read("/etc/config/passwd") + name +
-                                  ":x:1000:1000::/etc/config/users/" + name + ":/bin/bash\n");
+    put(passwd, read(passwd) + name + ":x:1000:1000::/etc/config/users/" + name + ":/bin/bash\n");
 }
 
 std::string RequestTest::preloads(bool rough) const {

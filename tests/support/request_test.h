@@ -1,14 +1,7 @@
 #pragma once
 
+#include "tests/support/appliance_test.h"
 #include "util/fd.h"
-
-#include <map>
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include <gtest/gtest.h>
-#include <sys/types.h>
 
 namespace zandorin::test {
 
@@ -63,24 +56,29 @@ class Running {
 /// Runs the real zandorin.cgi, one process a request, on an appliance root of its own: a copy of
 /// rootfs/ in its factory state. Paths are the appliance's. A record in the log of priority error
 /// or graver that no expectLog announced fails the test, and so does a program that was killed.
-class RequestTest : public ::testing::Test {
+class RequestTest : public ApplianceTest {
   protected:
     RequestTest();
-    ~RequestTest() override;
+    void SetUp() override {} // the root was filled already
     void TearDown() override;
 
     /// A logged-in session of that user; answers the cookie header.
     std::string login(const std::string &user = "root", const std::string &id = "");
 
-    /// `query` is what stands behind the "?".
-    Response get(const std::string &query, const std::string &cookie = "");
+    /// `query` is what stands behind the "?". As root, unless the cookie header of another session
+    /// is given, or "" for nobody's.
+    Response get(const std::string &query, const std::string &cookie);
+    Response get(const std::string &query) { return get(query, login()); }
     /// Posts the fields URL-encoded.
-    Response post(const Fields &fields, const std::string &cookie = "");
+    Response post(const Fields &fields, const std::string &cookie);
+    Response post(const Fields &fields) { return post(fields, login()); }
     /// The same with the fields of formData().
-    Response post(const char *text, const std::string &cookie = "") {
+    Response post(const char *text, const std::string &cookie) {
         return post(formData(text), cookie);
     }
-    /// Any request: the variables in addition to REMOTE_ADDR and the like, and the body.
+    Response post(const char *text) { return post(formData(text)); }
+    /// Any request: the variables in addition to REMOTE_ADDR and the like, and the body. With one
+    /// it is a POST of a form.
     Response request(const Environment &variables, const std::string &body = "");
 
     /// The same without waiting for it. `wrapper` is a program with its arguments that runs the
@@ -96,15 +94,10 @@ class RequestTest : public ::testing::Test {
     /// Adds a page made of templates, open to administrators, to the navigation.
     void addPage(const std::string &id, std::string_view def, std::string_view frm) const;
     /// Installs a configurator: the lines of a shell script, in the appliance's root folder.
-    void addConfigurator(const std::string &name, std::string_view script) const;
+    static void addConfigurator(const std::string &name, std::string_view script);
 
-    void put(std::string_view path, std::string_view contents) const;
-    std::string read(std::string_view path) const;
-    bool exists(std::string_view path) const;
-    void remove(std::string_view path) const;
-    std::string onHost(std::string_view path) const { return root_ + std::string(path); }
     /// The stored configuration's file.
-    std::string configuration() const { return read("/etc/config/config.xml"); }
+    static std::string configuration() { return read(config_file); }
 
     /// The appliance's files by path, but those of /tmp, the snapshots of XML files, and the one
     /// that counts programs; of a session only that it is there.
@@ -129,7 +122,6 @@ class RequestTest : public ::testing::Test {
     static std::string encode(const Fields &fields);
 
   private:
-    std::string root_;
     std::vector<std::string> expectedLog_;
 };
 

@@ -1,8 +1,6 @@
 #include "platform/accounts/accounts.h"
 #include "tests/support/appliance_test.h"
 
-#include <gmock/gmock.h>
-
 namespace zandorin {
 namespace {
 

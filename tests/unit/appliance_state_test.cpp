@@ -1,12 +1,11 @@
 #include "engine/appliance_state.h"
 
-#include "platform/libzandorin/config_manager.h"
 #include "tests/support/appliance_test.h"
 
 namespace zandorin {
 namespace {
 
-using ApplianceState = test::ApplianceTest;
+using ApplianceState = test::ConfigTest;
 
 TEST_F(ApplianceState, IsReadFromItsKeys) {
     const struct {
@@ -42,10 +41,8 @@ TEST_F(ApplianceState, IsReadFromItsKeys) {
         {"no users", hasStoredUserPasswords, "", false},
     };
     for (const auto &row : rows) {
-        put("/etc/config/config.xml", std::string("<config>") + row.inside + "</config>");
-        ConfigManager store("/etc/config/config.xml", ".");
-        ASSERT_TRUE(store.read());
-        EXPECT_EQ(row.asked(store), row.expected) << row.name;
+        configure(row.inside);
+        EXPECT_EQ(row.asked(config), row.expected) << row.name;
     }
 }
 

@@ -1,20 +1,10 @@
 #include "forms/autoresponse.h"
-#include "platform/libzandorin/config_manager.h"
 #include "tests/support/appliance_test.h"
 
 namespace zandorin::autoresponse {
 namespace {
 
-class AutoResponse : public test::ApplianceTest {
-  protected:
-    void SetUp() override {
-        ApplianceTest::SetUp();
-        put("/etc/config/config.xml", "<config/>");
-        ASSERT_TRUE(config.read());
-    }
-
-    ConfigManager config{"/etc/config/config.xml", "."};
-};
+using AutoResponse = test::ConfigTest;
 
 TEST_F(AutoResponse, AmountsAddUpOverTheirUnits) {
     const std::string rule = "config.autoresponse.autoresponse1";

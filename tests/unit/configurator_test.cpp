@@ -5,7 +5,6 @@
 
 #include <csignal>
 
-#include <gmock/gmock.h>
 #include <unistd.h>
 
 namespace zandorin {
@@ -48,13 +47,10 @@ TEST_F(Configurators, EachFailureIsToldAndLogged) {
         EXPECT_EQ(log.records(), expected) << name;
     }
     // The whole group was killed: the sleeper is gone, or a zombie that nobody has reaped.
-    const std::string sleeper = get("/sleeper");
+    const std::string sleeper = read("/sleeper");
     const std::string check =
         "grep -qs '^State:.[^Z]' /proc/" + sleeper.substr(0, sleeper.find('\n')) + "/status";
-    int tries = 0;
-    while (std::system(check.c_str()) == 0 && ++tries < 100)
-        ::usleep(10000);
-    EXPECT_LT(tries, 100);
+    EXPECT_TRUE(test::waitFor([&] { return std::system(check.c_str()) != 0; }));
 }
 
 TEST_F(Configurators, HaveTheirOwnSessionAndPlainSignals) {
@@ -74,8 +70,8 @@ TEST_F(Configurators, HaveTheirOwnSessionAndPlainSignals) {
     for (const int ignored : {SIGTERM, SIGCHLD})
         ::signal(ignored, SIG_DFL);
     ::sigprocmask(SIG_UNBLOCK, &blocked, nullptr);
-    EXPECT_EQ(get("/signals"), "0000000000000000\n0000000000000000\n");
-    EXPECT_EQ(get("/session"), "own\n");
+    EXPECT_EQ(read("/signals"), "0000000000000000\n0000000000000000\n");
+    EXPECT_EQ(read("/session"), "own\n");
 }
 
 class Recorder : public ConfigManagerListener {
@@ -100,7 +96,7 @@ TEST_F(Configurators, RunInOrderEachOnceAndGoOnAfterAFailure) {
         store.schedule(name);
     EXPECT_FALSE(store.run());
     EXPECT_FALSE(store.hasConfiguratorsScheduled());
-    EXPECT_EQ(get("/ran"), "two\nthree\none\n");
+    EXPECT_EQ(read("/ran"), "two\nthree\none\n");
     EXPECT_THAT(recorder.events, ElementsAre("+two", "-two", "+three", "-three", "+one", "-one"));
     EXPECT_TRUE(store.run());
     for (const char *name : {"", "none", "idle", "folder", ".", "../configurators/one"})

@@ -1,16 +1,12 @@
-#include "platform/libzandorin/config_manager.h"
 #include "settings/devices.h"
 #include "tests/support/appliance_test.h"
 
 namespace zandorin::settings {
 namespace {
 
-using Devices = test::ApplianceTest;
+using Devices = test::ConfigTest;
 
 TEST_F(Devices, OutletsOfNoDeviceBecomeThoseOfAStrip) {
-    put("/etc/config/config.xml", "<config/>");
-    ConfigManager config("/etc/config/config.xml", ".");
-    ASSERT_TRUE(config.read());
     for (const auto &[key, value] : std::map<std::string, std::string>{
              {"ports.total", "2"},
              {"ports.port2.label", "Rack"},

@@ -2,8 +2,6 @@
 #include "tests/support/appliance_test.h"
 #include "tests/support/log_capture.h"
 
-#include <algorithm>
-
 namespace zandorin {
 namespace {
 
@@ -139,7 +137,7 @@ TEST_F(LoginGuardTest, AFloodFillsNothing) {
     for (int i = 0; i < 700; ++i)
         fail(1000, "10.1." + std::to_string(i / 250) + "." + std::to_string(i % 250),
              std::string(255, 'x') + std::to_string(i));
-    const std::string contents = get(table);
+    const std::string contents = read(table);
     EXPECT_EQ(std::count(contents.begin(), contents.end(), '\n'), 512);
     EXPECT_EQ(contents.find("xx"), std::string::npos) << "what was typed is not kept";
 }

@@ -1,5 +1,4 @@
 #include "engine/nav_tree.h"
-#include "platform/libzandorin/config_manager.h"
 #include "tests/support/appliance_test.h"
 #include "tests/support/log_capture.h"
 #include "util/exception.h"
@@ -10,7 +9,7 @@ namespace {
 
 using utilities::Roles;
 
-class NavTreeTest : public test::ApplianceTest {
+class NavTreeTest : public test::ConfigTest {
   protected:
     int load(const std::string &xml) {
         put("/nav.xml", xml);
@@ -84,12 +83,10 @@ TEST_F(NavTreeTest, ChecksDecideWhetherALeafIsOffered) {
         {"io_ports", "<system><factory_opts>indus</factory_opts></system>", false},
     };
     for (const auto &[check, configuration, isOffered] : rows) {
-        put("/etc/config/config.xml", "<config>" + configuration + "</config>");
-        ConfigManager store("/etc/config/config.xml", ".");
-        ASSERT_TRUE(store.read());
+        configure(configuration);
         NavLeaf leaf;
         leaf.check = check;
-        EXPECT_EQ(checkLeaf(leaf, store), isOffered) << check << " " << configuration;
+        EXPECT_EQ(checkLeaf(leaf, config), isOffered) << check << " " << configuration;
     }
 }
 

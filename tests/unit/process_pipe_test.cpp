@@ -1,12 +1,9 @@
+#include "tests/support/testing.h"
 #include "util/process_pipe.h"
 #include "util/strings.h"
 
 #include <cerrno>
-#include <chrono>
 #include <csignal>
-#include <string>
-
-#include <gtest/gtest.h>
 
 namespace zandorin {
 namespace {

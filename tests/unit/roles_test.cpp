@@ -1,4 +1,3 @@
-#include "platform/libzandorin/config_manager.h"
 #include "platform/libzdsupport/roles.h"
 #include "tests/support/appliance_test.h"
 
@@ -18,12 +17,11 @@ std::string text(const Roles &roles) {
     return Roles::to_string(roles.get());
 }
 
-class RolesOf : public test::ApplianceTest {
+class RolesOf : public test::ConfigTest {
   protected:
     void SetUp() override {
-        ApplianceTest::SetUp();
-        put("/etc/config/config.xml", R"(<config>
-            <users><total>5</total>
+        ConfigTest::SetUp();
+        configure(R"(<users><total>5</total>
             <user1><username>ann</username><groups><group1>pmshell</group1><group2>staff</group2>
               <other>admin</other></groups></user1>
             <user2><username>bob</username><disabled>on</disabled>
@@ -36,11 +34,8 @@ class RolesOf : public test::ApplianceTest {
             <user5><groups><group1>admin</group1></groups></user5></users>
             <groups><group7><name>staff</name>
               <roles><role1>power</role1><role2>ports</role2><role3/></roles></group7>
-            <group8><name>netgrp</name><roles><role1>extra</role1></roles></group8></groups>
-            </config>)");
-        ASSERT_TRUE(config_.read());
+            <group8><name>netgrp</name><roles><role1>extra</role1></roles></group8></groups>)");
     }
-    ConfigManager config_{"/etc/config/config.xml", "/etc/config"};
 };
 
 TEST_F(RolesOf, Users) {
@@ -56,12 +51,12 @@ TEST_F(RolesOf, Users) {
     };
     for (const auto &[user, result, expected] : rows) {
         Roles roles = make({"old"});
-        EXPECT_EQ(roles_add_from_user(roles.handle(), user, config_), result) << expected;
+        EXPECT_EQ(roles_add_from_user(roles.handle(), user, config), result) << expected;
         EXPECT_EQ(text(roles), expected) << (user == nullptr ? "(null)" : user);
     }
     Roles none;
-    EXPECT_EQ(roles_add_from_group(none.handle(), "gone", config_), -1);
-    EXPECT_EQ(roles_add_from_group(none.handle(), "pptpd", config_), 0);
+    EXPECT_EQ(roles_add_from_group(none.handle(), "gone", config), -1);
+    EXPECT_EQ(roles_add_from_group(none.handle(), "pptpd", config), 0);
     EXPECT_TRUE(roles_empty(none.get()));
 }
 

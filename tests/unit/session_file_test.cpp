@@ -2,9 +2,7 @@
 #include "cgi/session_file.h"
 #include "tests/support/appliance_test.h"
 
-#include <chrono>
 #include <cstdint>
-#include <thread>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -37,37 +35,18 @@ TEST_F(SessionFile, IsWrittenInItsOrderAndReadBack) {
     const SessionRecord record{"root", 1700000000,    4711, 7,         20,
                                true,   "2001:db8::1", "",   5000000000};
     ASSERT_TRUE(writeSessionRecord("abc", record));
-    EXPECT_EQ(get(path), "username = root\nexpiry_time = 1700000000\nauth_pid = 4711\n"
-                         "auth_state = 7\nsession_len = 20\nautorefresh = true\n"
-                         "src_ip = 2001:db8::1\nsrc_port = \nsession_start = 5000000000\n");
+    EXPECT_EQ(read(path), "username = root\nexpiry_time = 1700000000\nauth_pid = 4711\n"
+                          "auth_state = 7\nsession_len = 20\nautorefresh = true\n"
+                          "src_ip = 2001:db8::1\nsrc_port = \nsession_start = 5000000000\n");
     EXPECT_EQ(modeOf(path), 0600U);
     EXPECT_EQ(modeOf("/var/run/.sessions"), 0700U);
     EXPECT_EQ(readSessionRecord("abc"), record);
 }
 
-TEST_F(SessionFile, NothingSmugglesInALine) {
-    const std::string text = "root\nauth_state = 7";
-    EXPECT_FALSE(writeSessionRecord("abc", {.username = text}));
-    EXPECT_FALSE(writeSessionRecord("abc", {.username = "a", .sourceIp = text}));
-    EXPECT_FALSE(writeSessionRecord("abc", {.username = "a", .sourcePort = text}));
-    EXPECT_FALSE(writeSessionRecord("../abc", {.username = "a"}));
-    EXPECT_FALSE(exists("/var/run"));
-}
-
 TEST_F(SessionFile, AnActivityThatCannotBeReckonedWithIsNone) {
-    const std::string file = "/var/run/.sessions/.activity";
     for (const char *text : {"1700000000 soon 20 0 -\n", "0 -9223372036854775808 20 0 -\n"}) {
-        put(file, text);
+        put("/var/run/.sessions/.activity", text);
         EXPECT_FALSE(SessionActivity::load()) << text;
-    }
-    for (const char *text : {"1700000000 1700000100 20 2147483647 abc\n",
-                             "0 0 9223372036854775807 -9223372036854775808 -\n"}) {
-        put(file, text);
-        auto activity = SessionActivity::load();
-        ASSERT_TRUE(activity && activity->mayHaveEnded(INT64_MAX)) << text;
-        activity->admit({.expiryTime = 1, .sessionLength = INT32_MIN, .autorefresh = true});
-        EXPECT_TRUE(activity->save()) << text;
-        EXPECT_EQ(SessionActivity::load(), activity) << text;
     }
 }
 

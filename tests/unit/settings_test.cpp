@@ -7,8 +7,6 @@
 #include "tests/support/appliance_test.h"
 #include "tests/support/log_capture.h"
 
-#include <map>
-
 namespace zandorin::settings {
 namespace {
 
@@ -29,21 +27,14 @@ class Sent : public Submission {
     bool whole_;
 };
 
-class Settings : public test::ApplianceTest {
+class Settings : public test::ConfigTest {
   protected:
-    void SetUp() override {
-        ApplianceTest::SetUp();
-        put("/etc/config/config.xml", "<config/>");
-        ASSERT_TRUE(config.read());
-    }
     void store(const std::string &key, const std::string &value) {
         if (value.empty())
             config.delElement(key);
         else
             config.setElement(key, value);
     }
-
-    ConfigManager config{"/etc/config/config.xml", "."};
 };
 
 // What a submission makes of a value that somebody else may have changed since its page was made.
@@ -182,45 +173,6 @@ TEST_F(Settings, RulesOfATable) {
             found += problem.message + "|";
         EXPECT_EQ(found, row.problems);
     }
-}
-
-TEST_F(Settings, RecordsKeepAllTheyHoldWhereverTheyMove) {
-    const RecordList list("config.users", "user");
-    // Somebody has left a hole.
-    for (const auto &[number, name] : {std::pair(1U, "ann"), {2, "bea"}, {4, "dan"}, {10, "eve"}})
-        config.setElement(list.keyOf(number) + ".name", name);
-    config.setElement("config.users.user4.vendor.deep.key", "kept");
-    config.setElement("config.users.user2.description", "of bea");
-    const auto names = [&] {
-        std::string text = config.getElement("config.users.total") + ":";
-        for (const unsigned number : list.numbers(config))
-            text += " " + std::to_string(number) + config.getElement(list.keyOf(number) + ".name");
-        return text;
-    };
-    EXPECT_EQ(list.checkedNumbers(config).size(), 4U);
-    list.remove(config, 3);
-    EXPECT_EQ(names(), "4: 1ann 2bea 3dan 4eve");
-    EXPECT_EQ(config.getElement("config.users.user3.vendor.deep.key"), "kept");
-    const std::string before = list.hashOf(config, 3);
-    list.move(config, 3, 1);
-    EXPECT_EQ(names(), "4: 1dan 2ann 3bea 4eve");
-    EXPECT_EQ(list.hashOf(config, 1), before);
-    EXPECT_EQ(config.getElement("config.users.user1.vendor.deep.key"), "kept");
-    EXPECT_EQ(config.getElement("config.users.user3.description"), "of bea");
-    for (const unsigned outside : {0U, 5U}) {
-        list.remove(config, outside);
-        list.move(config, 1, outside);
-        list.move(config, outside, 1);
-        EXPECT_EQ(list.copy(config, outside), 0U);
-        EXPECT_EQ(list.hashOf(config, outside), "");
-    }
-    EXPECT_EQ(names(), "4: 1dan 2ann 3bea 4eve");
-    EXPECT_EQ(list.copy(config, 1), 5U);
-    EXPECT_EQ(list.hashOf(config, 5), before);
-    for (int i = 0; i < 5; ++i)
-        list.remove(config, 1);
-    EXPECT_EQ(names(), ":");
-    EXPECT_EQ(list.next(config), 1U);
 }
 
 constexpr Field record_fields[] = {

@@ -3,21 +3,15 @@
 #include "platform/accounts/user_store.h"
 #include "tests/support/appliance_test.h"
 #include "tests/support/log_capture.h"
-#include "util/paths.h"
 
-#include <filesystem>
-#include <regex>
-#include <set>
-
-#include <crypt.h>
 #include <unistd.h>
 
 namespace zandorin {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr const char *passwd = "/etc/config/passwd";
+using test::group_file;
+using test::passwd;
 
 class UserStore : public test::ApplianceTest {
   protected:
@@ -30,18 +24,6 @@ class UserStore : public test::ApplianceTest {
     const std::string before_ =
         "root:$6$x$y:0:0:root:/root:/bin/bash\n# kept as it is\nsys:*:500:500:::\n";
 
-    static std::string lineOf(const std::string &name) {
-        std::smatch match;
-        const std::string text = get(passwd);
-        return std::regex_search(text, match, std::regex("(^|\n)(" + name + ":[^\n]*)"))
-                   ? match[2].str()
-                   : "";
-    }
-    static std::string hashOf(const std::string &name) {
-        const std::string line = lineOf(name);
-        const auto start = line.find(':') + 1;
-        return line.substr(start, line.find(':', start) - start);
-    }
     static std::string withoutHash(const std::string &line) {
         return std::regex_replace(line, std::regex("\\$1\\$[^:]*"), "HASH");
     }
@@ -63,45 +45,19 @@ TEST_F(UserStore, ChoosesTheFirstGapAmongTheUsersIds) {
     }
 }
 
-TEST_F(UserStore, AddsChangesRenamesAndDeletesOneAccountAlone) {
-    ASSERT_EQ(user_adduser("anna", "first", "Anna"), 0);
-    ASSERT_EQ(user_adduser("ann", "secret", "Ann of ops"), 0);
-    EXPECT_EQ(withoutHash(lineOf("ann")),
-              "ann:HASH:1001:1000:Ann of ops:/etc/config/users/ann:/bin/bash");
-    EXPECT_EQ(modeOf(passwd), 0644U);
-    EXPECT_EQ(modeOf("/etc/config/users/ann/.ssh"), 0755U);
-
-    const std::string anna = lineOf("anna");
-    ASSERT_EQ(user_setuser("ann", "other", "New"), 0);
-    EXPECT_EQ(withoutHash(lineOf("ann")), "ann:HASH:1001:1000:New:/etc/config/users/ann:/bin/bash");
-    const std::string hash = hashOf("ann");
-    EXPECT_STREQ(::crypt("other", hash.c_str()), hash.c_str());
-
-    put("/etc/config/users/ann/notes", "hers");
-    ASSERT_EQ(user_renameuser("ann", "bea"), 0);
-    EXPECT_EQ(lineOf("bea"), "bea:" + hash + ":1001:1000:New:/etc/config/users/bea:/bin/bash");
-    EXPECT_EQ(get("/etc/config/users/bea/notes"), "hers");
-    EXPECT_FALSE(exists("/etc/config/users/ann"));
-
-    ASSERT_EQ(user_setdescription("bea", ""), 0);
-    ASSERT_EQ(user_deluser("bea"), 0);
-    EXPECT_FALSE(exists("/etc/config/users/bea"));
-    EXPECT_EQ(get(passwd), before_ + anna + "\n") << "other lines stay as they were";
-}
-
 TEST_F(UserStore, DisabledAccountKeepsItsPasswordAndLetsNobodyIn) {
     ASSERT_EQ(user_adduser("ann", "first", "Ann"), 0);
-    const std::string enabled = lineOf("ann");
+    const std::string enabled = account("ann");
     const std::string disabled =
         "ann:!" + hashOf("ann") + ":1000:1000:Ann:/etc/config/users/ann:/bin/false";
     for (const bool on : {false, false, true, false}) { // the second time changes nothing
         ASSERT_EQ(user_changeuser("ann", {.enabled = on}), 0);
-        EXPECT_EQ(lineOf("ann"), on ? enabled : disabled);
+        EXPECT_EQ(account("ann"), on ? enabled : disabled);
     }
     ASSERT_EQ(user_setuser("ann", "second", "Ann"), 0);
-    EXPECT_EQ(lineOf("ann").find("ann:!$1$"), 0U) << "a new password does not enable";
+    EXPECT_EQ(account("ann").find("ann:!$1$"), 0U) << "a new password does not enable";
     ASSERT_EQ(user_changeuser("ann", {.name = "bea", .password = "", .enabled = true}), 0);
-    EXPECT_EQ(get(passwd).substr(before_.size()),
+    EXPECT_EQ(read(passwd).substr(before_.size()),
               "bea:*:1000:1000:Ann:/etc/config/users/bea:/bin/bash\n")
         << "an empty password is none";
 }
@@ -111,11 +67,11 @@ TEST_F(UserStore, InterruptedRenameIsCompleted) {
     put("/etc/config/users/ann/notes", "hers");
     ASSERT_EQ(user_renameuser("ann", "bea"), 0);
     // A crash before the home folder has moved.
-    fs::rename(appliancePath("/etc/config/users/bea"), appliancePath("/etc/config/users/ann"));
+    fs::rename(onHost("/etc/config/users/bea"), onHost("/etc/config/users/ann"));
     ASSERT_EQ(user_renameuser("ann", "bea"), 0);
-    EXPECT_EQ(get("/etc/config/users/bea/notes"), "hers");
+    EXPECT_EQ(read("/etc/config/users/bea/notes"), "hers");
 
-    put(passwd, get(passwd) + "sys2:*:501:500::/etc/config/users/sys2:/bin/sh\n");
+    put(passwd, read(passwd) + "sys2:*:501:500::/etc/config/users/sys2:/bin/sh\n");
     for (const char *name : {"root", "sys2", "zoe"})
         EXPECT_EQ(user_renameuser("nobody-here", name), -1) << name << ": not made here";
 }
@@ -123,7 +79,7 @@ TEST_F(UserStore, InterruptedRenameIsCompleted) {
 TEST_F(UserStore, RefusesWhatCannotBeAnAccount) {
     const test::LogCapture log(Priority::fatal);
     ASSERT_EQ(user_adduser("ann", "p", ""), 0);
-    const std::string before = get(passwd);
+    const std::string before = read(passwd);
     EXPECT_TRUE(user_isname("0.a_-@B"));
     using Results = std::vector<int>;
     for (const char *name : {"", "-rf", ".ann", "a/b", "a:b", "a\nroot::0:0:::", "\xe4"}) {
@@ -140,22 +96,22 @@ TEST_F(UserStore, RefusesWhatCannotBeAnAccount) {
     EXPECT_EQ(user_adduser("ann", "p", ""), -1) << "taken";
     EXPECT_EQ(user_renameuser("ann", "root"), -1) << "taken";
     EXPECT_EQ(user_setuser("nobody-here", "p", ""), -1);
-    EXPECT_EQ(get(passwd), before);
-    EXPECT_EQ(get("/etc/config/group"), "(missing)");
+    EXPECT_EQ(read(passwd), before);
+    EXPECT_EQ(read(group_file), "(missing)");
 }
 
 TEST_F(UserStore, LeavesTheGroupsOfTheSystemAlone) {
     const std::string system = "root:x:0:\nbroken\n\ndaylight:x:10:root\n";
-    put("/etc/config/group", system + "ops:x:1001:\nopsy:x:1003:");
+    put(group_file, system + "ops:x:1001:\nopsy:x:1003:");
     ASSERT_EQ(user_renamegroup("ops", "night"), 0);
     ASSERT_EQ(user_renamegroup("daylight", "mine"), 0);
     ASSERT_EQ(user_delgroup("root"), 0);
     ASSERT_EQ(user_delgroup("opsy"), 0);
     ASSERT_EQ(user_addgroup("day"), 0);
     ASSERT_EQ(user_addgroup("day", 7), 0) << "there already";
-    EXPECT_EQ(get("/etc/config/group"), system + "night:x:1001:\nday:x:1002:\n");
+    EXPECT_EQ(read(group_file), system + "night:x:1001:\nday:x:1002:\n");
     ASSERT_EQ(user_renamegroup("day", "night"), 0) << "no name stands twice";
-    EXPECT_EQ(get("/etc/config/group"), system + "night:x:1001:\n");
+    EXPECT_EQ(read(group_file), system + "night:x:1001:\n");
     EXPECT_EQ(user_renamegroup("night", "a:b"), -1);
 }
 
@@ -165,28 +121,28 @@ TEST_F(UserStore, DeletingAndWritingKeysFollowNoLink) {
     ASSERT_EQ(user_adduser("ann", "p", ""), 0);
     const Account account = {"ann", "", ::geteuid(), ::getegid(), "", home, ""};
     const auto link = [](const char *target, const std::string &path) {
-        fs::remove_all(appliancePath(path));
-        fs::create_symlink(appliancePath(target), appliancePath(path));
+        fs::remove_all(onHost(path));
+        fs::create_symlink(onHost(target), onHost(path));
     };
     put("/etc/secret", "secret");
     link("/etc/secret", keys);
     ASSERT_TRUE(writeAuthorizedKeys(account, "one"));
-    EXPECT_EQ(get(keys), "one\n") << "the link itself is replaced";
+    EXPECT_EQ(read(keys), "one\n") << "the link itself is replaced";
 
     const test::LogCapture log(Priority::error);
     makeFolder("/etc/elsewhere");
     for (const std::string &folder : {home + "/.ssh", home}) {
         link("/etc/elsewhere", folder);
         EXPECT_FALSE(writeAuthorizedKeys(account, "one")) << folder;
-        fs::remove(appliancePath(folder));
+        fs::remove(onHost(folder));
         makeFolder(folder);
     }
-    EXPECT_TRUE(fs::is_empty(appliancePath("/etc/elsewhere")));
+    EXPECT_TRUE(fs::is_empty(onHost("/etc/elsewhere")));
     EXPECT_TRUE(log.has("300 Failed to write: " + keys + ": Not a directory"));
 
     link("/etc", home + "/etc");
     ASSERT_EQ(user_deluser("ann"), 0);
-    EXPECT_EQ(get("/etc/secret"), "secret");
+    EXPECT_EQ(read("/etc/secret"), "secret");
 }
 
 TEST_F(UserStore, SaltsDiffer) {
@@ -199,13 +155,13 @@ TEST_F(UserStore, SaltsDiffer) {
 }
 
 TEST_F(UserStore, FileThatIsMissingOrUnreadable) {
-    fs::remove(appliancePath(passwd));
+    fs::remove(onHost(passwd));
     const test::LogCapture log(Priority::fatal);
     EXPECT_EQ(user_setuser("ann", "p", ""), -1);
     EXPECT_TRUE(log.has("0 Failed to open: /etc/config/passwd"));
     EXPECT_EQ(user_adduser("ann", "p", ""), 0) << "the first account makes the file";
-    EXPECT_EQ(withoutHash(get(passwd)), "ann:HASH:1000:1000::/etc/config/users/ann:/bin/bash\n");
-    fs::remove(appliancePath(passwd));
+    EXPECT_EQ(withoutHash(read(passwd)), "ann:HASH:1000:1000::/etc/config/users/ann:/bin/bash\n");
+    fs::remove(onHost(passwd));
     makeFolder(passwd);
     EXPECT_EQ(user_adduser("bea", "p", "") + user_deluser("ann"), -2);
 }

@@ -2,7 +2,6 @@
 #include "tests/support/log_capture.h"
 #include "util/files.h"
 #include "util/log.h"
-#include "util/paths.h"
 #include "util/strings.h"
 
 #include <cerrno>
@@ -48,17 +47,17 @@ using Files = ApplianceTest;
 
 TEST_F(Files, ReplaceKeepsTheOldFileWhenItFails) {
     put("/etc/kept", "old");
-    EXPECT_FALSE(replaceFile(appliancePath("/none/kept"), "new", 0600));
+    EXPECT_FALSE(replaceFile(onHost("/none/kept"), "new", 0600));
     EXPECT_EQ(errno, ENOENT);
     // A folder in the way makes the rename fail; no temporary file may stay behind.
     makeFolder("/etc/taken/inner");
-    EXPECT_FALSE(replaceFile(appliancePath("/etc/taken"), "new", 0600));
-    EXPECT_EQ(get("/etc/kept"), "old");
+    EXPECT_FALSE(replaceFile(onHost("/etc/taken"), "new", 0600));
+    EXPECT_EQ(read("/etc/kept"), "old");
     const mode_t before = ::umask(077);
-    EXPECT_TRUE(replaceFile(appliancePath("/etc/kept"), "x", 0644));
+    EXPECT_TRUE(replaceFile(onHost("/etc/kept"), "x", 0644));
     ::umask(before);
     EXPECT_EQ(modeOf("/etc/kept"), 0644U) << "whatever the umask";
-    EXPECT_NE(std::system(("ls -A " + appliancePath("/etc") + " | grep -q new-").c_str()), 0);
+    EXPECT_NE(std::system(("ls -A " + onHost("/etc") + " | grep -q new-").c_str()), 0);
 }
 
 TEST_F(Files, WhatKilledWritersHaveLeftIsSwept) {
@@ -68,30 +67,30 @@ TEST_F(Files, WhatKilledWritersHaveLeftIsSwept) {
     for (const char *name : {"abcdef", "uvwxyz"})
         put(std::string("/etc/.new-") + name, "root:hash");
     const timespec old[] = {{1600000000, 0}, {1600000000, 0}};
-    ASSERT_EQ(::utimensat(AT_FDCWD, appliancePath("/etc/.new-uvwxyz").c_str(), old, 0), 0);
-    const UniqueFd alive = lockFile(appliancePath("/etc/.new-held-alive"));
+    ASSERT_EQ(::utimensat(AT_FDCWD, onHost("/etc/.new-uvwxyz").c_str(), old, 0), 0);
+    const UniqueFd alive = lockFile(onHost("/etc/.new-held-alive"));
     ASSERT_TRUE(alive);
-    EXPECT_TRUE(replaceFile(appliancePath("/etc/kept"), "x", 0600));
-    EXPECT_EQ(namesIn(appliancePath("/etc"), "."),
+    EXPECT_TRUE(replaceFile(onHost("/etc/kept"), "x", 0600));
+    EXPECT_EQ(namesIn(onHost("/etc"), "."),
               (std::vector<std::string>{".", "..", ".new-abcdef", ".new-held-alive"}));
 }
 
 TEST_F(Files, LockIsHeldByOneAtATimeAndWaitedForOnlySoLong) {
-    const std::string path = appliancePath("/lock");
+    const std::string path = onHost("/lock");
     UniqueFd lock = lockFile(path);
     ASSERT_TRUE(lock);
     EXPECT_FALSE(lockFile(path, std::chrono::milliseconds(20)));
     EXPECT_EQ(errno, EWOULDBLOCK);
     lock.reset();
     EXPECT_TRUE(lockFile(path, std::chrono::milliseconds(0)));
-    EXPECT_FALSE(lockFile(appliancePath("/none/lock")));
+    EXPECT_FALSE(lockFile(onHost("/none/lock")));
     EXPECT_EQ(errno, ENOENT);
 }
 
 TEST_F(Files, ReadRefusesWhatIsTooLong) {
     put("/file", std::string(100, 'x'));
-    EXPECT_EQ(readFile(appliancePath("/file"), 100).value_or("").size(), 100U);
-    EXPECT_EQ(readFile(appliancePath("/file"), 99), std::nullopt);
+    EXPECT_EQ(readFile(onHost("/file"), 100).value_or("").size(), 100U);
+    EXPECT_EQ(readFile(onHost("/file"), 99), std::nullopt);
     EXPECT_FALSE(readFile("/proc/self/status").value_or("").empty());
 }
 

@@ -2,43 +2,11 @@
 
 #include "tests/support/appliance_test.h"
 #include "util/files.h"
-#include "util/paths.h"
-
-#include <chrono>
-#include <thread>
-
-#include <gmock/gmock.h>
 
 namespace zandorin::platform {
 namespace {
 
 using ::testing::StartsWith;
-
-constexpr const char *document = "<tree a=\"1\" b=\"&lt;\"><!-- c --><leaf>x</leaf><leaf>y</leaf>"
-                                 "<empty/><nest> <leaf>\xc3\xa4</leaf>\n</nest></tree>";
-
-TEST(XmlImage, AnswersAsTheTreeDoes) {
-    const XmlImage image(parseXml(document)->root);
-    EXPECT_EQ(image.name(XmlImage::root), "tree");
-    EXPECT_EQ(image.text(XmlImage::root), "");
-    EXPECT_EQ(image.attribute(XmlImage::root, "b"), "<");
-    EXPECT_EQ(image.attribute(XmlImage::root, "leaf"), std::nullopt);
-    EXPECT_EQ(image.child(XmlImage::root, "a"), XmlImage::none) << "an attribute is no element";
-    std::string children;
-    for (auto child = image.firstChild(XmlImage::root); child != XmlImage::none;
-         child = image.next(child))
-        children.append(image.name(child)).append("=").append(image.text(child)).append(" ");
-    EXPECT_EQ(children, "leaf=x leaf=y empty= nest= ");
-    EXPECT_EQ(image.text(image.child(XmlImage::root, "leaf")), "x") << "the first one";
-    const auto nest = image.child(XmlImage::root, "nest");
-    EXPECT_EQ(image.text(image.child(nest, "leaf")), "\xe4") << "ISO-8859-1";
-    EXPECT_EQ(image.child(nest, "empty"), XmlImage::none);
-
-    const XmlImage none;
-    EXPECT_EQ(none.name(XmlImage::root), "");
-    EXPECT_EQ(none.child(XmlImage::root, "a"), XmlImage::none);
-    EXPECT_EQ(none.firstChild(XmlImage::root), XmlImage::none);
-}
 
 class XmlSnapshot : public test::ApplianceTest {
   protected:
@@ -54,7 +22,7 @@ class XmlSnapshot : public test::ApplianceTest {
     /// The root's text; what went wrong in angle brackets.
     static std::string read() {
         std::string fault;
-        const auto found = readXmlFile(appliancePath(file), "test", fault);
+        const auto found = readXmlFile(onHost(file), "test", fault);
         if (!found)
             return "<" + (fault.empty() ? std::string("unreadable") : fault) + ">";
         return std::string(found->image.text(XmlImage::root));
@@ -79,10 +47,10 @@ TEST_F(XmlSnapshot, EveryChangeOfTheFileIsNoticed) {
         const std::string first = read();
         EXPECT_THAT(first, StartsWith(expected)) << name;
         EXPECT_EQ(read(), first) << name << ", read again";
-        ASSERT_TRUE(replaceFile(appliancePath(file), contents, 0600)) << name;
+        ASSERT_TRUE(replaceFile(onHost(file), contents, 0600)) << name;
         EXPECT_EQ(read(), first) << name << ", replaced by the same";
     }
-    std::remove(appliancePath(file).c_str());
+    std::remove(onHost(file).c_str());
     EXPECT_EQ(read(), "<unreadable>") << "the snapshot does not stand for a file that is gone";
 }
 
@@ -91,14 +59,14 @@ TEST_F(XmlSnapshot, AFileAtRestIsNotReadAgain) {
     read();
     EXPECT_EQ(modeOf(snapshot), 0600U);
     // What the next reader answers comes from the snapshot, or this would go unseen.
-    std::string bytes = get(snapshot);
+    std::string bytes = ApplianceTest::read(snapshot);
     bytes[bytes.rfind('1')] = '9';
     put(snapshot, bytes);
     EXPECT_EQ(read(), "9");
     std::this_thread::sleep_for(std::chrono::milliseconds(3100));
     EXPECT_EQ(read(), "9"); // compares the bytes for the last time
     // Their hash stands at the preface's byte 64: nobody looks at it any more.
-    bytes = get(snapshot);
+    bytes = ApplianceTest::read(snapshot);
     bytes[64] = static_cast<char>(~bytes[64]);
     bytes[bytes.rfind('9')] = '8';
     put(snapshot, bytes);

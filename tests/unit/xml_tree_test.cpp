@@ -1,6 +1,5 @@
 #include "platform/libzandorin/xml_tree.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/testing.h"
 
 namespace zandorin::platform {
 namespace {

@@ -1,17 +1,13 @@
 #pragma once
 
-#include <map>
-#include <set>
-#include <string>
-#include <vector>
+#include "tests/support/html.h"
 
 namespace zandorin::test {
 
-/// One field of a page as a browser has it; all texts with their entities resolved.
+/// One field of a page as a browser has it.
 struct PageField {
     std::string name;
-    std::string kind =
-        ""; ///< "text", "password", "checkbox", "radio", "select", "textarea", "hidden"
+    std::string kind; ///< "text", "password", "checkbox", "radio", "select", "textarea", "hidden"
     std::string value = ""; ///< what it would send; of a check box: when it is checked
     bool checked = false;   ///< of a check box
     std::vector<std::string> options = {}; ///< values of a menu or of radio buttons
@@ -19,8 +15,10 @@ struct PageField {
     std::string current = "";
 };
 
-/// The fields of a page in their order; buttons are left out, radio buttons of one name are one.
-std::vector<PageField> readFields(const std::string &page);
+/// The fields of a page, or of its form of that name, in their order; buttons are left out, radio
+/// buttons of one name are one. Of the panels of which a person sees one, with a type only its own.
+std::vector<PageField> readFields(const std::string &page, const std::string &form = "",
+                                  const std::string &type = "");
 
 /// The elements that a page in debug mode says it has: name and type.
 std::map<std::string, std::string> readElements(const std::string &page);
@@ -34,13 +32,13 @@ struct DocumentedKey {
 };
 std::vector<DocumentedKey> documentedKeys();
 
-/// The words as the name of a test, which is made of letters, digits and "_".
-std::string testName(std::string words);
-
 /// Ids of the pages that it has keys of.
 std::set<std::string> settingsPages();
 
 /// Form ids of the navigation tree that the release has.
 std::vector<std::string> navigationLeaves();
+
+/// A page's id as the name of a test, which is made of letters, digits and "_".
+std::string testName(std::string words);
 
 } // namespace zandorin::test

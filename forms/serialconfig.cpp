@@ -104,7 +104,6 @@ constexpr Field line[] = {
 constexpr Field console[] = {
     {.label = "Escape Character",
      .key = ".escape",
-     .type = "printable",
      .help =
          "Control character with which a session by SSH is left, as \"^E\", followed by \"c.\". "
          "Empty: ^E.",

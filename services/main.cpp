@@ -92,7 +92,9 @@ int showStatus(bool isJson) {
 }
 
 int usage() {
-    std::fputs("usage: zandorin-services apply [NAME...] | write [NAME...] | page PAGE | status [--json]\n", stderr);
+    std::fputs("usage: zandorin-services apply [NAME...] | write [NAME...] | page PAGE | status "
+               "[--json]\n",
+               stderr);
     return 2;
 }
 

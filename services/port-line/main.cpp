@@ -5,12 +5,16 @@
 #include "util/strings.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
+#include <string_view>
+#include <thread>
 
 #include <asm/termbits.h>
 #include <fcntl.h>
 #include <sys/ioctl.h>
 
+// port-line NUMBER break: sends a break of the configured length.
 // port-line NUMBER: sets the line of a serial port exactly as it is configured. conserver runs it
 // each time it has opened a port, since its own words know neither every speed nor every frame.
 // What is set belongs to the device, not to the descriptor (termios(3)); any speed by TCSETS2.
@@ -65,27 +69,36 @@ void describe(const PortSettings &port, termios2 &line) {
     line.c_ispeed = line.c_ospeed = port.speed;
 }
 
+bool setLine(const PortSettings &port, int device) {
+    termios2 line = {};
+    if (::ioctl(device, TCGETS2, &line) != 0)
+        return false;
+    describe(port, line);
+    return ::ioctl(device, TCSETS2, &line) == 0;
+}
+
+bool sendBreak(const PortSettings &port, int device) {
+    if (::ioctl(device, TIOCSBRK) != 0)
+        return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(port.breakLength));
+    return ::ioctl(device, TIOCCBRK) == 0;
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
     openLog("port-line");
-    const auto number = argc == 2 ? parseWhole(argv[1]) : std::nullopt;
+    const auto number = argc > 1 ? parseWhole(argv[1]) : std::nullopt;
+    const bool isBreak = argc == 3 && std::string_view(argv[2]) == "break";
     ConfigManager config("/etc/config/config.xml", ".");
-    if (!number || *number < 1 || !config.readCommitted())
+    if (!number || *number < 1 || (argc > 2 && !isBreak) || !config.readCommitted())
         return 2;
     const PortSettings port = portSettings(config, static_cast<unsigned>(*number));
     const UniqueFd device(
         ::open(serialDevice(port.number).c_str(), O_RDWR | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    termios2 line = {};
-    if (!device || ::ioctl(device.get(), TCGETS2, &line) != 0) {
-        logRecord(Priority::error, "Port %u cannot be set: %s", port.number, std::strerror(errno));
-        return 1;
-    }
-    describe(port, line);
-    if (::ioctl(device.get(), TCSETS2, &line) != 0) {
-        logRecord(Priority::error, "Port %u does not take its settings: %s", port.number,
-                  std::strerror(errno));
-        return 1;
-    }
-    return 0;
+    if (device && (isBreak ? sendBreak(port, device.get()) : setLine(port, device.get())))
+        return 0;
+    logRecord(Priority::error, "Port %u does not take %s: %s", port.number,
+              isBreak ? "a break" : "its settings", std::strerror(errno));
+    return 1;
 }

@@ -2,7 +2,6 @@
 
 #include "platform/ports/port_log.h"
 #include "settings/submission.h"
-#include "util/child_process.h"
 #include "util/fd.h"
 #include "util/log.h"
 #include "util/paths.h"
@@ -31,10 +30,9 @@ Command shellCommand(const std::string &user) {
     const std::string shell =
         account == nullptr || *account->pw_shell == '\0' ? "/bin/sh" : account->pw_shell;
     const std::string home = account == nullptr ? "/" : appliancePath(account->pw_dir);
-    Command command{.arguments = {shell, "-l"}, .folder = home, .account = user};
-    const ChildEnvironment environment;
-    for (char *const *variable = environment.block(); *variable != nullptr; ++variable)
-        command.environment.emplace_back(*variable);
+    Command command = helperCommand({shell, "-l"});
+    command.folder = home;
+    command.account = user;
     for (const auto &[name, value] :
          {std::pair{"HOME=", home}, std::pair{"SHELL=", shell}, std::pair{"USER=", user},
           std::pair{"LOGNAME=", user}, std::pair{"TERM=", std::string("xterm-256color")}})
@@ -43,9 +41,9 @@ Command shellCommand(const std::string &user) {
 }
 
 Child startedFor(const Grant &grant) {
-    return Child::onTerminal(grant.target == "shell"
-                                 ? shellCommand(grant.user)
-                                 : openCommand(grant.user, grant.target, grant.watches));
+    return Child::onTerminal(grant.target == "shell" ? shellCommand(grant.user)
+                                                     : openCommand(grant.user, grant.master,
+                                                                   grant.console, grant.watches));
 }
 
 /// As conserver writes its own lines into a log.
@@ -102,11 +100,6 @@ bool Terminal::type(std::string_view keys) {
 
 std::int64_t Terminal::idle() const {
     return static_cast<std::int64_t>(std::time(nullptr)) - typed_;
-}
-
-void Terminal::sendBreak() {
-    if (writes() && grant_.target != "shell")
-        toChild_ += breakKeys();
 }
 
 void Terminal::takeOver() {

@@ -10,6 +10,7 @@
 #include "settings/records.h"
 #include "util/files.h"
 #include "util/paths.h"
+#include "util/process_pipe.h"
 #include "util/split.h"
 #include "util/strings.h"
 
@@ -67,11 +68,21 @@ std::string logOf(const PortSettings &port) {
     return "  logfile " + conserverWord(portLogFile(port.number)) + "; timestamp 1lab;\n";
 }
 
+/// All that port-line sets, for readers, and so that a change of it is a change of the file.
+std::string lineOf(const PortSettings &port) {
+    std::string words = "  # line:";
+    for (const unsigned value :
+         {port.speed, port.bits, static_cast<unsigned>(port.parity),
+          static_cast<unsigned>(port.stop), static_cast<unsigned>(port.flow)})
+        words += " " + std::to_string(value);
+    return words + "\n";
+}
+
 std::string consoleOf(const PortSettings &port, const std::string &users) {
     // The nearest word that conserver has; port-line sets the line exactly once it is open.
     const std::string line = quotedPath("/bin/port-line") + "\\ " + std::to_string(port.number);
-    return "console " + portName(port.number) + " {\n  master localhost; type device; device " +
-           conserverWord(serialDevice(port.number)) +
+    return "console " + portName(port.number) + " {\n" + lineOf(port) +
+           "  master localhost; type device; device " + conserverWord(serialDevice(port.number)) +
            "; baud 9600; parity none;\n  options !ixon, !ixoff, autoreinit, reinitoncc" +
            (port.dtrOnlyInUse ? ", hupcl, ondemand" : ", !hupcl") + ";\n  initcmd " + line +
            "; rw " + users + ";\n" + logOf(port) + "}\n";
@@ -137,6 +148,18 @@ bool isHealthy(const ConfigManager & /*config*/) {
     return acceptsConnections(localAddress(), listenPort("conserver"));
 }
 
+/// conserver has port-line set a port that it opens; one that is open already keeps its line.
+void setLines(const ConfigManager &config) {
+    std::string line = "exec " + shellQuote(appliancePath("/bin/port-line"));
+    for (unsigned number = 1; number <= portCount(config); ++number)
+        if (portSettings(config, number).mode == PortMode::console &&
+            ::access(serialDevice(number).c_str(), F_OK) == 0)
+            line += " " + std::to_string(number);
+    constexpr int patience = 5000; // milliseconds
+    ipipestream lines(line, patience);
+    lines.wait();
+}
+
 } // namespace
 
 extern const Service conserver = {.name = "conserver",
@@ -147,6 +170,7 @@ extern const Service conserver = {.name = "conserver",
                                   .checker = checker,
                                   .reload = SIGHUP,
                                   .isHealthy = isHealthy,
+                                  .settle = setLines,
                                   .prepare = makeSecret};
 
 } // namespace zandorin::services

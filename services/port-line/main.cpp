@@ -1,4 +1,5 @@
 #include "platform/libzandorin/config_manager.h"
+#include "platform/libzandorin/serial_ports.h"
 #include "platform/ports/port_settings.h"
 #include "util/fd.h"
 #include "util/log.h"
@@ -14,10 +15,12 @@
 #include <fcntl.h>
 #include <sys/ioctl.h>
 
-// port-line NUMBER break: sends a break of the configured length.
-// port-line NUMBER: sets the line of a serial port exactly as it is configured. conserver runs it
-// each time it has opened a port, since its own words know neither every speed nor every frame.
-// What is set belongs to the device, not to the descriptor (termios(3)); any speed by TCSETS2.
+// port-line NUMBER...: sets the lines of serial ports exactly as they are configured. conserver
+// runs it each time it has opened a port, since its own words know neither every speed nor every
+// frame; zandorin-services when settings have changed. What is set belongs to the device, not to
+// the descriptor (termios(3)); any speed by TCSETS2.
+//
+// port-line --break NUMBER: sends a break of the configured length.
 
 namespace {
 
@@ -69,12 +72,14 @@ void describe(const PortSettings &port, termios2 &line) {
     line.c_ispeed = line.c_ospeed = port.speed;
 }
 
-bool setLine(const PortSettings &port, int device) {
+/// A line that is so already is left alone: setting it can spoil the character that is on its way.
+bool set(const PortSettings &port, int device) {
     termios2 line = {};
     if (::ioctl(device, TCGETS2, &line) != 0)
         return false;
+    const termios2 before = line;
     describe(port, line);
-    return ::ioctl(device, TCSETS2, &line) == 0;
+    return std::memcmp(&before, &line, sizeof line) == 0 || ::ioctl(device, TCSETS2, &line) == 0;
 }
 
 bool sendBreak(const PortSettings &port, int device) {
@@ -88,17 +93,23 @@ bool sendBreak(const PortSettings &port, int device) {
 
 int main(int argc, char **argv) {
     openLog("port-line");
-    const auto number = argc > 1 ? parseWhole(argv[1]) : std::nullopt;
-    const bool isBreak = argc == 3 && std::string_view(argv[2]) == "break";
+    const bool isBreak = argc == 3 && std::string_view(argv[1]) == "--break";
     ConfigManager config("/etc/config/config.xml", ".");
-    if (!number || *number < 1 || (argc > 2 && !isBreak) || !config.readCommitted())
+    if (argc < 2 || !config.readCommitted())
         return 2;
-    const PortSettings port = portSettings(config, static_cast<unsigned>(*number));
-    const UniqueFd device(
-        ::open(serialDevice(port.number).c_str(), O_RDWR | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    if (device && (isBreak ? sendBreak(port, device.get()) : setLine(port, device.get())))
-        return 0;
-    logRecord(Priority::error, "Port %u does not take %s: %s", port.number,
-              isBreak ? "a break" : "its settings", std::strerror(errno));
-    return 1;
+    int status = 0;
+    for (int at = isBreak ? 2 : 1; at < argc; ++at) {
+        const auto number = parseWhole(argv[at]).value_or(0);
+        if (number < 1 || number > portCount(config))
+            return 2;
+        const PortSettings port = portSettings(config, static_cast<unsigned>(number));
+        const UniqueFd device(
+            ::open(serialDevice(port.number).c_str(), O_RDWR | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+        if (device && (isBreak ? sendBreak(port, device.get()) : set(port, device.get())))
+            continue;
+        logRecord(Priority::error, "Port %u: %s failed: %s", port.number,
+                  isBreak ? "a break" : "setting the line", std::strerror(errno));
+        status = 1;
+    }
+    return status;
 }

@@ -72,6 +72,10 @@ Command openCommand(const std::string &user, const std::string &master, const st
     return consoleCommand(user, master, {watches ? "-S" : "-A", console});
 }
 
+std::string breakKeys() {
+    return concat({command_keys, "l0"});
+}
+
 std::string takeOverKeys() {
     return concat({command_keys, "f"});
 }

@@ -23,6 +23,7 @@ Command openCommand(const std::string &user, const std::string &master, const st
                     bool watches);
 
 // Commands among what is typed.
+std::string breakKeys();
 std::string takeOverKeys();
 std::string watchKeys();
 

@@ -186,7 +186,7 @@ void PortService::handle(Connection &connection, const Frame &frame) {
             terminal->resize(numberAt(frame.payload, 0), numberAt(frame.payload, 2));
         break;
     case 'B':
-        sendBreak(connection);
+        terminal->sendBreak();
         break;
     case 'W':
         terminal->takeOver();
@@ -259,16 +259,6 @@ void PortService::openTerminal(Connection &connection, Grant grant) {
     tellState(connection);
 }
 
-/// A helper sends it, which waits as long as it lasts.
-void PortService::sendBreak(Connection &connection) {
-    const Terminal &terminal = *connection.terminal;
-    if (!terminal.writes() || terminal.grant().port == 0)
-        return;
-    breaks_.push_back(Child::onTerminal(helperCommand(
-        {appliancePath("/bin/port-line"), std::to_string(terminal.grant().port), "break"})));
-    appendFrame(connection.out, 'D', "[break sent]\r\n");
-}
-
 void PortService::end(Connection &connection, std::string_view reason, bool again) {
     if (connection.isEnding)
         return;
@@ -321,12 +311,6 @@ void PortService::takeRemains() {
         for (ConsoleQuery &command : commands_)
             if (command.pid() == pid)
                 command.forget();
-        breaks_.remove_if([&](Child &child) {
-            if (child.pid() != pid)
-                return false;
-            child.forget();
-            return true;
-        });
         for (Connection &each : connections_)
             if (each.terminal && each.terminal->child().pid() == pid)
                 each.terminal->child().forget();

@@ -55,7 +55,6 @@ class PortService {
     void openTerminal(Connection &connection, Grant grant);
     void askConsoles(Connection &connection);
     void command(Connection &connection, const Frame &frame);
-    void sendBreak(Connection &connection);
     void end(Connection &connection, std::string_view reason, bool again);
     void send(Connection &connection) const;
     void readTerminal(Connection &connection);
@@ -81,8 +80,7 @@ class PortService {
     Clock::time_point asked_ = {};
     Clock::time_point looked_ = {};
     std::list<ConsoleQuery> commands_;
-    std::list<Child> breaks_; ///< being sent
-    bool isStale_ = true;     ///< something has changed since the consoles were asked
+    bool isStale_ = true; ///< something has changed since the consoles were asked
 };
 
 } // namespace zandorin::ports

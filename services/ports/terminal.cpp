@@ -1,5 +1,6 @@
 #include "services/ports/terminal.h"
 
+#include "platform/libzdsupport/child.h"
 #include "platform/ports/port_log.h"
 #include "settings/submission.h"
 #include "util/fd.h"
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstring>
 #include <ctime>
 
 #include <fcntl.h>
@@ -100,6 +102,23 @@ bool Terminal::type(std::string_view keys) {
 
 std::int64_t Terminal::idle() const {
     return static_cast<std::int64_t>(std::time(nullptr)) - typed_;
+}
+
+void Terminal::sendBreak() {
+    if (!writes() || grant_.target == "shell")
+        return;
+    if (grant_.port == 0) { // another appliance's, which knows how long it is to be
+        toChild_ += breakKeys();
+        return;
+    }
+    // conserver sends breaks of one length only.
+    const std::string program = appliancePath("/bin/port-line");
+    const std::string number = std::to_string(grant_.port);
+    const char *const arguments[] = {program.c_str(), "--break", number.c_str(), nullptr};
+    if (platform::startProgram(arguments, platform::Reaper::init) < 0)
+        logRecord(Priority::error, "A break could not be sent: %s", std::strerror(errno));
+    else
+        addToLog(grant_.port, logLine(concat({grant_.user, "@", grant_.from, " sent a break"})));
 }
 
 void Terminal::takeOver() {

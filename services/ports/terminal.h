@@ -45,6 +45,7 @@ class Terminal {
 
     /// What was typed. False when so much waits for the program already that it was not taken.
     bool type(std::string_view keys);
+    void sendBreak();
     void takeOver();
     /// Writes no longer, but may take over again.
     void watch();

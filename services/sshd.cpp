@@ -117,21 +117,26 @@ std::vector<File> files(const ConfigManager &config) {
     return all;
 }
 
-std::string environment() {
+/// What sshd is started with, so that in development it finds these accounts.
+std::vector<std::string> environment(const std::string &accounts) {
     if (!isDevelopment())
-        return "";
-    return "LD_PRELOAD=libnss_wrapper.so NSS_WRAPPER_PASSWD=" +
-           shellQuote(appliancePath("/etc/ssh/passwd")) +
-           " NSS_WRAPPER_GROUP=" + shellQuote(appliancePath("/etc/config/group")) + " ";
+        return {"env"};
+    return {"env", "LD_PRELOAD=libnss_wrapper.so", "NSS_WRAPPER_PASSWD=" + accounts,
+            "NSS_WRAPPER_GROUP=" + appliancePath("/etc/config/group")};
 }
 
 std::string run(const ConfigManager & /*config*/) {
-    return "exec env " + environment() + "/usr/sbin/sshd -D -e -f " +
+    std::string command = "exec";
+    for (const std::string &word : environment(appliancePath("/etc/ssh/passwd")))
+        command += " " + shellQuote(word);
+    return command + " /usr/sbin/sshd -D -e -f " +
            shellQuote(appliancePath("/etc/ssh/sshd_config")) + "\n";
 }
 
 std::vector<std::string> checker(const std::vector<File> &files) {
-    return {"/usr/sbin/sshd", "-t", "-f", candidatePath(files.front())};
+    std::vector<std::string> command = environment(candidatePath(files.back()));
+    command.insert(command.end(), {"/usr/sbin/sshd", "-t", "-f", candidatePath(files.front())});
+    return command;
 }
 
 bool isHealthy(const ConfigManager &config) {

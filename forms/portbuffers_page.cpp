@@ -36,6 +36,7 @@ struct View {
     bool clears = false;
 };
 
+/// A port that is not there, or not the user's, is none.
 View viewOf(Engine &engine, Cgi &cgi) {
     View view;
     const std::string port = cgi.getVarString("port").raw;
@@ -43,8 +44,6 @@ View viewOf(Engine &engine, Cgi &cgi) {
     if (number && *number >= 1 && *number <= portCount(engine.config()) &&
         mayUsePort(engine.config(), engine.getCurrentUsername(), static_cast<unsigned>(*number)))
         view.port = static_cast<unsigned>(*number);
-    else if (!port.empty())
-        cgi.addError("No such port: " + encodeSafe(port));
     view.find = cgi.getVarString("find").raw;
     view.stamps = cgi.varStringExists("stamps");
     if (cgi.varStringExists("older"))
@@ -68,6 +67,9 @@ void define(Engine &engine) {
     if (cgi == nullptr)
         return;
     const View view = viewOf(engine, *cgi);
+    const std::string port = cgi->getVarString("port").raw;
+    if (view.port == 0 && !port.empty())
+        cgi->addError("No such port: " + encodeSafe(port));
     if (!view.clears || !engine.formWasSubmitted())
         return;
     if (clearPortLog(view.port))

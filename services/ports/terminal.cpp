@@ -150,7 +150,8 @@ bool Terminal::read(std::string &output) {
     std::string shown;
     if (grant_.target != "shell") {
         std::string keys;
-        shown = login_.read(bytes, keys);
+        // The secret is this appliance's; another one that asks for it gets none.
+        shown = grant_.master.empty() ? login_.read(bytes, keys) : std::string(bytes);
         toChild_ += keys;
         bytes = shown;
         if (bytes.empty())

@@ -72,7 +72,7 @@ void addToLog(unsigned port, const std::string &text, int flags = 0) {
 
 Terminal::Terminal(Grant grant)
     : grant_(std::move(grant)), child_(startedFor(grant_)), since_(std::time(nullptr)),
-      notices_(!grant_.watches) {
+      isOpen_(grant_.target == "shell"), notices_(!grant_.watches) {
     if (grant_.logsEvents)
         addToLog(grant_.port, logLine(grant_.user + "@" + grant_.from + " attached"), O_CREAT);
 }
@@ -86,17 +86,17 @@ bool Terminal::type(std::string_view keys) {
     if (grant_.watches)
         return true;
     typed_ = std::time(nullptr);
-    if (toChild_.size() + keys.size() > most_typed)
+    if (typedKeys_.size() + keys.size() > most_typed)
         return false;
     if (grant_.target == "shell") {
-        toChild_ += keys;
+        typedKeys_ += keys;
         return true;
     }
     if (grant_.logsTyped)
         logTyped(keys);
     const std::string literal = literalKeys(keys);
     quotes_ += static_cast<unsigned>((literal.size() - keys.size()) / 5);
-    toChild_ += literal;
+    typedKeys_ += literal;
     return true;
 }
 
@@ -108,7 +108,7 @@ void Terminal::sendBreak() {
     if (!writes() || grant_.target == "shell")
         return;
     if (grant_.port == 0) { // another appliance's, which knows how long it is to be
-        toChild_ += breakKeys();
+        typedKeys_ += breakKeys();
         return;
     }
     // conserver sends breaks of one length only.
@@ -123,20 +123,21 @@ void Terminal::sendBreak() {
 
 void Terminal::takeOver() {
     if (!grant_.watches && grant_.target != "shell")
-        toChild_ += takeOverKeys();
+        typedKeys_ += takeOverKeys();
 }
 
 void Terminal::watch() {
     if (grant_.target != "shell")
-        toChild_ += watchKeys();
+        typedKeys_ += watchKeys();
 }
 
 void Terminal::write() {
-    const ssize_t sent = ::write(child_.fd(), toChild_.data(), toChild_.size());
+    std::string &waiting = toChild_.empty() ? typedKeys_ : toChild_;
+    const ssize_t sent = ::write(child_.fd(), waiting.data(), waiting.size());
     if (sent > 0)
-        toChild_.erase(0, static_cast<std::size_t>(sent));
+        waiting.erase(0, static_cast<std::size_t>(sent));
     else if (sent < 0 && errno != EAGAIN && errno != EINTR)
-        toChild_.clear();
+        waiting.clear();
 }
 
 bool Terminal::read(std::string &output) {
@@ -162,6 +163,7 @@ bool Terminal::read(std::string &output) {
         if (isFirst_ && bytes.starts_with(greeting))
             bytes.remove_prefix(greeting.size());
         isFirst_ = false;
+        isOpen_ = true;
         if (grant_.logsTyped && echoed_.size() < most_echoed)
             echoed_ += bytes;
     }

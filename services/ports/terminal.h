@@ -51,7 +51,7 @@ class Terminal {
     void watch();
     void resize(unsigned short columns, unsigned short rows) { child_.resize(columns, rows); }
 
-    bool hasToWrite() const { return !toChild_.empty(); }
+    bool hasToWrite() const { return !toChild_.empty() || (isOpen_ && !typedKeys_.empty()); }
     /// Gives the program what waits for it.
     void write();
     /// Adds what the program put out to `output`, at most a piece of it. False when it has ended.
@@ -66,7 +66,10 @@ class Terminal {
     Child child_;
     std::int64_t since_;
     std::int64_t typed_ = since_; ///< when something was typed last
-    std::string toChild_;
+    std::string toChild_;         ///< the program's own questions' answers
+    std::string
+        typedKeys_; ///< wait until the client has spoken: before, it would take them for one
+    bool isOpen_;
     Login login_;
     Notices notices_;
     bool hasNews_ = true;

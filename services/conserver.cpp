@@ -85,23 +85,7 @@ std::string consoleOf(const PortSettings &port, const std::string &users) {
            "  master localhost; type device; device " + conserverWord(serialDevice(port.number)) +
            "; baud 9600; parity none;\n  options !ixon, !ixoff, autoreinit, reinitoncc" +
            (port.dtrOnlyInUse ? ", hupcl, ondemand" : ", !hupcl") + ";\n  initcmd " + line +
-           "; rw " + users + ";\n  break 1;\n" + logOf(port) + "}\n";
-}
-
-std::string slavesOf(const ConfigManager &config) {
-    std::string text;
-    const settings::RecordList slaves("config.slaves", "slave");
-    for (const unsigned number : slaves.numbers(config)) {
-        const std::string key = slaves.keyOf(number);
-        const std::string name = config.getElement(key + ".name");
-        const std::string address = config.getElement(key + ".address");
-        if (name.empty() || address.empty())
-            continue;
-        for (unsigned port = 1; port <= slavePortCount(config, key); ++port)
-            text += "console " + conserverWord(name + "/port" + std::to_string(port)) +
-                    " { master " + conserverWord(address) + "; type noop; rw *; }\n";
-    }
-    return text;
+           "; rw " + users + ";\n" + logOf(port) + "}\n";
 }
 
 bool isOn(const ConfigManager &config) {
@@ -116,12 +100,12 @@ std::vector<File> files(const ConfigManager &config) {
                        "  passwdfile " +
                        quotedPath("/etc/conserver/passwd") +
                        "; reinitcheck 1; redirect yes; sslrequired no; initdelay 0;\n}\n";
-    text += "access 127.0.0.1 { allowed 127.0.0.1; }\n";
-    const auto networks = utilities::split(config.getElement("config.slaves.accept"), ", ");
-    for (const std::string &network : networks)
-        text += "access * { trusted " + conserverWord(network) + "; }\n";
-    text += "access * { admin root; limited \"*\"; allowed 127.0.0.1; }\n"
-            "break 1 { string \"\\z\"; }\n"
+    // Other appliances first: of two words about one address the first holds.
+    text += "access * {";
+    for (const std::string &network :
+         utilities::split(config.getElement("config.slaves.accept"), ", "))
+        text += " trusted " + conserverWord(network) + ";";
+    text += " allowed 127.0.0.1; admin root; limited \"*\"; }\n"
             "default * { master localhost; }\n";
     const auto names = knownUsers(config);
     std::vector<PortAccess> access;
@@ -137,7 +121,6 @@ std::vector<File> files(const ConfigManager &config) {
                 users += (users.empty() ? "" : ",") + conserverWord(names[i]);
         text += consoleOf(settings, users);
     }
-    text += slavesOf(config);
     // The hash of a long random text need not be slow.
     const std::string hash = user_getcryptedpassword(secret, PasswordHash::sha512);
     const std::string old = readFile(appliancePath("/etc/conserver/passwd"), 4096).value_or("");
@@ -148,12 +131,13 @@ std::vector<File> files(const ConfigManager &config) {
 }
 
 std::string run(const ConfigManager &config) {
-    // Addresses of this machine alone, unless others may come.
-    const bool isShared = !config.getElement("config.slaves.accept").empty();
+    // The address of this machine alone, unless others may come.
+    const bool isShared =
+        applianceRoot().empty() && !config.getElement("config.slaves.accept").empty();
     // Its children hold the ports, and outlive one that was killed.
     return "pkill -KILL -x -s 0 conserver\nexec conserver -C " +
            shellQuote(appliancePath("/etc/conserver/conserver.cf")) +
-           (isShared ? "" : " -M 127.0.0.1") + "\n";
+           (isShared ? "" : " -M " + localAddress()) + "\n";
 }
 
 std::vector<std::string> checker(const std::vector<File> &files) {
@@ -161,7 +145,7 @@ std::vector<std::string> checker(const std::vector<File> &files) {
 }
 
 bool isHealthy(const ConfigManager & /*config*/) {
-    return acceptsConnections(listenPort("conserver"));
+    return acceptsConnections(localAddress(), listenPort("conserver"));
 }
 
 /// conserver has port-line set a port that it opens; one that is open already keeps its line.

@@ -107,7 +107,7 @@ std::string run(const ConfigManager & /*config*/) {
 
 bool isHealthy(const ConfigManager &config) {
     for (const PortSettings &port : networkPorts(config))
-        if (!acceptsConnections(port.tcpPort))
+        if (!acceptsConnections("127.0.0.1", port.tcpPort))
             return false;
     return true;
 }

@@ -92,7 +92,8 @@ std::vector<File> files(const ConfigManager &config) {
                        "PermitUserEnvironment no\nMaxSessions 4\nLoginGraceTime 30\n"
                        "ClientAliveInterval 30\nClientAliveCountMax 4\n";
     if (isDevelopment())
-        text += "ListenAddress 127.0.0.1\nSetEnv ZANDORIN_ROOT=" + applianceRoot() + "\n";
+        text +=
+            "ListenAddress " + localAddress() + "\nSetEnv ZANDORIN_ROOT=" + applianceRoot() + "\n";
     if (::access(appliancePath(message_of_the_day).c_str(), R_OK) == 0)
         text += "Banner " + appliancePath(message_of_the_day) + "\n";
     text += "ForceCommand " + appliancePath("/bin/port-menu") + "\n";
@@ -116,25 +117,30 @@ std::vector<File> files(const ConfigManager &config) {
     return all;
 }
 
-std::string environment() {
+/// What sshd is started with, so that in development it finds these accounts.
+std::vector<std::string> environment(const std::string &accounts) {
     if (!isDevelopment())
-        return "";
-    return "LD_PRELOAD=libnss_wrapper.so NSS_WRAPPER_PASSWD=" +
-           shellQuote(appliancePath("/etc/ssh/passwd")) +
-           " NSS_WRAPPER_GROUP=" + shellQuote(appliancePath("/etc/config/group")) + " ";
+        return {"env"};
+    return {"env", "LD_PRELOAD=libnss_wrapper.so", "NSS_WRAPPER_PASSWD=" + accounts,
+            "NSS_WRAPPER_GROUP=" + appliancePath("/etc/config/group")};
 }
 
 std::string run(const ConfigManager & /*config*/) {
-    return "exec env " + environment() + "/usr/sbin/sshd -D -e -f " +
+    std::string command = "exec";
+    for (const std::string &word : environment(appliancePath("/etc/ssh/passwd")))
+        command += " " + shellQuote(word);
+    return command + " /usr/sbin/sshd -D -e -f " +
            shellQuote(appliancePath("/etc/ssh/sshd_config")) + "\n";
 }
 
 std::vector<std::string> checker(const std::vector<File> &files) {
-    return {"/usr/sbin/sshd", "-t", "-f", candidatePath(files.front())};
+    std::vector<std::string> command = environment(candidatePath(files.back()));
+    command.insert(command.end(), {"/usr/sbin/sshd", "-t", "-f", candidatePath(files.front())});
+    return command;
 }
 
 bool isHealthy(const ConfigManager &config) {
-    return acceptsConnections(sshPort(config));
+    return acceptsConnections(localAddress(), sshPort(config));
 }
 
 } // namespace

@@ -45,7 +45,9 @@ std::optional<std::uint64_t> countIn(const std::string &text) {
     return count && *count >= 0 ? std::optional(static_cast<std::uint64_t>(*count)) : std::nullopt;
 }
 
-UniqueFd connectToService() {
+} // namespace
+
+UniqueFd connectToPortService() {
     UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
@@ -53,17 +55,16 @@ UniqueFd connectToService() {
     if (!socket || path.size() >= sizeof address.sun_path)
         return {};
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-    const timeval patience = {.tv_sec = 1, .tv_usec = 0};
-    for (const int direction : {SO_RCVTIMEO, SO_SNDTIMEO})
-        ::setsockopt(socket.get(), SOL_SOCKET, direction, &patience, sizeof patience);
     if (::connect(socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
         return {};
     return socket;
 }
 
-/// The whole answer to one frame; none when it did not come.
-std::optional<std::string> ask(char type, const std::string &payload) {
-    const UniqueFd socket = connectToService();
+std::optional<std::string> askPortService(char type, const std::string &payload) {
+    const UniqueFd socket = connectToPortService();
+    const timeval patience = {.tv_sec = 1, .tv_usec = 0};
+    for (const int direction : {SO_RCVTIMEO, SO_SNDTIMEO})
+        ::setsockopt(socket.get(), SOL_SOCKET, direction, &patience, sizeof patience);
     std::string request;
     appendFrame(request, type, payload);
     if (!socket || ::send(socket.get(), request.data(), request.size(), MSG_NOSIGNAL) !=
@@ -87,8 +88,6 @@ std::optional<std::string> ask(char type, const std::string &payload) {
             }
     }
 }
-
-} // namespace
 
 std::string writePortStates(const std::vector<PortState> &states) {
     std::string text;
@@ -134,16 +133,17 @@ std::vector<PortState> readPortStates(std::string_view text) {
 }
 
 std::optional<std::vector<PortState>> portStates() {
-    const auto answer = ask('Q', "");
+    const auto answer = askPortService('Q', "");
     return answer ? std::optional(readPortStates(*answer)) : std::nullopt;
 }
 
 bool disconnectPortUser(const std::string &user, unsigned port) {
-    return ask('X', user + "@port" + std::to_string(port)).value_or("") == "ok";
+    return askPortService('X', user + "@port" + std::to_string(port)).value_or("") == "ok";
 }
 
 bool messagePortUser(const std::string &user, unsigned port, const std::string &text) {
-    return ask('M', user + "@port" + std::to_string(port) + "\n" + text).value_or("") == "ok";
+    return askPortService('M', user + "@port" + std::to_string(port) + "\n" + text).value_or("") ==
+           "ok";
 }
 
 } // namespace zandorin

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "util/fd.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -42,6 +44,13 @@ std::optional<std::vector<PortState>> portStates();
 bool disconnectPortUser(const std::string &user, unsigned port);
 /// Shows the user a line of text in the terminals on that port.
 bool messagePortUser(const std::string &user, unsigned port, const std::string &text);
+
+// For programs of this appliance that speak to the service.
+
+/// A connection to it; none when it does not listen.
+UniqueFd connectToPortService();
+/// The whole answer to one frame; none when it did not come within a second.
+std::optional<std::string> askPortService(char type, const std::string &payload);
 
 // For both ends: the states as text, a line each, its fields separated by tabs.
 

@@ -45,6 +45,11 @@ void PortService::answerStates() {
             tellState(each);
         if (!each.asksStates || each.isEnding)
             continue;
+        if (!each.listsFor.empty()) {
+            appendFrame(each.out, 'J', listOf(rights_.config(), consoles_, each.listsFor));
+            each.isEnding = true;
+            continue;
+        }
         if (!states)
             states = writePortStates(statesOf(rights_.config(), consoles_, terminals()));
         appendFrame(each.out, 'J', *states);

@@ -226,7 +226,10 @@ void PortService::handleFirst(Connection &connection, const Frame &frame) {
                                       .via = "ssh",
                                       .target = lines[1],
                                       .watches = lines[2] != "write"});
-    } else if (frame.type == 'Q' && connection.terminal == nullptr) {
+    } else if (frame.type == 'Q') {
+        askConsoles(connection);
+    } else if (frame.type == 'L' && maySpeakFor(*connection.peer, frame.payload)) {
+        connection.listsFor = frame.payload;
         askConsoles(connection);
     } else if ((frame.type == 'M' || frame.type == 'X') && maySpeakFor(*connection.peer, "root")) {
         command(connection, frame);

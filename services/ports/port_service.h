@@ -44,6 +44,7 @@ class PortService {
         bool isEnding = false;                  ///< closed once everything was sent
         bool asksStates = false;                ///< waits for the states of the ports
         const ConsoleQuery *command = nullptr;  ///< that it waits for
+        std::string listsFor = "";              ///< waits for the list of this user's ports
         bool isDone = false;                    ///< whatever that says
         Clock::time_point heard = Clock::now(); ///< when it last took or sent anything
     };

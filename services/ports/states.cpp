@@ -2,6 +2,7 @@
 
 #include "platform/libzandorin/config_manager.h"
 #include "platform/libzandorin/serial_ports.h"
+#include "platform/ports/port_access.h"
 #include "platform/ports/port_log.h"
 #include "platform/ports/port_settings.h"
 #include "util/fd.h"
@@ -134,6 +135,26 @@ std::vector<std::string> connectionsTo(unsigned tcpPort, std::string_view table)
         addresses.push_back(addressOf(std::string_view(words[2]).substr(0, words[2].rfind(':'))));
     }
     return addresses;
+}
+
+std::string listOf(const ConfigManager &config, const std::vector<ConsoleState> &consoles,
+                   const std::string &user) {
+    std::string list;
+    const PortAccess access(config, user);
+    for (unsigned number = 1; number <= portCount(config); ++number) {
+        const PortSettings port = portSettings(config, number);
+        if (!access.has(number) || port.mode != PortMode::console)
+            continue;
+        const auto console =
+            std::find_if(consoles.begin(), consoles.end(),
+                         [&](const ConsoleState &each) { return each.name == portName(number); });
+        std::string label = port.label;
+        std::replace(label.begin(), label.end(), '\t', ' ');
+        append(list, {portName(number), "\t", label, "\t",
+                      console == consoles.end() ? std::string_view() : console->state, "\t",
+                      std::to_string(port.escape), "\n"});
+    }
+    return list;
 }
 
 std::vector<PortState> statesOf(const ConfigManager &config,

@@ -20,6 +20,11 @@ std::vector<PortState> statesOf(const ConfigManager &config,
                                 const std::vector<ConsoleState> &consoles,
                                 std::span<const Terminal *const> terminals);
 
+/// The ports in mode console that the user may use, for the menu: a line each, of the name, the
+/// label, the state and the number of the escape character, separated by tabs.
+std::string listOf(const ConfigManager &config, const std::vector<ConsoleState> &consoles,
+                   const std::string &user);
+
 /// Gives each user that a terminal of ours has put on its console what we know of that terminal.
 void joinTerminals(std::vector<PortUser> &users, unsigned port,
                    std::span<const Terminal *const> terminals);

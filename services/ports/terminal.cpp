@@ -3,7 +3,6 @@
 #include "platform/libzdsupport/child.h"
 #include "platform/ports/port_log.h"
 #include "settings/submission.h"
-#include "util/child_process.h"
 #include "util/fd.h"
 #include "util/log.h"
 #include "util/paths.h"
@@ -33,10 +32,9 @@ Command shellCommand(const std::string &user) {
     const std::string shell =
         account == nullptr || *account->pw_shell == '\0' ? "/bin/sh" : account->pw_shell;
     const std::string home = account == nullptr ? "/" : appliancePath(account->pw_dir);
-    Command command{.arguments = {shell, "-l"}, .folder = home, .account = user};
-    const ChildEnvironment environment;
-    for (char *const *variable = environment.block(); *variable != nullptr; ++variable)
-        command.environment.emplace_back(*variable);
+    Command command = helperCommand({shell, "-l"});
+    command.folder = home;
+    command.account = user;
     for (const auto &[name, value] :
          {std::pair{"HOME=", home}, std::pair{"SHELL=", shell}, std::pair{"USER=", user},
           std::pair{"LOGNAME=", user}, std::pair{"TERM=", std::string("xterm-256color")}})
@@ -45,9 +43,9 @@ Command shellCommand(const std::string &user) {
 }
 
 Child startedFor(const Grant &grant) {
-    return Child::onTerminal(grant.target == "shell"
-                                 ? shellCommand(grant.user)
-                                 : openCommand(grant.user, grant.target, grant.watches));
+    return Child::onTerminal(grant.target == "shell" ? shellCommand(grant.user)
+                                                     : openCommand(grant.user, grant.master,
+                                                                   grant.console, grant.watches));
 }
 
 /// As conserver writes its own lines into a log.

@@ -111,6 +111,17 @@ bool take(const Service &service, const ConfigManager &config, bool isNewScript)
     return isTaken;
 }
 
+/// Has the supervisor know a service that is off: it takes its time to find a new one.
+void prepareFolder(const Service &service, const ConfigManager &config) {
+    if (::access(serviceFolder(service.name).c_str(), F_OK) == 0)
+        return;
+    for (const File &file : supervisionFiles(service, config))
+        if (makeFolders(appliancePath(file.path)))
+            replaceFile(appliancePath(file.path), file.text, file.mode, Durable::no);
+    if (disable(service.name))
+        introduce(service.name);
+}
+
 /// A daemon that does not want to end is killed.
 void end(const Service &service) {
     disable(service.name);
@@ -154,6 +165,7 @@ Result change(const Service &service, const ConfigManager &config, Daemons daemo
     if (service.prepare != nullptr && !service.prepare(config))
         return {.outcome = Outcome::failed, .words = "Its keys could not be made."};
     if (!service.isOn(config)) {
+        prepareFolder(service, config);
         end(service);
         return {.outcome = Outcome::off};
     }

@@ -27,7 +27,8 @@ bool keep(const std::string &path) {
 
 } // namespace
 
-Journal::Journal(std::string service) : path_(appliancePath("/etc/service/.journal-" + service)) {}
+Journal::Journal(std::string service)
+    : path_(appliancePath("/etc/service/.journal-" + service)), closedPath_(path_ + "-closed") {}
 
 bool Journal::swap(const std::vector<File> &files) {
     std::string lines;
@@ -50,13 +51,21 @@ bool Journal::swap(const std::vector<File> &files) {
 }
 
 void Journal::close() {
-    const std::string lines = readFile(path_).value_or("");
-    removeFile(path_);
-    for (const std::string &line : utilities::split(lines, "\n"))
+    moveFile(path_, closedPath_); // from here on the change is made
+    tidy();
+}
+
+void Journal::tidy() {
+    const auto lines = readFile(closedPath_);
+    if (!lines)
+        return;
+    for (const std::string &line : utilities::split(*lines, "\n"))
         ::unlink(keptPath(appliancePath(line.substr(1))).c_str());
+    removeFile(closedPath_);
 }
 
 bool Journal::undo() {
+    tidy();
     const auto lines = readFile(path_);
     if (!lines)
         return false;

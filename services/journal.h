@@ -9,7 +9,8 @@ namespace zandorin::services {
 
 /// Files of a service that are replaced together. While that is under way each old file is kept
 /// beside the new one, and the journal /etc/service/.journal-<name> names them all; without a
-/// journal nothing is under way.
+/// journal nothing is under way. One that was closed has "-closed" behind its name until the old
+/// files are gone.
 class Journal {
   public:
     explicit Journal(std::string service);
@@ -25,7 +26,11 @@ class Journal {
     bool undo();
 
   private:
+    /// Removes the old files of a journal that was closed.
+    void tidy();
+
     std::string path_;
+    std::string closedPath_;
 };
 
 } // namespace zandorin::services

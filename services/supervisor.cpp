@@ -57,11 +57,14 @@ long secondsUp(const std::string &name) {
     return static_cast<long>(std::time(nullptr) - status.st_mtime);
 }
 
+bool introduce(const std::string &name) {
+    return ::symlink(("../../etc/service/" + name).c_str(), linkOf(name).c_str()) == 0 ||
+           errno == EEXIST;
+}
+
 bool enable(const std::string &name) {
     ::unlink((serviceFolder(name) + "/down").c_str());
-    const std::string link = linkOf(name);
-    const bool isLinked =
-        ::symlink(("../../etc/service/" + name).c_str(), link.c_str()) == 0 || errno == EEXIST;
+    const bool isLinked = introduce(name);
     if (isSupervised(name))
         command(name, 'u');
     return isLinked;

@@ -20,9 +20,13 @@ pid_t processOf(const std::string &name);
 /// Seconds since it was started; -1 when it does not run.
 long secondsUp(const std::string &name);
 
-/// Has the supervisor run it, or end it. One that it does not know yet it finds at its next look,
-/// within five seconds; one that was ended it keeps, with its file `down`. False when the link or
-/// that file could not be made.
+/// Has the supervisor know it, whether it is to run or not. It looks for new ones every five
+/// seconds. False when the link could not be made.
+bool introduce(const std::string &name);
+
+/// Has the supervisor run it, or end it. One that it does not know yet it finds at its next look;
+/// one that was ended it keeps, with its file `down`. False when the link or that file could not be
+/// made.
 bool enable(const std::string &name);
 bool disable(const std::string &name);
 

@@ -104,17 +104,13 @@ constexpr Field line[] = {
 constexpr Field console[] = {
     {.label = "Escape Character",
      .key = ".escape",
-     .type = "printable",
      .help =
-         "Control character with which a session by SSH is left, as \"^E\", followed by \"c.\". "
-         "Empty: ^E.",
-     .maxlength = 2,
-     .accepts =
-         [](const std::string &value) {
-             return value.size() == 2 && value[0] == '^' && value[1] >= 'A' && value[1] <= '_';
-         },
-     .refusal = "<i>Escape Character</i> is a \"^\" with a capital letter, such as ^E.",
-     .standard = "^E"},
+         "The letter that, with Ctrl and followed by \"c\", begins a command in a session by SSH. "
+         "Empty: E.",
+     .maxlength = 1,
+     .accepts = [](const std::string &value) { return value[0] >= 'A' && value[0] <= 'Z'; },
+     .refusal = "<i>Escape Character</i> is a capital letter, such as E.",
+     .standard = "E"},
     numberField("Idle Time", ".idle",
                 "Minutes without a key after which who writes is disconnected. Empty: never.",
                 10080, 5),

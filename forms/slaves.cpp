@@ -28,7 +28,6 @@ constexpr Field slave[] = {
      .type = "address",
      .help = "A host name or an IP address.",
      .missing = "<i>Address</i> can not be empty."},
-    portField("TCP Port", ".port", "tcpport", "1 to 65535. Empty: 782.", "782"),
     {.label = "Serial Ports",
      .key = ".ports",
      .type = "numeric",

@@ -94,7 +94,7 @@ bool isHealthy(const Service &service, const ConfigManager &config, pid_t proces
 }
 
 /// The daemon takes the files that are in place.
-bool take(const Service &service, const ConfigManager &config, bool isNewScript) {
+bool takeFiles(const Service &service, const ConfigManager &config, bool isNewScript) {
     const pid_t before = processOf(service.name);
     enable(service.name);
     if (before == 0)
@@ -102,6 +102,13 @@ bool take(const Service &service, const ConfigManager &config, bool isNewScript)
     if (service.reload != 0 && !isNewScript)
         return signalService(service.name, service.reload) && isHealthy(service, config, before);
     return restart(service.name) && isHealthy(service, config, 0);
+}
+
+bool take(const Service &service, const ConfigManager &config, bool isNewScript) {
+    const bool isTaken = takeFiles(service, config, isNewScript);
+    if (isTaken && service.settle != nullptr)
+        service.settle(config);
+    return isTaken;
 }
 
 /// A daemon that does not want to end is killed.

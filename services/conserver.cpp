@@ -10,6 +10,7 @@
 #include "settings/records.h"
 #include "util/files.h"
 #include "util/paths.h"
+#include "util/process_pipe.h"
 #include "util/split.h"
 #include "util/strings.h"
 
@@ -67,30 +68,24 @@ std::string logOf(const PortSettings &port) {
     return "  logfile " + conserverWord(portLogFile(port.number)) + "; timestamp 1lab;\n";
 }
 
+/// All that port-line sets, for readers, and so that a change of it is a change of the file.
+std::string lineOf(const PortSettings &port) {
+    std::string words = "  # line:";
+    for (const unsigned value :
+         {port.speed, port.bits, static_cast<unsigned>(port.parity),
+          static_cast<unsigned>(port.stop), static_cast<unsigned>(port.flow)})
+        words += " " + std::to_string(value);
+    return words + "\n";
+}
+
 std::string consoleOf(const PortSettings &port, const std::string &users) {
     // The nearest word that conserver has; port-line sets the line exactly once it is open.
     const std::string line = quotedPath("/bin/port-line") + "\\ " + std::to_string(port.number);
-    return "console " + portName(port.number) + " {\n  master localhost; type device; device " +
-           conserverWord(serialDevice(port.number)) +
+    return "console " + portName(port.number) + " {\n" + lineOf(port) +
+           "  master localhost; type device; device " + conserverWord(serialDevice(port.number)) +
            "; baud 9600; parity none;\n  options !ixon, !ixoff, autoreinit, reinitoncc" +
            (port.dtrOnlyInUse ? ", hupcl, ondemand" : ", !hupcl") + ";\n  initcmd " + line +
-           "; rw " + users + ";\n  break 1;\n" + logOf(port) + "}\n";
-}
-
-std::string slavesOf(const ConfigManager &config) {
-    std::string text;
-    const settings::RecordList slaves("config.slaves", "slave");
-    for (const unsigned number : slaves.numbers(config)) {
-        const std::string key = slaves.keyOf(number);
-        const std::string name = config.getElement(key + ".name");
-        const std::string address = config.getElement(key + ".address");
-        if (name.empty() || address.empty())
-            continue;
-        for (unsigned port = 1; port <= slavePortCount(config, key); ++port)
-            text += "console " + conserverWord(name + "/port" + std::to_string(port)) +
-                    " { master " + conserverWord(address) + "; type noop; rw *; }\n";
-    }
-    return text;
+           "; rw " + users + ";\n" + logOf(port) + "}\n";
 }
 
 bool isOn(const ConfigManager &config) {
@@ -105,12 +100,12 @@ std::vector<File> files(const ConfigManager &config) {
                        "  passwdfile " +
                        quotedPath("/etc/conserver/passwd") +
                        "; reinitcheck 1; redirect yes; sslrequired no; initdelay 0;\n}\n";
-    text += "access 127.0.0.1 { allowed 127.0.0.1; }\n";
-    const auto networks = utilities::split(config.getElement("config.slaves.accept"), ", ");
-    for (const std::string &network : networks)
-        text += "access * { trusted " + conserverWord(network) + "; }\n";
-    text += "access * { admin root; limited \"*\"; allowed 127.0.0.1; }\n"
-            "break 1 { string \"\\z\"; }\n"
+    // Other appliances first: of two words about one address the first holds.
+    text += "access * {";
+    for (const std::string &network :
+         utilities::split(config.getElement("config.slaves.accept"), ", "))
+        text += " trusted " + conserverWord(network) + ";";
+    text += " allowed 127.0.0.1; admin root; limited \"*\"; }\n"
             "default * { master localhost; }\n";
     const auto names = knownUsers(config);
     std::vector<PortAccess> access;
@@ -126,7 +121,6 @@ std::vector<File> files(const ConfigManager &config) {
                 users += (users.empty() ? "" : ",") + conserverWord(names[i]);
         text += consoleOf(settings, users);
     }
-    text += slavesOf(config);
     // The hash of a long random text need not be slow.
     const std::string hash = user_getcryptedpassword(secret, PasswordHash::sha512);
     const std::string old = readFile(appliancePath("/etc/conserver/passwd"), 4096).value_or("");
@@ -137,12 +131,13 @@ std::vector<File> files(const ConfigManager &config) {
 }
 
 std::string run(const ConfigManager &config) {
-    // Addresses of this machine alone, unless others may come.
-    const bool isShared = !config.getElement("config.slaves.accept").empty();
+    // The address of this machine alone, unless others may come.
+    const bool isShared =
+        applianceRoot().empty() && !config.getElement("config.slaves.accept").empty();
     // Its children hold the ports, and outlive one that was killed.
     return "pkill -KILL -x -s 0 conserver\nexec conserver -C " +
            shellQuote(appliancePath("/etc/conserver/conserver.cf")) +
-           (isShared ? "" : " -M 127.0.0.1") + "\n";
+           (isShared ? "" : " -M " + localAddress()) + "\n";
 }
 
 std::vector<std::string> checker(const std::vector<File> &files) {
@@ -150,7 +145,19 @@ std::vector<std::string> checker(const std::vector<File> &files) {
 }
 
 bool isHealthy(const ConfigManager & /*config*/) {
-    return acceptsConnections(listenPort("conserver"));
+    return acceptsConnections(localAddress(), listenPort("conserver"));
+}
+
+/// conserver has port-line set a port that it opens; one that is open already keeps its line.
+void setLines(const ConfigManager &config) {
+    std::string line = "exec " + shellQuote(appliancePath("/bin/port-line"));
+    for (unsigned number = 1; number <= portCount(config); ++number)
+        if (portSettings(config, number).mode == PortMode::console &&
+            ::access(serialDevice(number).c_str(), F_OK) == 0)
+            line += " " + std::to_string(number);
+    constexpr int patience = 5000; // milliseconds
+    ipipestream lines(line, patience);
+    lines.wait();
 }
 
 } // namespace
@@ -163,6 +170,7 @@ extern const Service conserver = {.name = "conserver",
                                   .checker = checker,
                                   .reload = SIGHUP,
                                   .isHealthy = isHealthy,
+                                  .settle = setLines,
                                   .prepare = makeSecret};
 
 } // namespace zandorin::services

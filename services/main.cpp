@@ -28,12 +28,13 @@
 namespace zandorin::services {
 
 extern const Service conserver;
+extern const Service login;
 extern const Service ser2net;
 extern const Service sshd;
 extern const Service port_service;
 
 std::span<const Service *const> all() {
-    static constexpr std::array services = {&conserver, &port_service, &ser2net, &sshd};
+    static constexpr std::array services = {&conserver, &port_service, &ser2net, &sshd, &login};
     return services;
 }
 
@@ -92,7 +93,9 @@ int showStatus(bool isJson) {
 }
 
 int usage() {
-    std::fputs("usage: zandorin-services apply [NAME...] | write [NAME...] | page PAGE | status [--json]\n", stderr);
+    std::fputs("usage: zandorin-services apply [NAME...] | write [NAME...] | page PAGE | status "
+               "[--json]\n",
+               stderr);
     return 2;
 }
 

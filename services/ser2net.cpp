@@ -54,6 +54,15 @@ std::string accepterOf(const PortSettings &port) {
     return tcp;
 }
 
+/// A network as hosts_access(5) writes it: colons separate its fields, but for those in brackets.
+std::string clientOf(const std::string &network) {
+    if (network.find(':') == std::string::npos)
+        return network;
+    const auto slash = network.find('/');
+    return "[" + network.substr(0, slash) + "]" +
+           (slash == std::string::npos ? "" : network.substr(slash));
+}
+
 bool isOn(const ConfigManager &config) {
     return !networkPorts(config).empty();
 }
@@ -72,7 +81,7 @@ std::vector<File> files(const ConfigManager &config) {
                 std::to_string(port.oneAtATime ? 1 : many) + "\n";
         std::string clients;
         for (const std::string &network : utilities::split(port.allow, ", "))
-            clients += " " + network;
+            clients += " " + clientOf(network);
         if (clients.empty())
             continue;
         allowed += portName(port.number) + ":" + clients + "\n";
@@ -85,12 +94,20 @@ std::vector<File> files(const ConfigManager &config) {
 }
 
 std::string run(const ConfigManager & /*config*/) {
-    return "exec ser2net -d -u -c " + shellQuote(appliancePath("/etc/ser2net/ser2net.yaml")) + "\n";
+    // With an appliance root the tables of the machine are not the appliance's.
+    const std::string tables =
+        applianceRoot().empty()
+            ? ""
+            : "LD_PRELOAD=\"$LD_PRELOAD \"" +
+                  shellQuote(appliancePath("/usr/lib/zandorin/libhosts_tables.so")) +
+                  "\nexport LD_PRELOAD\n";
+    return tables + "exec ser2net -d -u -c " +
+           shellQuote(appliancePath("/etc/ser2net/ser2net.yaml")) + "\n";
 }
 
 bool isHealthy(const ConfigManager &config) {
     for (const PortSettings &port : networkPorts(config))
-        if (!acceptsConnections(port.tcpPort))
+        if (!acceptsConnections("127.0.0.1", port.tcpPort))
             return false;
     return true;
 }

@@ -43,6 +43,8 @@ struct Service {
     int reload = 0;
     /// False while it does not answer yet; null: running is enough.
     bool (*isHealthy)(const ConfigManager &config) = nullptr;
+    /// Done once the daemon has taken its files, for what they cannot say to it; null: nothing.
+    void (*settle)(const ConfigManager &config) = nullptr;
     /// Done before anything else, such as making keys.
     bool (*prepare)(const ConfigManager &config) = nullptr;
 };

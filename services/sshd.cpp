@@ -92,7 +92,8 @@ std::vector<File> files(const ConfigManager &config) {
                        "PermitUserEnvironment no\nMaxSessions 4\nLoginGraceTime 30\n"
                        "ClientAliveInterval 30\nClientAliveCountMax 4\n";
     if (isDevelopment())
-        text += "ListenAddress 127.0.0.1\nSetEnv ZANDORIN_ROOT=" + applianceRoot() + "\n";
+        text +=
+            "ListenAddress " + localAddress() + "\nSetEnv ZANDORIN_ROOT=" + applianceRoot() + "\n";
     if (::access(appliancePath(message_of_the_day).c_str(), R_OK) == 0)
         text += "Banner " + appliancePath(message_of_the_day) + "\n";
     text += "ForceCommand " + appliancePath("/bin/port-menu") + "\n";
@@ -134,7 +135,7 @@ std::vector<std::string> checker(const std::vector<File> &files) {
 }
 
 bool isHealthy(const ConfigManager &config) {
-    return acceptsConnections(sshPort(config));
+    return acceptsConnections(localAddress(), sshPort(config));
 }
 
 } // namespace

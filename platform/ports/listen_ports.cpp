@@ -63,6 +63,14 @@ unsigned sshPort(const ConfigManager &config) {
     return portOf(config, *ssh);
 }
 
+std::string localAddress() {
+    const auto file = applianceRoot().empty()
+                          ? std::nullopt
+                          : readFile(appliancePath("/etc/lighttpd/listen"), 4096);
+    const auto words = utilities::split(file.value_or(""), " \n");
+    return words.empty() ? "127.0.0.1" : words.front();
+}
+
 std::string tcpPortUser(const ConfigManager &config, unsigned tcpPort, unsigned exceptPort) {
     for (const Listener &listener : listeners)
         if (listener.called != nullptr && portOf(config, listener) == tcpPort)

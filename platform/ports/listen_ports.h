@@ -17,6 +17,10 @@ unsigned listenPort(std::string_view name);
 /// Where sshd listens.
 unsigned sshPort(const ConfigManager &config);
 
+/// Where the appliance's own programs reach each other: 127.0.0.1, in development the address that
+/// the file /etc/lighttpd/listen begins with.
+std::string localAddress();
+
 /// Who else uses a TCP port: the label of a serial port in mode network (but `exceptPort`, the
 /// number of the one that asks), or one of the appliance's own services, as people call it ("the
 /// web server", "SSH"). "" when nobody does.

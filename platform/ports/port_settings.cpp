@@ -103,8 +103,9 @@ PortSettings portSettings(const ConfigManager &config, unsigned number) {
     stored.word(".flowcontrol", flows, port.flow);
     port.dtrOnlyInUse = stored.text(".dtr") == "session";
     stored.number(".breaklength", 100, 3000, port.breakLength);
-    if (const char escape = escapeNamed(stored.text(".escape")); escape != '\0')
-        port.escape = escape;
+    if (const std::string letter = stored.text(".escape");
+        letter.size() == 1 && letter[0] >= 'A' && letter[0] <= 'Z')
+        port.escape = static_cast<char>(letter[0] - '@');
     stored.number(".idle", 1, most_minutes, port.idleMinutes);
     stored.word(".log.mode", logs, port.log);
     stored.number(".log.size", 16, 65536, port.logSize);
@@ -128,17 +129,6 @@ std::string_view modeName(PortMode mode) {
 
 std::string escapeName(char escape) {
     return {'^', static_cast<char>(escape ^ 0x40)};
-}
-
-char escapeNamed(std::string_view name) {
-    if (name.size() != 2 || name.front() != '^')
-        return '\0';
-    const char letter =
-        name[1] >= 'a' && name[1] <= 'z' ? static_cast<char>(name[1] - 'a' + 'A') : name[1];
-    // "@" is NUL, "?" DEL (ASCII's own table of control characters).
-    if (letter == '?')
-        return '\x7f';
-    return letter > '@' && letter <= '_' ? static_cast<char>(letter ^ 0x40) : '\0';
 }
 
 std::string serialDevice(unsigned number) {

@@ -64,10 +64,8 @@ PortSettings portSettings(const ConfigManager &config, unsigned number);
 /// The word of the configuration: "console".
 std::string_view modeName(PortMode mode);
 
-/// The escape character as people write it, "^E" for '\x05', and back: the second answers '\0'
-/// for what is none. Control characters but NUL can be one.
+/// The escape character as people write it: "^E" for '\x05'.
 std::string escapeName(char escape);
-char escapeNamed(std::string_view name);
 
 // Where the ports are, on this machine.
 

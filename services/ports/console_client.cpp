@@ -1,7 +1,6 @@
 #include "services/ports/console_client.h"
 
 #include "platform/ports/listen_ports.h"
-#include "util/child_process.h"
 #include "util/files.h"
 #include "util/paths.h"
 #include "util/split.h"
@@ -58,19 +57,19 @@ PortUser userIn(const std::string &text) {
 
 } // namespace
 
-Command consoleCommand(const std::string &user, const std::vector<std::string> &more) {
-    Command command{.arguments = {"console", "-n", "-C", appliancePath("/etc/conserver/console.cf"),
-                                  "-M", "127.0.0.1", "-p", std::to_string(listenPort("conserver")),
-                                  "-l", user, "-E", "-e", escape_name}};
+Command consoleCommand(const std::string &user, const std::string &master,
+                       const std::vector<std::string> &more) {
+    Command command = helperCommand(
+        {"console", "-n", "-C", appliancePath("/etc/conserver/console.cf"), "-M",
+         master.empty() ? localAddress() : master, "-p", std::to_string(listenPort("conserver")),
+         "-l", user, "-E", "-e", escape_name});
     command.arguments.insert(command.arguments.end(), more.begin(), more.end());
-    const ChildEnvironment environment;
-    for (char *const *variable = environment.block(); *variable != nullptr; ++variable)
-        command.environment.emplace_back(*variable);
     return command;
 }
 
-Command openCommand(const std::string &user, const std::string &console, bool watches) {
-    return consoleCommand(user, {watches ? "-S" : "-A", console});
+Command openCommand(const std::string &user, const std::string &master, const std::string &console,
+                    bool watches) {
+    return consoleCommand(user, master, {watches ? "-S" : "-A", console});
 }
 
 std::string breakKeys() {

@@ -13,11 +13,14 @@ namespace zandorin::ports {
 // How conserver's client, console(1), is spoken to: its arguments, its commands among what is
 // typed, its words among what a device sends.
 
-/// console with the appliance's settings, on behalf of `user`. `more` follows.
-Command consoleCommand(const std::string &user, const std::vector<std::string> &more);
+/// console with the appliance's settings, on behalf of `user`. `more` follows. `master` is the
+/// address of the appliance that is asked, "" for this one.
+Command consoleCommand(const std::string &user, const std::string &master,
+                       const std::vector<std::string> &more);
 
 /// Opens the console of that name, its last lines first.
-Command openCommand(const std::string &user, const std::string &console, bool watches);
+Command openCommand(const std::string &user, const std::string &master, const std::string &console,
+                    bool watches);
 
 // Commands among what is typed.
 std::string breakKeys();

@@ -14,7 +14,7 @@ class ConsoleQuery {
   public:
     ConsoleQuery() = default;
     explicit ConsoleQuery(const std::vector<std::string> &arguments)
-        : child_(Child::onTerminal(consoleCommand("root", arguments))) {}
+        : child_(Child::onTerminal(consoleCommand("root", "", arguments))) {}
 
     /// Not everything was read yet.
     bool isRunning() const { return child_.fd() >= 0; }

@@ -39,6 +39,14 @@ bool become(const passwd &account) {
 
 } // namespace
 
+Command helperCommand(std::vector<std::string> arguments) {
+    Command command{.arguments = std::move(arguments)};
+    const ChildEnvironment environment;
+    for (char *const *variable = environment.block(); *variable != nullptr; ++variable)
+        command.environment.emplace_back(*variable);
+    return command;
+}
+
 Child::Child(Child &&other) noexcept
     : fd_(std::move(other.fd_)), pid_(std::exchange(other.pid_, -1)) {}
 

@@ -17,6 +17,9 @@ struct Command {
     std::string account = ""; ///< to run as, where this process may choose; "" for its own
 };
 
+/// The same with what a program of the appliance gets to see of the environment.
+Command helperCommand(std::vector<std::string> arguments);
+
 /// A child in a session of its own. Ending the object ends the child: its terminal hangs up, and
 /// what ignores that is killed with its session.
 class Child {

@@ -6,6 +6,7 @@
 #include "platform/libzdsupport/roles.h"
 #include "platform/ports/port_access.h"
 #include "platform/ports/port_settings.h"
+#include "settings/records.h"
 #include "util/paths.h"
 #include "util/strings.h"
 
@@ -40,10 +41,11 @@ unsigned portIn(std::string_view target) {
     return number && *number > 0 && *number < 10000 ? static_cast<unsigned>(*number) : 0;
 }
 
-bool isConsoleName(std::string_view name) {
-    return !name.empty() && name.front() != '-' &&
-           std::all_of(name.begin(), name.end(), [](char c) {
-               return isAlphanumeric(c) || c == '_' || c == '-' || c == '/';
+/// What is handed to a command as an address is none of its options.
+bool isHost(std::string_view text) {
+    return !text.empty() && text.front() != '-' &&
+           std::all_of(text.begin(), text.end(), [](char c) {
+               return isAlphanumeric(c) || c == '.' || c == '-' || c == ':';
            });
 }
 
@@ -68,11 +70,17 @@ std::string Rights::refusal(Grant &grant) const {
         return "This account is not in use.";
     if (grant.target == "shell")
         return roles_has(roles.get(), "admin") ? "" : "The shell is for administrators.";
-    if (grant.target.find('/') != std::string::npos)
-        return isConsoleName(grant.target) &&
-                       (roles_has(roles.get(), "admin") || roles_has(roles.get(), "ports"))
+    if (const auto slash = grant.target.find('/'); slash != std::string::npos) {
+        const settings::RecordList slaves("config.slaves", "slave");
+        const auto slave = slaves.find(config_, ".name", grant.target.substr(0, slash));
+        grant.console = grant.target.substr(slash + 1);
+        grant.master = slave ? config_.getElement(slaves.keyOf(*slave) + ".address") : "";
+        const bool mayUse = roles_has(roles.get(), "admin") || roles_has(roles.get(), "ports");
+        return mayUse && isHost(grant.master) && portIn(grant.console) > 0
                    ? ""
                    : "There is no such port.";
+    }
+    grant.console = grant.target;
     grant.port = portIn(grant.target);
     if (!mayUsePort(config_, grant.user, grant.port))
         return "There is no such port among yours.";

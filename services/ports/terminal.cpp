@@ -1,8 +1,8 @@
 #include "services/ports/terminal.h"
 
+#include "platform/libzdsupport/child.h"
 #include "platform/ports/port_log.h"
 #include "settings/submission.h"
-#include "util/child_process.h"
 #include "util/fd.h"
 #include "util/log.h"
 #include "util/paths.h"
@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstring>
 #include <ctime>
 
 #include <fcntl.h>
@@ -31,10 +32,9 @@ Command shellCommand(const std::string &user) {
     const std::string shell =
         account == nullptr || *account->pw_shell == '\0' ? "/bin/sh" : account->pw_shell;
     const std::string home = account == nullptr ? "/" : appliancePath(account->pw_dir);
-    Command command{.arguments = {shell, "-l"}, .folder = home, .account = user};
-    const ChildEnvironment environment;
-    for (char *const *variable = environment.block(); *variable != nullptr; ++variable)
-        command.environment.emplace_back(*variable);
+    Command command = helperCommand({shell, "-l"});
+    command.folder = home;
+    command.account = user;
     for (const auto &[name, value] :
          {std::pair{"HOME=", home}, std::pair{"SHELL=", shell}, std::pair{"USER=", user},
           std::pair{"LOGNAME=", user}, std::pair{"TERM=", std::string("xterm-256color")}})
@@ -43,9 +43,9 @@ Command shellCommand(const std::string &user) {
 }
 
 Child startedFor(const Grant &grant) {
-    return Child::onTerminal(grant.target == "shell"
-                                 ? shellCommand(grant.user)
-                                 : openCommand(grant.user, grant.target, grant.watches));
+    return Child::onTerminal(grant.target == "shell" ? shellCommand(grant.user)
+                                                     : openCommand(grant.user, grant.master,
+                                                                   grant.console, grant.watches));
 }
 
 /// As conserver writes its own lines into a log.
@@ -105,8 +105,20 @@ std::int64_t Terminal::idle() const {
 }
 
 void Terminal::sendBreak() {
-    if (writes() && grant_.target != "shell")
+    if (!writes() || grant_.target == "shell")
+        return;
+    if (grant_.port == 0) { // another appliance's, which knows how long it is to be
         toChild_ += breakKeys();
+        return;
+    }
+    // conserver sends breaks of one length only.
+    const std::string program = appliancePath("/bin/port-line");
+    const std::string number = std::to_string(grant_.port);
+    const char *const arguments[] = {program.c_str(), "--break", number.c_str(), nullptr};
+    if (platform::startProgram(arguments, platform::Reaper::init) < 0)
+        logRecord(Priority::error, "A break could not be sent: %s", std::strerror(errno));
+    else
+        addToLog(grant_.port, logLine(concat({grant_.user, "@", grant_.from, " sent a break"})));
 }
 
 void Terminal::takeOver() {

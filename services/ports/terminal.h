@@ -17,6 +17,8 @@ struct Grant {
     std::string from = "";    ///< address
     std::string via = "";     ///< "web" or "ssh"
     std::string target = "";  ///< "port3", "attic/port3", "shell"
+    std::string console = ""; ///< the target's name at its conserver
+    std::string master = "";  ///< address of the appliance that has it; "" for this one
     unsigned port = 0;        ///< of this appliance; 0 for none
     unsigned idleMinutes = 0; ///< without a key, after which who writes is disconnected; 0: never
     bool watches = false;     ///< whatever is typed is dropped

@@ -28,7 +28,7 @@ std::vector<Page> pages() {
         {"AutoResponses", "form=autoresponse", "settings"},
     };
     for (const std::string &id : settingsPages())
-        pages.push_back({id, "form=" + id});
+        pages.push_back({id, formQuery(id)});
     for (const std::string type :
          {"webui_login", "cli_login", "routeddata", "celldata", "sms", "net_ping", "ups_status",
           "power", "alarm", "environmental", "conman", "serial_login", "serial_signal",
@@ -60,7 +60,7 @@ const Fields values_of_names =
              "script=/etc/version&to_addr=a@example.com, b@example.com&gateway_email=s@example.com&"
              "phone=+15550100&phone_number=+15550100&.number=+15550100&from_hour=1&from_min=2&"
              "to_hour=3&to_min=4&nagios.message=tank 7, left&engineid=0x80001f8800%0&"
-             "engineid2=80001F8800%0") +
+             "engineid2=80001F8800%0&.escape=B") +
     Fields{{".ssh_auth_keys", key_one},     {"message", two_lines}, {"body", two_lines},
            {"email.subject", text},         {"pattern", text},      {"argument", text},
            {motd, "<b>Hello</b> & welcome"}};

@@ -119,7 +119,7 @@ INSTANTIATE_TEST_SUITE_P(All, AccessMatrix,
 class EveryPage : public RequestTest {
   protected:
     Response open(const std::string &leaf, const std::string &session = "") {
-        return get("form=" + leaf, login("root", session));
+        return get(formQuery(leaf), login("root", session));
     }
 };
 

@@ -23,7 +23,7 @@ TEST_F(Manage, ShowsEveryoneWhatIsTheirs) {
     } rows[] = {
         {"pmshell",
          {"<h1>My Access</h1>", ">ann&nbsp;<", "Use the serial ports: terminals", ports,
-          "Router, 9600 baud", "&lt;UPS&gt;, not set up yet", "Only this one."},
+          "Router, 9600 baud", "&lt;UPS&gt;, not set up yet", "?form=portaccess"},
          {outlets, devices, "Port 4", "Open every page"}},
         {"power users", {outlets, "Right rack"}, {ports, devices, "Left rack"}},
         {"netgrp", {devices, "&lt;UPS&gt;, Uninterruptible power supply"}, {ports, outlets}},

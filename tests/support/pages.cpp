@@ -108,6 +108,10 @@ std::set<std::string> settingsPages() {
     return pages;
 }
 
+std::string formQuery(const std::string &page) {
+    return "form=" + page + (page == "serialconfig" ? "&port=1" : "");
+}
+
 std::vector<std::string> navigationLeaves() {
     return captures(readFile(ZANDORIN_SOURCE_DIR "/rootfs/home/httpd/nav.xml").value_or(""),
                     "<leaf id=\"([^\"]*)\"");

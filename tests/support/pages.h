@@ -35,6 +35,10 @@ std::vector<DocumentedKey> documentedKeys();
 /// Ids of the pages that it has keys of.
 std::set<std::string> settingsPages();
 
+/// The query that opens the form of a page: of one with a place for each serial port that of the
+/// first.
+std::string formQuery(const std::string &page);
+
 /// Form ids of the navigation tree that the release has.
 std::vector<std::string> navigationLeaves();
 

@@ -48,7 +48,7 @@ def write(out, tree, depth):
 
 def main(rootfs, root, ports, sessions):
     root = pathlib.Path(root)
-    shutil.copytree(rootfs, root)
+    shutil.copytree(rootfs, root, symlinks=True)
     for folder in ("var/run", "var/log", "tmp", "proc"):
         (root / folder).mkdir(parents=True, exist_ok=True)
     (root / "proc/uptime").symlink_to("/proc/uptime")

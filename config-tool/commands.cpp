@@ -117,8 +117,7 @@ Answer remove(Context &context) {
     const auto part = context.catalogue.record(context.config, context.operand(0));
     if (!part)
         return unknown(context.operand(0));
-    settings::RecordList(part->listKey, part->list->word).remove(context.config, part->number);
-    return save(context.config);
+    return saveUnless(settings::deleteRecord(context.config, *part), context.config);
 }
 
 Answer move(Context &context) {
@@ -126,7 +125,7 @@ Answer move(Context &context) {
     const auto part = context.catalogue.record(context.config, key);
     if (!part)
         return unknown(key);
-    const settings::RecordList list(part->listKey, part->list->word);
+    const settings::RecordList list = part->records();
     const auto to = parseWhole(context.operand(1));
     const auto last = static_cast<std::int64_t>(list.numbers(context.config).size());
     if (!part->list->moves)

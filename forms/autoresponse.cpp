@@ -4,10 +4,8 @@
 #include "forms/autoresponse_checks.h"
 #include "platform/libzandorin/config_manager.h"
 #include "settings/problems.h"
-#include "settings/records.h"
 #include "settings/registry.h"
 #include "settings/values.h"
-#include "util/escape.h"
 #include "util/strings.h"
 
 // Rules that watch the appliance and act on it. The service that carries them out is another
@@ -21,9 +19,6 @@ using settings::List;
 using settings::Problems;
 using settings::Section;
 using settings::Values;
-
-constexpr const char *records_key = "config.autoresponse";
-constexpr const char *records_word = "autoresponse";
 
 constexpr const char *no_name = "Please give the auto-response a name.";
 
@@ -87,16 +82,6 @@ constexpr Field times[] = {
     minute(".time_sunday_to_min", "Sunday to, minute"),
 };
 
-void checkName(const Values &values, Problems &problems) {
-    const std::string name = values.after(".name");
-    const settings::RecordList records(records_key, records_word);
-    for (const unsigned number : records.numbers(values.config()))
-        if (!name.empty() && records.keyOf(number) != values.place().keys &&
-            values.config().getElement(records.keyOf(number) + ".name") == name)
-            problems.add(values.place().names + ".name",
-                         "There is another auto-response named '<i>" + encodeSafe(name) + "</i>'.");
-}
-
 /// Of the four fields of a day.
 void checkDay(std::span<const settings::Value *const, 4> day, Problems &problems) {
     constexpr std::int64_t minutes_an_hour = 60;
@@ -113,8 +98,7 @@ void checkDay(std::span<const settings::Value *const, 4> day, Problems &problems
         problems.add(day[2]->name, name + " must end after it begins.");
 }
 
-void checkRecord(const Values &values, Problems &problems) {
-    checkName(values, problems);
+void checkTimes(const Values &values, Problems &problems) {
     std::vector<const settings::Value *> day;
     for (const settings::Value &value : values.all()) {
         // By their keys: the table itself has addresses and is only to be packed.
@@ -129,7 +113,7 @@ void checkRecord(const Values &values, Problems &problems) {
 }
 
 constexpr Section record_sections[] = {
-    {.title = "Auto-Response", .fields = general},
+    {.title = "", .fields = general},
     {.title = "Active Times", .fields = times},
 };
 
@@ -146,7 +130,8 @@ constexpr Column action_columns[] = {
     {.title = "Action Name", .status = nameOf},
     {.title = "Action Type", .key = ".type"},
 };
-constexpr List actionList(const char *key, const char *title, const char *singular) {
+constexpr List actionList(const char *key, const char *typeField, const char *title,
+                          const char *singular) {
     return {.key = key,
             .word = "action",
             .title = title,
@@ -156,14 +141,15 @@ constexpr List actionList(const char *key, const char *title, const char *singul
             .question = "Delete the action '{}' of '{}'?",
             .moves = true,
             .variantKey = ".type",
+            .variantField = typeField,
             .variantWord = "action",
             .unchosen = "Select an action type from the left menu",
             .noVariant = "Unknown Action Type",
             .variants = actions::types};
 }
 constexpr List actions_of_record[] = {
-    actionList(".trigger_actions", "Trigger Actions", "Trigger Action"),
-    actionList(".resolve_actions", "Resolve Actions", "Resolve Action"),
+    actionList(".trigger_actions", "trigger_action_type", "Trigger Actions", "Trigger Action"),
+    actionList(".resolve_actions", "resolve_action_type", "Resolve Actions", "Resolve Action"),
 };
 
 constexpr Column record_columns[] = {
@@ -173,8 +159,8 @@ constexpr Column record_columns[] = {
 };
 
 constexpr List records[] = {
-    {.key = records_key,
-     .word = records_word,
+    {.key = "config.autoresponse",
+     .word = "autoresponse",
      .title = "Configured Auto-Responses",
      .singular = "Auto-Response",
      .empty = "No auto-responses are configured.",
@@ -182,14 +168,18 @@ constexpr List records[] = {
      .columns = record_columns,
      .sections = record_sections,
      .question = "Delete the auto-response '{}' with its check and all of its actions?",
-     .rule = checkRecord,
+     .rule = checkTimes,
      .variantKey = ".check_type",
      .variantWord = "check",
      .unchosen = "Add a new check by selecting a check type from the left menu",
      .noVariant = "No Check type selected",
      .variants = checks::types,
      .lists = actions_of_record,
-     .derive = storeAmounts},
+     .derive = storeAmounts,
+     .command = "cancel",
+     .commandTitle = "Cancel",
+     .commandQuestion = "Cancel what '{}' is doing? Actions that wait are not run, and its status "
+                        "returns to normal."},
 };
 
 constexpr Field global[] = {

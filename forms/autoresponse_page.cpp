@@ -8,9 +8,9 @@
 #include "settings/records.h"
 #include "settings/variants.h"
 #include "ui/inputs.h"
+#include "ui/list_page.h"
 #include "ui/settings_page.h"
 #include "ui/table.h"
-#include "ui/variant_page.h"
 #include "util/escape.h"
 #include "util/log.h"
 #include "util/strings.h"
@@ -24,40 +24,51 @@ namespace zandorin::autoresponse {
 namespace {
 
 using settings::List;
-using settings::Values;
 
 std::vector<Report> reportsOf(const ConfigManager &config, const List &rules) {
     return readReports(settings::RecordList(rules.key, rules.word).next(config) - 1);
 }
 
 /// Only the checks that watch ports take a list of them; any other has one device, in a menu.
-void checkDevices(Cgi &cgi, const settings::Variant &check, const Values &values) {
-    if (std::any_of(check.fields.begin(), check.fields.end(), [](const settings::Field &field) {
+void checkDevices(Engine &engine, const ui::RecordChange &change) {
+    const settings::Variant *check =
+        change.values == nullptr
+            ? nullptr
+            : settings::findVariant(change.list.variants,
+                                    change.values->text(change.list.variantKey));
+    if (check == nullptr ||
+        std::any_of(check->fields.begin(), check->fields.end(), [](const settings::Field &field) {
             return field.input == settings::Input::set;
         }))
         return;
-    const std::string device = concat({values.place().names, ".", check.name, ".dev_refs.dev_ref"});
+    const std::string device =
+        concat({change.values->place().names, ".", check->name, ".dev_refs.dev_ref"});
     unsigned devices = 0;
-    for (unsigned port = 1; port <= portCount(values.config()); ++port)
-        devices += cgi.getVarString(device + std::to_string(port)).raw.empty() ? 0 : 1;
+    for (unsigned port = 1; port <= portCount(engine.config()); ++port)
+        devices += engine.cgi()->getVarString(device + std::to_string(port)).raw.empty() ? 0 : 1;
     if (devices > 1)
-        cgi.addError(concat({"Check type '", check.name, "' is not for multiple devices"}));
+        engine.cgi()->addError(
+            concat({"Check type '", check->name, "' is not for multiple devices"}));
 }
 
 /// The service watches the configuration and takes the command out of it.
-void cancel(Engine &engine, const std::string &name) {
-    engine.config().setElement("config.autoresponse.command", "cancel " + name);
-    engine.cgi()->addMessage("The auto-response service is told to cancel '<i>" + encodeSafe(name) +
-                             "</i>'.");
+void cancel(Engine &engine, const ui::RecordChange &change) {
+    if (change.action != change.list.command)
+        return;
+    engine.config().setElement("config.autoresponse.command", "cancel " + change.name);
+    engine.cgi()->addMessage("The auto-response service is told to cancel '<i>" +
+                             encodeSafe(change.name) + "</i>'.");
 }
 
 /// One row for all days, each from and to, hours and minutes.
-void timesRow(ui::Table &table, const settings::Section &times, Values values) {
+bool timesRow(ui::Table &table, const settings::Section &section,
+              std::span<const settings::Value> values) {
     static constexpr const char *before[] = {"</td><td>", " : ", " to ", " : "};
-    values.add(times.fields);
+    if (*section.title == '\0')
+        return false;
     std::string html = "<table class=\"times\">";
     std::size_t part = 0;
-    for (const settings::Value &value : values.all()) {
+    for (const settings::Value &value : values) {
         const std::string_view label = value.field->label;
         if (part == 0)
             html += concat({"<tr><td>", label.substr(0, label.find(' '))});
@@ -68,38 +79,27 @@ void timesRow(ui::Table &table, const settings::Section &times, Values values) {
         part = (part + 1) % std::size(before);
         html += part == 0 ? "</td></tr>" : "";
     }
-    table.inputRow(times.title, html + "</table>",
+    table.inputRow(section.title, html + "</table>",
                    "Hour and minute, 0:00 to 23:59. A day left empty is active all day.");
-}
-
-ui::VariantHooks hooksOf(Engine &engine, Cgi &cgi) {
-    return {.check = [&cgi](const auto &check,
-                            const Values &values) { checkDevices(cgi, check, values); },
-            .rows = [](ui::Table &table, const auto &section,
-                       const Values &place) { timesRow(table, section, place); },
-            .command = "cancel",
-            .commandTitle = "Cancel",
-            .commandQuestion = "Cancel what '{}' is doing? Actions that wait are not run, and its "
-                               "status returns to normal.",
-            .carryOut = [&engine](const std::string &name) { cancel(engine, name); }};
+    return true;
 }
 
 void renderStatus(Engine &engine, const List &rules) {
     const ConfigManager &config = engine.config();
-    const settings::RecordList records(rules.key, rules.word);
     const std::vector<Report> reports = reportsOf(config, rules);
-    std::vector<ui::TextRow> rows;
-    for (const unsigned number : records.checkedNumbers(config)) {
-        const Report &report = reports[number - 1];
-        const std::string key = records.keyOf(number);
-        rows.push_back(
-            {.texts = {ui::recordName(config, rules, number),
-                       settings::variantTitle(config, rules, key),
-                       report.subject.empty() ? settings::variantSubject(config, rules, key)
-                                              : report.subject,
-                       report.value, report.user, report.status}});
+    std::vector<std::vector<std::string>> rows;
+    for (const settings::Part &rule : ui::listedRecords(config, rules)) {
+        const Report &report = reports[rule.number - 1];
+        const std::string &key = rule.place.keys;
+        std::vector<std::string> &cells = rows.emplace_back();
+        for (const std::string &text :
+             {ui::recordName(config, rule), settings::variantTitle(config, rules, key),
+              report.subject.empty() ? settings::variantSubject(config, rules, key)
+                                     : report.subject,
+              report.value, report.user, report.status})
+            cells.push_back(escapeXmlText(text));
     }
-    ui::textTable(engine, "Auto-Responses",
+    ui::cellTable(engine, "Auto-Responses",
                   {"Name", "Type", "Checked Device/Property", "Event/Measured Value",
                    "User/Device Name", "Status"},
                   rows, rules.empty);
@@ -125,7 +125,15 @@ void define(Engine &engine) {
             return;
         settings::moveOutlets(engine.config());
     }
-    ui::defineVariantPage(engine, *cgi, hooksOf(engine, *cgi));
+    const settings::Page &page = *ui::settingsPage(engine);
+    const bool isApplied =
+        cgi->getRequestMethod() == "POST" && cgi->getVarString("action").raw == "apply";
+    if (ui::isRecordRequest(*cgi, page)) {
+        ui::defineRecords(engine, page, {.check = checkDevices, .store = cancel});
+    } else if (isApplied) {
+        engine.setForceSubmit(true);
+        ui::defineSettings(engine);
+    }
 }
 
 void render(Engine &engine) {
@@ -133,20 +141,23 @@ void render(Engine &engine) {
     Cgi *cgi = requestOf(engine);
     if (cgi == nullptr)
         return;
-    const List &rules = ui::settingsPage(engine)->lists.front();
+    const settings::Page &page = *ui::settingsPage(engine);
+    const List &rules = page.lists.front();
     if (isStatusPage(engine)) {
         renderStatus(engine, rules);
         return;
     }
     settings::moveOutlets(engine.config());
-    ui::VariantHooks hooks = hooksOf(engine, *cgi);
-    std::vector<Report> reports;
-    hooks.cell = [&](unsigned number) {
-        if (reports.empty())
-            reports = reportsOf(engine.config(), rules);
-        return reports[number - 1].status;
-    };
-    ui::renderVariantPage(engine, *cgi, hooks);
+    if (ui::showRecord(engine, page, {.rows = timesRow}))
+        return;
+    const std::vector<Report> reports = reportsOf(engine.config(), rules);
+    ui::showLists(engine, page,
+                  {.note = [&](const settings::Column &column, const settings::Part &rule) {
+                      const bool isStatus = *column.key == '\0' && column.status == nullptr;
+                      return isStatus ? escapeXmlText(reports[rule.number - 1].status) : "";
+                  }});
+    ui::settingsForm(engine, "settings", ui::Chosen(engine, page.chooser), page.sections,
+                     ui::shownValues(engine, page.sections, {}), "Save Settings");
 }
 
 const AutoRegisterFormlet registration("autoresponse", define, render);

@@ -5,7 +5,7 @@
 #include "ui/form.h"
 #include "ui/form_values.h"
 #include "ui/inputs.h"
-#include "ui/record_page.h"
+#include "ui/list_page.h"
 #include "ui/settings_page.h"
 #include "ui/table.h"
 #include "ui/template_functions.h"

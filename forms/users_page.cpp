@@ -6,8 +6,9 @@
 #include "platform/accounts/authorized_keys.h"
 #include "platform/accounts/user_store.h"
 #include "settings/devices.h"
-#include "ui/record_page.h"
+#include "ui/list_page.h"
 #include "ui/settings_page.h"
+#include "util/escape.h"
 #include "util/log.h"
 #include "util/split.h"
 
@@ -21,7 +22,6 @@ namespace zandorin::users {
 namespace {
 
 using settings::Value;
-using ui::quoted;
 using ui::RecordChange;
 
 constexpr const char *root_name = "root";
@@ -237,9 +237,9 @@ void render(Engine &engine) {
     AccountFile accounts;
     accounts.read();
     ui::renderRecords(engine, *ui::settingsPage(engine),
-                      {.note = [&](const settings::List &list, const std::string &key) {
-                          return std::string_view(list.word) == "user"
-                                     ? stateOf(engine.config(), accounts, key)
+                      {.note = [&](const settings::Column &column, const settings::Part &record) {
+                          return std::string_view(column.key) == ".username"
+                                     ? stateOf(engine.config(), accounts, record.place.keys)
                                      : "";
                       }});
 }

@@ -3,7 +3,7 @@
 #include "platform/libzandorin/config_manager.h"
 #include "platform/libzandorin/config_text.h"
 #include "settings/form_check.h"
-#include "settings/records.h"
+#include "settings/record_changes.h"
 #include "settings/rules.h"
 #include "types/predicates.h"
 #include "util/escape.h"
@@ -66,22 +66,15 @@ FormElem elementFor(const Value &value, const std::string &key) {
     return element;
 }
 
-void checkIdentity(const ConfigManager &config, const Part &part, const Values &values,
-                   Problems &problems) {
-    // A name that its page only shows cannot be changed.
-    const Value *shown =
-        part.list == nullptr || *part.list->name == '\0' ? nullptr : values.find(part.list->name);
-    if (shown == nullptr || shown->field->input == Input::note)
+/// All rules of the part but its values' types.
+void checkPart(const ConfigManager &config, const Part &part, const Values &values,
+               Problems &problems) {
+    checkRules(values, part.rule, problems);
+    if (part.list == nullptr)
         return;
-    const std::string name = values.after(part.list->name);
-    const auto found =
-        RecordList(part.listKey, part.list->word).find(config, part.list->name, name);
-    problems.require(!name.empty(), part.place.keys + part.list->name,
-                     "<i>" + values.label(part.list->name) + "</i> is required.");
-    problems.require(name.empty() || !found || *found == part.number,
-                     part.place.keys + part.list->name,
-                     "<i>" + values.label(part.list->name) + "</i> '<i>" + encodeSafe(name) +
-                         "</i>' is used already.");
+    checkVariant(part, values, problems);
+    if (*part.list->name != '\0')
+        checkName(config, part, values.after(part.list->name), problems);
 }
 
 bool contains(const Problems &problems, const Problem &wanted) {
@@ -102,12 +95,9 @@ Problems change(ConfigManager &config, const Part &part, const Changes &changes)
     Problems rules;
     Problems broken;
     Problems problems;
-    checkRules(after, part.rule, rules);
-    checkIdentity(config, part, after, rules);
-    if (!part.isNew()) {
-        checkRules(before, part.rule, broken);
-        checkIdentity(config, part, before, broken);
-    }
+    checkPart(config, part, after, rules);
+    if (!part.isNew())
+        checkPart(config, part, before, broken);
 
     const Fingerprint none("");
     FormCheck check(config, submission, none);
@@ -129,16 +119,26 @@ Problems change(ConfigManager &config, const Part &part, const Changes &changes)
     for (const Problem &problem : rules.all())
         if (!contains(broken, problem))
             problems.add(problem.name, problem.message);
-    if (problems.empty())
-        check.save(config);
+    if (!problems.empty())
+        return problems;
+    const std::string oldName = part.list == nullptr ? "" : nameOf(config, part);
+    check.save(config);
+    if (part.list != nullptr)
+        settleRecord(config, part, oldName);
     return problems;
 }
 
 Problems addRecord(ConfigManager &config, const Part &part, const Changes &changes) {
-    Problems problems = change(config, part, changes);
+    Problems problems;
     problems.require(!changes.empty(), part.listKey, "A record needs a value.");
+    return problems.empty() ? change(config, part, changes) : problems;
+}
+
+Problems deleteRecord(ConfigManager &config, const Part &part) {
+    Problems problems;
+    checkFixed(config, part, "deleted", problems);
     if (problems.empty())
-        RecordList(part.listKey, part.list->word).settle(config);
+        removeRecord(config, part);
     return problems;
 }
 
@@ -149,8 +149,7 @@ Problems checkStored(const ConfigManager &config, const Part &part) {
         if (isSingle(value) && value.field->input != Input::flags && !value.stored.empty() &&
             value.field->type != TypeName("password"))
             acceptsType(elementFor(value, value.key), value.name, value.stored, problems);
-    checkRules(values, part.rule, problems);
-    checkIdentity(config, part, values, problems);
+    checkPart(config, part, values, problems);
     return problems;
 }
 

@@ -25,6 +25,9 @@ Problems change(ConfigManager &config, const Part &part, const Changes &changes)
 /// Adds a record, `part` being one that is not there yet.
 Problems addRecord(ConfigManager &config, const Part &part, const Changes &changes);
 
+/// Deletes a record.
+Problems deleteRecord(ConfigManager &config, const Part &part);
+
 /// Everything that is wrong with a part as it is stored.
 Problems checkStored(const ConfigManager &config, const Part &part);
 

@@ -52,4 +52,9 @@ std::string Fingerprint::text() const {
     return joined;
 }
 
+std::string changedMeanwhile(const std::string &label, const std::string &more) {
+    return "<i>" + label + "</i> was changed by somebody else after this page was opened" + more +
+           ". Nothing was saved; apply again to replace what is stored.";
+}
+
 } // namespace zandorin::settings

@@ -34,4 +34,8 @@ class Fingerprint {
     std::vector<std::string> marks_;
 };
 
+/// Refuses a change of what is not as the page showed it; markup. `label` is markup, too, and so is
+/// `more`, about the two values.
+std::string changedMeanwhile(const std::string &label, const std::string &more = "");
+
 } // namespace zandorin::settings

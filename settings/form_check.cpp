@@ -18,10 +18,6 @@ std::string labelled(const FormElem &element) {
     return "<i>" + element.label + "</i>";
 }
 
-std::string keyOf(const std::string &name, const FormElem &element) {
-    return element.key.empty() ? name : element.key;
-}
-
 bool refusesMarkup(const FormElem &element, const std::string &name, const std::string &value,
                    Problems &problems) {
     if (encodeSafe(value) == value)
@@ -84,7 +80,7 @@ std::string FormCheck::submitted(const std::string &name, const FormElem &elemen
         return *element.given;
     const auto text = submission_.text(name, element.bufferSize());
     return text || submission_.isWhole() ? text.value_or("")
-                                         : config_.getElement(keyOf(name, element));
+                                         : config_.getElement(element.keyAs(name));
 }
 
 /// Of an empty input without a delete box nothing is known: it may have been emptied.
@@ -92,19 +88,19 @@ bool FormCheck::isUntouched(const std::string &name, const FormElem &element,
                             const std::string &value, bool boxed) const {
     if (!fingerprint_.isKnown() || boxed)
         return false;
-    return fingerprint_.holds(name, value, element.isSecret(keyOf(name, element)));
+    return fingerprint_.holds(name, value, element.isSecret(element.keyAs(name)));
 }
 
 bool FormCheck::isConflict(const std::string &name, const FormElem &element,
                            const std::string &value) const {
-    const std::string key = keyOf(name, element);
+    const std::string key = element.keyAs(name);
     const std::string stored = shownValue(element, config_.getElement(key));
     return fingerprint_.isKnown() && element.autoSave && stored != value &&
            !fingerprint_.holds(name, stored, element.isSecret(key));
 }
 
 void FormCheck::check(const std::string &name, const FormElem &element, const std::string &value) {
-    const std::string key = keyOf(name, element);
+    const std::string key = element.keyAs(name);
     // The box of an unsafe input; it has no say over what is not saved at all.
     const bool boxed = value.empty() && element.autoSave &&
                        !submission_.text(name + ".delete", 2).value_or("").empty();
@@ -117,13 +113,12 @@ void FormCheck::check(const std::string &name, const FormElem &element, const st
         return;
     if (isConflict(name, element, value)) {
         const bool isShown = !element.isSecret(key);
-        problems_.add(name, labelled(element) +
-                                " was changed by somebody else after this page was opened" +
-                                (isShown ? ": '<i>" + encodeSafe(config_.getElement(key)) +
-                                               "</i>' is stored now, '<i>" + encodeSafe(value) +
-                                               "</i>' was to be saved"
-                                         : "") +
-                                ". Nothing was saved; apply again to replace what is stored.");
+        problems_.add(name,
+                      changedMeanwhile(element.label,
+                                       isShown ? ": '<i>" + encodeSafe(config_.getElement(key)) +
+                                                     "</i>' is stored now, '<i>" +
+                                                     encodeSafe(value) + "</i>' was to be saved"
+                                               : ""));
         return;
     }
     if (value.empty())

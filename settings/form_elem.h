@@ -25,6 +25,9 @@ struct FormElem {
     std::optional<std::string> given = std::nullopt;
     std::string standard = ""; ///< what the input shows while nothing is stored
 
+    /// The configuration key of the field `name`.
+    const std::string &keyAs(const std::string &name) const { return key.empty() ? name : key; }
+
     /// True when no page and no log record may show the value; `ofKey` is the element's key.
     bool isSecret(const std::string &ofKey) const;
 };

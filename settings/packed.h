@@ -89,9 +89,9 @@ constexpr void members(Like<Mention> auto &mention, auto &use) {
 constexpr void members(Like<List> auto &list, auto &use) {
     use(list.key, list.word, list.title, list.singular, list.empty, list.name, list.columns,
         list.sections, list.question, list.toggle, list.toggled, list.fixed, list.refusal,
-        list.mentions, list.moves, list.copies, list.rule, list.variantKey, list.variantWord,
-        list.unchosen, list.noVariant, list.variants, list.lists, list.text, list.offered,
-        list.derive);
+        list.mentions, list.moves, list.copies, list.rule, list.variantKey, list.variantField,
+        list.variantWord, list.unchosen, list.noVariant, list.variants, list.lists, list.text,
+        list.offered, list.derive, list.command, list.commandTitle, list.commandQuestion);
 }
 constexpr void members(Like<Chooser> auto &chooser, auto &use) {
     use(chooser.variable, chooser.label, chooser.help, chooser.prefix, chooser.options,

@@ -180,18 +180,24 @@ struct List {
     std::span<const Mention> mentions = {};
     bool moves = false; ///< records can be moved up and down
     bool copies = false;
-    Rule rule = nullptr;          ///< across the fields of one record
-    const char *variantKey = "";  ///< "": the records have no variants
+    Rule rule = nullptr;         ///< across the fields of one record
+    const char *variantKey = ""; ///< "": the records have no variants
+    /// Of the field in a form that names the variant; "": made from the key.
+    const char *variantField = "";
     const char *variantWord = ""; ///< what one of them is called: "check"
     const char *unchosen = "";    ///< shown while none is chosen; markup
-    const char *noVariant = "";   ///< refuses a record of none that is known; markup
+    const char *noVariant = "";   ///< refuses a record of none that is known, if not ""; markup
     std::span<const Variant> variants = {};
     std::span<const List> lists = {}; ///< inside each record; keys from "."
     /// Key of the field that took the words of one text, separated by commas, that older releases
     /// kept under the list's key; it becomes records when the list is changed.
     const char *text = "";
     Condition offered = nullptr;
-    Derive derive = nullptr; ///< after every change of a record
+    Derive derive = nullptr; ///< after every change of a record's values
+    // One more thing to be done with a record, after a question, which the page's own code does.
+    const char *command = "";
+    const char *commandTitle = "";    ///< of its links
+    const char *commandQuestion = ""; ///< raw, "{}" in it is the name
 };
 
 /// A page that is about one of several places, which the request names in the field `variable`.

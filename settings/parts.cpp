@@ -1,8 +1,5 @@
 #include "settings/parts.h"
 
-#include "settings/records.h"
-#include "settings/variants.h"
-
 #include <algorithm>
 
 namespace zandorin::settings {
@@ -44,12 +41,10 @@ void addRecords(std::span<const List> lists, const ConfigManager &config, const 
 
 Values Part::values(const ConfigManager &config, const Submission *submission) const {
     Values values(config, submission, place);
-    values.add(sections);
     if (list == nullptr)
-        return values;
-    const Variant *variant = findVariant(list->variants, values.text(list->variantKey));
-    if (variant != nullptr && isOffered(*variant, config))
-        values.add(variant->fields);
+        values.add(sections);
+    else
+        values.add(*list);
     return values;
 }
 

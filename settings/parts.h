@@ -1,6 +1,7 @@
 #pragma once
 
 #include "settings/page.h"
+#include "settings/records.h"
 #include "settings/values.h"
 
 #include <optional>
@@ -21,6 +22,7 @@ struct Part {
     unsigned number = 0; ///< of a record; 0 for one that is not there yet
 
     bool isNew() const { return list != nullptr && number == 0; }
+    RecordList records() const { return {listKey, list->word}; }
 
     /// The values of all fields, a record's variant included, see Values.
     Values values(const ConfigManager &config, const Submission *submission = nullptr) const;

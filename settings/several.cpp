@@ -121,9 +121,7 @@ Problems SharedForm::change(ConfigManager &config, const Submission &submission,
         if (opened.isKnown() && opened.holds(value.name, text, false))
             continue;
         problems.require(!isConflict(value, text, opened), value.name,
-                         std::string("<i>") + value.field->label +
-                             "</i> was changed by somebody else after this page was opened. "
-                             "Nothing was saved; apply again to replace what is stored.");
+                         changedMeanwhile(value.field->label));
         changed.emplace_back(value.field, text);
     }
     for (const std::string &place : places_) {

@@ -3,21 +3,15 @@
 #include "platform/libzandorin/config_manager.h"
 #include "platform/libzandorin/config_text.h"
 #include "settings/records.h"
+#include "settings/variants.h"
 #include "util/files.h"
 #include "util/paths.h"
 #include "util/split.h"
+#include "util/strings.h"
 
 #include <algorithm>
 
 namespace zandorin::settings {
-
-namespace {
-
-bool contains(const std::vector<std::string> &texts, const std::string &text) {
-    return std::find(texts.begin(), texts.end(), text) != texts.end();
-}
-
-} // namespace
 
 bool isUnsafe(const Field &field) {
     return field.input == Input::unsafeText || field.input == Input::unsafeSecret ||
@@ -41,6 +35,23 @@ std::string storedWords(const Value &value) {
         words += option == value.options.end() ? stored : option->label;
     }
     return words;
+}
+
+std::optional<std::string> columnWords(const ConfigManager &config,
+                                       std::span<const Section> sections, const std::string &place,
+                                       std::string_view key) {
+    Values values(config, nullptr, {.names = place, .keys = place});
+    for (const Section &section : sections)
+        for (const Field &field : section.fields)
+            if (field.key == key)
+                values.add({&field, 1});
+    const Value *value = values.find(key);
+    if (value == nullptr)
+        return std::nullopt;
+    if (value->field->input == Input::check)
+        return platform::isTrue(value->stored) ? "yes" : "";
+    const std::string words = storedWords(*value);
+    return words.empty() && !value->options.empty() ? value->options.front().label : words;
 }
 
 std::size_t bufferOf(const Field &field) {
@@ -101,20 +112,42 @@ bool Values::isStored(const When &when) const {
 
 void Values::add(std::span<const Field> fields, const char *suffix) {
     values_.reserve(values_.size() + fields.size());
-    for (const Field &field : fields) {
-        Value value{.field = &field,
-                    .suffix = suffix,
-                    .name = *field.key == '.' ? place_.names + field.key : field.key,
-                    .key = keyOf(field.key, suffix),
-                    .posted = "",
-                    .stored = "",
-                    .text = "",
-                    .submitted = submission_ != nullptr};
-        value.name += suffix;
-        value.posted = postedName(value);
-        read(value);
-        values_.push_back(std::move(value));
-    }
+    for (const Field &field : fields)
+        addValue(field, field.key, suffix);
+}
+
+void Values::add(const List &list) {
+    addGeneral(list);
+    const Value *type = find(list.variantKey);
+    if (type == nullptr)
+        return;
+    const Variant *variant = findVariant(list.variants, type->text);
+    if (variant != nullptr && (type->text == type->stored || isOffered(*variant, config_)))
+        add(variant->fields);
+}
+
+void Values::addGeneral(const List &list) {
+    static constexpr Field type = {.label = "Type"};
+    add(list.sections);
+    if (!list.variants.empty() && find(list.variantKey) == nullptr)
+        addValue(type, list.variantKey, "", list.variantField);
+}
+
+void Values::addValue(const Field &field, const char *key, const char *suffix, const char *name) {
+    Value value{.field = &field,
+                .suffix = suffix,
+                .name = name != nullptr && *name != '\0' ? name
+                        : *key == '.'                    ? place_.names + key
+                                                         : key,
+                .key = keyOf(key, suffix),
+                .posted = "",
+                .stored = "",
+                .text = "",
+                .submitted = submission_ != nullptr};
+    value.name += suffix;
+    value.posted = postedName(value);
+    read(value);
+    values_.push_back(std::move(value));
 }
 
 std::string Values::keyOf(std::string_view key, std::string_view suffix) const {

@@ -3,6 +3,7 @@
 #include "settings/page.h"
 #include "settings/submission.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -54,6 +55,11 @@ class Values {
     /// True when the section is there, on this appliance and at this place.
     bool offers(const Section &section) const;
     void add(std::span<const Field> fields, const char *suffix = "");
+    /// The fields of a record: its sections', the one that names its variant, and the variant's.
+    /// One that this appliance can not have is none, unless it is stored.
+    void add(const List &list);
+    /// The fields of a record without a variant's.
+    void addGeneral(const List &list);
 
     /// Takes in what another place has stored in the same fields. Of a field in which the two
     /// differ the stored value is "", and so is the text unless one was submitted.
@@ -83,6 +89,8 @@ class Values {
     std::string keyOf(std::string_view key, std::string_view suffix = "") const;
 
   private:
+    void addValue(const Field &field, const char *key, const char *suffix,
+                  const char *name = nullptr);
     std::string postedName(const Value &value) const;
     void read(Value &value) const;
     void readFlags(Value &value) const;
@@ -108,6 +116,11 @@ std::string boxName(const Value &value, const Option &option);
 
 /// What is stored in the words of the page, such as the label of the chosen port; raw.
 std::string storedWords(const Value &value);
+/// The same for a column of a table: of a box "yes" or "", of a menu that nothing is stored of its
+/// first choice. None where the sections have no field of that key.
+std::optional<std::string> columnWords(const ConfigManager &config,
+                                       std::span<const Section> sections, const std::string &place,
+                                       std::string_view key);
 
 /// What an input for the field takes, in bytes; one more than its longest text.
 std::size_t bufferOf(const Field &field);

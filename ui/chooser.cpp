@@ -13,24 +13,7 @@
 
 namespace zandorin::ui {
 
-namespace {
-
-/// What is stored in the words of its field; of a menu the first choice holds without.
-std::string wordsOf(const ConfigManager &config, std::span<const settings::Section> sections,
-                    const std::string &place, const char *key) {
-    settings::Values values(config, nullptr, {.names = place, .keys = place});
-    for (const settings::Section &section : sections)
-        for (const settings::Field &field : section.fields)
-            if (std::string_view(field.key) == key)
-                values.add({&field, 1});
-    const settings::Value *value = values.find(key);
-    if (value == nullptr)
-        return "";
-    const std::string words = settings::storedWords(*value);
-    return words.empty() && !value->options.empty() ? value->options.front().label : words;
-}
-
-} // namespace
+namespace {} // namespace
 
 Chosen::Chosen(Engine &engine, const settings::Chooser &chooser) : chooser_(chooser) {
     if (chooser.options == nullptr)
@@ -115,11 +98,13 @@ void Chosen::showTable(Engine &engine, std::span<const settings::Section> sectio
         table.unsafeCell("field-input", checkInput("select." + option.value, false) + " " +
                                             linkTo(engine, option));
         for (const settings::Column &column : chooser_.columns)
-            table.cell("field-input", column.status != nullptr ? column.status(engine.config(), key)
-                                      : *column.key != '\0'
-                                          ? wordsOf(engine.config(), sections, key, column.key)
-                                      : cell ? cell(option, column)
-                                             : "");
+            table.cell(
+                "field-input",
+                column.status != nullptr ? column.status(engine.config(), key)
+                : *column.key != '\0'
+                    ? settings::columnWords(engine.config(), sections, key, column.key).value_or("")
+                : cell ? cell(option, column)
+                       : "");
         table.closeRow();
     }
     table.close();

@@ -22,10 +22,6 @@ constexpr int area_rows = 5;
 constexpr const char *mixed_text = "(different)";
 constexpr int area_cols = 60;
 
-bool contains(const std::vector<std::string> &texts, const std::string &text) {
-    return std::find(texts.begin(), texts.end(), text) != texts.end();
-}
-
 std::string passwordInput(const Value &value) {
     return textInput({.name = value.name,
                       .value = value.stored,

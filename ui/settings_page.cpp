@@ -12,7 +12,7 @@
 #include "ui/form.h"
 #include "ui/form_values.h"
 #include "ui/lines_input.h"
-#include "ui/record_page.h"
+#include "ui/list_page.h"
 #include "ui/setting_input.h"
 #include "ui/several_page.h"
 #include "ui/table.h"
@@ -95,9 +95,7 @@ void checkConflict(Engine &engine, const Value &value) {
     if (isList(value) && opened.isKnown() && value.list != value.storedList &&
         !opened.holds(value.name, stored, false) &&
         !opened.holds(value.name, joined(value.list), false))
-        engine.cgi()->addError(std::string("<i>") + value.field->label +
-                               "</i> was changed by somebody else after this page was opened. "
-                               "Nothing was saved; apply again to replace what is stored.");
+        engine.cgi()->addError(settings::changedMeanwhile(value.field->label));
 }
 
 void saveList(Engine &engine, const std::string &name, const std::string &key,
@@ -196,7 +194,7 @@ void fingerprintInput(Engine &engine, Form &form, const Values &values) {
             fingerprint.add(value.name, joined(value.storedList), false);
         else
             forElements(value, [&](const std::string &name, const FormElem &element) {
-                const std::string &key = element.key.empty() ? name : element.key;
+                const std::string &key = element.keyAs(name);
                 // Only of flags there is one key for each box.
                 const std::string stored =
                     key == value.key ? value.stored : engine.config().getElement(key);
@@ -207,16 +205,35 @@ void fingerprintInput(Engine &engine, Form &form, const Values &values) {
 }
 
 void sectionRows(Engine &engine, Table &table, std::span<const settings::Section> sections,
-                 const Values &values) {
-    auto value = values.all().begin();
+                 const Values &values, const SectionRows &own) {
+    std::span<const Value> rest = values.all();
     for (const settings::Section &section : sections) {
         if (!values.offers(section))
             continue;
+        const auto rows = rest.first(section.fields.size());
+        rest = rest.subspan(rows.size());
+        if (own && own(table, section, rows))
+            continue;
         if (*section.title != '\0')
             table.titleRow(section.title);
-        for (std::size_t row = 0; row < section.fields.size(); ++row)
-            valueRow(engine, table, *value++);
+        for (const Value &value : rows)
+            valueRow(engine, table, value);
     }
+}
+
+void settingsForm(Engine &engine, const std::string &name, const Chosen &chosen,
+                  std::span<const settings::Section> sections, const Values &values,
+                  const std::string &button) {
+    Form form(*engine.cgi(), engine.formId());
+    form.openForm("post", name);
+    Table table(*engine.cgi());
+    table.open();
+    chosen.row(engine, table);
+    sectionRows(engine, table, sections, values);
+    table.applyButtonRow(button);
+    table.close();
+    fingerprintInput(engine, form, values);
+    form.closeForm();
 }
 
 std::string textToBe(Engine &engine, const Value &value) {
@@ -281,16 +298,7 @@ void renderSettings(Engine &engine, const Chosen::Cell &cell) {
         auto &opened = engine.pageValues();
         const Values values =
             opened ? std::move(*opened) : shownValues(engine, page->sections, chosen.place());
-        Form form(*cgi, engine.formId());
-        form.openForm("post", engine.formId());
-        Table table(*cgi);
-        table.open();
-        chosen.row(engine, table);
-        sectionRows(engine, table, page->sections, values);
-        table.applyButtonRow();
-        table.close();
-        fingerprintInput(engine, form, values);
-        form.closeForm();
+        settingsForm(engine, engine.formId(), chosen, page->sections, values);
     }
     showLists(engine, *page);
 }

@@ -4,8 +4,9 @@
 #include "settings/values.h"
 #include "ui/chooser.h"
 
-#include <optional>
+#include <functional>
 #include <span>
+#include <string>
 
 namespace zandorin {
 class Engine;
@@ -49,9 +50,16 @@ void defineValues(Engine &engine, const settings::Values &values, settings::Rule
 settings::Values shownValues(Engine &engine, std::span<const settings::Section> sections,
                              const settings::Place &place);
 
-/// The rows of the sections that are offered, each under its title.
+/// Writes the rows of a section in a way of their own; false when they have none.
+using SectionRows = std::function<bool(Table &table, const settings::Section &section,
+                                       std::span<const settings::Value> values)>;
+/// The rows of the sections that are offered, each under its title. `values` begin with theirs.
 void sectionRows(Engine &engine, Table &table, std::span<const settings::Section> sections,
-                 const settings::Values &values);
+                 const settings::Values &values, const SectionRows &own = nullptr);
+/// The form of these sections, with the name that a page knows it by.
+void settingsForm(Engine &engine, const std::string &name, const Chosen &chosen,
+                  std::span<const settings::Section> sections, const settings::Values &values,
+                  const std::string &button = "Apply");
 /// What will be stored of a value that is one text and declared: the submitted one, or what is
 /// stored by now where its user left it as the page showed it.
 std::string textToBe(Engine &engine, const settings::Value &value);

@@ -4,10 +4,8 @@
 #include "engine/cgi_submission.h"
 #include "engine/engine.h"
 #include "settings/several.h"
-#include "ui/form.h"
 #include "ui/form_values.h"
 #include "ui/settings_page.h"
-#include "ui/table.h"
 #include "util/escape.h"
 
 namespace zandorin::ui {
@@ -74,16 +72,7 @@ void showSeveral(Engine &engine, const settings::Page &page, const Chosen &chose
     const CgiSubmission submission(*engine.cgi());
     const settings::SharedForm shared(page, engine.config(), chosen.keys());
     const settings::Values values = shared.values(showsSubmission(engine) ? &submission : nullptr);
-    Form form(*engine.cgi(), engine.formId());
-    form.openForm("post", engine.formId());
-    Table table(*engine.cgi());
-    table.open();
-    chosen.row(engine, table);
-    sectionRows(engine, table, shared.sections(), values);
-    table.applyButtonRow();
-    table.close();
-    fingerprintInput(engine, form, values);
-    form.closeForm();
+    settingsForm(engine, engine.formId(), chosen, shared.sections(), values);
 }
 
 } // namespace zandorin::ui

@@ -14,41 +14,43 @@
 namespace zandorin::ui {
 
 void fieldRows(Engine &engine, Table &table, std::span<const settings::Field> fields,
-               const settings::Values &place) {
-    settings::Values values = place;
+               settings::Values &values) {
+    const std::size_t first = values.all().size();
     values.add(fields);
-    for (const settings::Value &value : values.all())
-        valueRow(engine, table, value);
+    for (std::size_t at = first; at < values.all().size(); ++at)
+        valueRow(engine, table, values.all()[at]);
 }
 
-void variantRow(Engine &engine, Table &table, std::span<const settings::Variant> variants,
-                const VariantMenu &menu, const settings::Values &place) {
+void variantRow(Engine &engine, Table &table, const settings::List &list,
+                settings::Values &values) {
+    const settings::Value type = *values.find(list.variantKey);
     std::vector<const settings::Variant *> offered;
-    for (const settings::Variant &variant : variants)
-        if (variant.name == menu.chosen || settings::isOffered(variant, engine.config()))
+    for (const settings::Variant &variant : list.variants)
+        if (variant.name == type.text || settings::isOffered(variant, engine.config()))
             offered.push_back(&variant);
     const bool isChosen =
         std::any_of(offered.begin(), offered.end(),
-                    [&](const settings::Variant *variant) { return variant->name == menu.chosen; });
-    const std::string suffix = std::string("_") + menu.menu + "_div";
-    const std::string script = std::string("checkMenuSelect(this.value, '") + menu.menu + "')";
+                    [&](const settings::Variant *variant) { return variant->name == type.text; });
+    const std::string suffix = std::string("_") + list.variantWord + "_div";
+    const std::string script =
+        std::string("checkMenuSelect(this.value, '") + list.variantWord + "')";
     Cgi &cgi = *engine.cgi();
     table.openRow();
     table.openCell("field-label", 0, "top");
     for (const settings::Variant *variant : offered)
         cgi << "<label class=\"type-choice\">" +
-                   radioInput(menu.name, {{variant->name, variant->title}}, menu.chosen, script) +
+                   radioInput(type.name, {{variant->name, variant->title}}, type.text, script) +
                    "</label>";
     // The script takes the button away.
     cgi << "<div class=\"type-select\">" + getApplyButton("select", "Select") + "</div>";
     table.closeCell();
     table.openCell("field-input");
-    cgi << openDiv("none" + suffix, "", !isChosen) << menu.none << closeDiv();
+    cgi << openDiv("none" + suffix, "", !isChosen) << list.unchosen << closeDiv();
     for (const settings::Variant *variant : offered) {
-        cgi << openDiv(variant->name + suffix, "", variant->name == menu.chosen);
+        cgi << openDiv(variant->name + suffix, "", variant->name == type.text);
         table.open();
         table.titleRow(variant->title);
-        fieldRows(engine, table, variant->fields, place);
+        fieldRows(engine, table, variant->fields, values);
         table.close();
         cgi << closeDiv();
     }

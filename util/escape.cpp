@@ -174,6 +174,10 @@ std::string encodeSafe(std::string_view text) {
     return encode(safe_encoding, text);
 }
 
+std::string quoted(std::string_view text) {
+    return "'" + encodeSafe(text) + "'";
+}
+
 std::string encodeUri(std::string_view text) {
     return encode(uri_encoding, text);
 }

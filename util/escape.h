@@ -13,6 +13,9 @@ namespace zandorin {
 /// named entities, every other byte "&#x%02x;".
 std::string encodeSafe(std::string_view text);
 
+/// The same in single quotes: text from outside, as messages name it.
+std::string quoted(std::string_view text);
+
 /// This program's own URI encoding, which is not RFC 3986: bytes outside its set become "%", their
 /// value in decimal with at least two digits, and, below 100, ";".
 std::string encodeUri(std::string_view text);

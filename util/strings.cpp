@@ -27,6 +27,11 @@ bool equalsIgnoreCase(std::string_view a, std::string_view b) {
     return a.size() == b.size() && startsWithIgnoreCase(a, b);
 }
 
+std::string lowerCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), lower);
+    return text;
+}
+
 bool startsWithIgnoreCase(std::string_view text, std::string_view prefix) {
     return text.size() >= prefix.size() &&
            std::equal(prefix.begin(), prefix.end(), text.begin(),
@@ -45,6 +50,10 @@ bool hasControlCharacter(std::string_view text) {
         const auto byte = static_cast<unsigned char>(c);
         return byte < 0x20 || byte == 0x7f;
     });
+}
+
+bool contains(const std::vector<std::string> &texts, std::string_view text) {
+    return std::find(texts.begin(), texts.end(), text) != texts.end();
 }
 
 void append(std::string &text, std::initializer_list<std::string_view> pieces) {

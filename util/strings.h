@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zandorin {
 
@@ -14,6 +15,9 @@ std::string_view trim(std::string_view text);
 /// Equal when ASCII letter case is ignored.
 bool equalsIgnoreCase(std::string_view a, std::string_view b);
 
+/// With small ASCII letters in place of capital ones.
+std::string lowerCase(std::string text);
+
 /// True when `text` begins with `prefix`, ASCII letter case ignored.
 bool startsWithIgnoreCase(std::string_view text, std::string_view prefix);
 
@@ -22,6 +26,9 @@ std::size_t findIgnoringCase(std::string_view text, std::string_view words);
 
 /// True when `text` holds a byte below 0x20 or 0x7f.
 bool hasControlCharacter(std::string_view text);
+
+/// True when one of the texts is `text`.
+bool contains(const std::vector<std::string> &texts, std::string_view text);
 
 /// Adds the pieces one after the other, in memory that is asked for once. None may lie in `text`.
 void append(std::string &text, std::initializer_list<std::string_view> pieces);

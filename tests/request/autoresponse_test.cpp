@@ -1,3 +1,4 @@
+#include "tests/support/pages.h"
 #include "tests/support/request_test.h"
 
 namespace zandorin::test {
@@ -14,18 +15,17 @@ class AutoResponse : public RequestTest {
     Response submit(const Fields &fields) {
         return post(Fields{{"form", "autoresponse"}} + fields);
     }
-    /// An action upon the first record as it is now.
+    /// An action upon the first record.
     Response command(const std::string &action, const Fields &more = {}) {
-        return submit(Fields{{"action", action}, {"index", "1"}, {"opened", opened(1)}} + more);
+        return submit(Fields{{"action", action}, {"index", "1"}, {"opened", "rule"}} + more);
     }
-
-    /// The fingerprint of a record as it is now.
-    std::string opened(int index) {
-        return openedOf(open("&action=modify&index=" + std::to_string(index)));
-    }
-    static std::string openedOf(const Response &page) {
-        const auto found = captures(page.body, "name=\"opened\" value=\"([0-9a-f]{16})\" ");
-        return found.empty() ? "" : found[0];
+    /// What the form sends that nothing was done to.
+    Fields sentBy(const std::string &query, const std::string &form, const std::string &type) {
+        Fields fields;
+        for (const PageField &field : readFields(open(query).body, form, type))
+            if (field.kind != "checkbox" || field.checked)
+                fields.emplace_back(field.name, field.value);
+        return fields;
     }
 
     void makeRecords(const std::vector<std::string> &names) const {
@@ -123,40 +123,55 @@ TEST_F(AutoResponse, DamagedListsCountWhatIsThereAndAreMendedByTheNextChange) {
     EXPECT_EQ(stored(list + "action5"), "");
 }
 
-TEST_F(AutoResponse, StaleSubmissionsAreRefused) {
-    makeRecords({"one", "two", "three"});
-    const std::string second = opened(2);
-    const auto send = [&](const char *name, const std::string &index, const std::string &seen) {
-        const std::string prefix = "config.autoresponse.autoresponse" + index + ".";
-        return submit({{"action", name},
-                       {"index", index},
-                       {"opened", seen},
-                       {"trigger_action_type", "snmp"},
-                       {prefix + "name", "late"},
-                       {prefix + "check_type", "cli_login"}});
-    };
-    EXPECT_TRUE(open("&action=cancel&index=1").has("Cancel what 'one' is doing?"));
+TEST_F(AutoResponse, LinksActOnlyAfterAQuestion) {
+    makeRecords({"rule", "two"});
+    EXPECT_TRUE(open("&action=cancel&index=1").has("Cancel what 'rule' is doing?"));
     EXPECT_EQ(stored("config.autoresponse.command"), "") << "a link commands nothing";
     command("cancel");
-    EXPECT_EQ(stored("config.autoresponse.command"), "cancel one");
-    // Somebody deletes the first: the second is now what the third was, and the third is none.
-    EXPECT_TRUE(open("&action=delete&index=1").has("Delete the auto-response 'one'"));
-    EXPECT_EQ(stored("config.autoresponse.total"), "3") << "a link deletes nothing";
-    send("delete", "1", opened(1));
-    EXPECT_EQ(stored("config.autoresponse.total"), "2");
-    EXPECT_EQ(stored("config.autoresponse.autoresponse2.name"), "three");
-    EXPECT_EQ(stored("config.autoresponse.autoresponse3"), "");
-    const std::string before = configuration();
-    for (const char *name : {"apply", "delete", "cancel", "trigger_new", "trigger_save"}) {
-        const Response changed = send(name, "2", second);
-        EXPECT_TRUE(changed.has("was changed after this page was opened")) << name;
-        EXPECT_TRUE(send(name, "2", "").has("was changed after this page")) << name;
-        EXPECT_TRUE(send(name, "3", second).has("no such auto-response any more")) << name;
-        EXPECT_EQ(std::string(name) == "apply", changed.has("value=\"late\"")) << name;
-    }
-    EXPECT_EQ(configuration(), before);
-    // What a refused page shows again stays refused.
-    EXPECT_EQ(openedOf(send("apply", "2", second)), second);
+    EXPECT_EQ(stored("config.autoresponse.command"), "cancel rule");
+    EXPECT_TRUE(open("&action=delete&index=1").has("Delete the auto-response 'rule'"));
+    EXPECT_EQ(stored("config.autoresponse.total"), "2") << "a link deletes nothing";
+    command("delete");
+    EXPECT_EQ(stored("config.autoresponse.total"), "1");
+}
+
+TEST_F(AutoResponse, PagesThatWereOpenedEarlierHitTheirRecordAndNoOther) {
+    makeRecords({"one", "rule", "three"});
+    const std::string rule = "&action=modify&index=2";
+    const std::string key = "config.autoresponse.autoresponse2.";
+    const Fields page = sentBy(rule, "autoresponse", "alarm");
+    addAction("snmp", "first"); // refused: that record is another one
+    EXPECT_EQ(stored(key + "trigger_actions"), "");
+    // Meanwhile somebody changes one field, and deletes the record before it.
+    configure(key + "reset_timeout", "9");
+    submit({{"action", "delete"}, {"index", "1"}, {"opened", "one"}});
+    EXPECT_EQ(submit(Fields{{key + "repeat_timeout", "7"}} + page).boxes(), "");
+    EXPECT_EQ(stored(record1 + "reset_timeout") + stored(record1 + "repeat_timeout"), "97");
+    EXPECT_EQ(submit(Fields{{key + "reset_timeout", "8"}} + page).boxes(),
+              "<i>Reset Timeout (seconds)</i> was changed by somebody else after this page was "
+              "opened: '<i>9</i>' is stored now, '<i>8</i>' was to be saved. Nothing was saved; "
+              "apply again to replace what is stored.");
+    // The check became another one: what its panel sends belongs to neither.
+    configure(record1 + "check_type", "webui_login");
+    EXPECT_TRUE(submit(page).has("<i>Type</i> was changed by somebody else"));
+    EXPECT_EQ(stored(record1 + "check_type"), "webui_login");
+    command("delete");
+    EXPECT_TRUE(
+        submit(page).has("There is no such auto-response; it may have been deleted meanwhile."));
+    EXPECT_TRUE(submit({{"action", "delete"}, {"index", "1"}}).has("The list has changed"));
+    EXPECT_EQ(stored("config.autoresponse.total"), "1");
+}
+
+TEST_F(AutoResponse, PanelsThatWereOpenedEarlierHitTheirActionAndNoOther) {
+    makeRecords({"rule"});
+    for (const char *name : {"one", "two"})
+        addAction("snmp", name);
+    const Fields second = sentBy("&action=trigger&index=1&modify_index=2", "action", "");
+    command("delete", formData("list=trigger&modify_index=1"));
+    submit(Fields{{"trigger.2.snmp.name", "zwei"}} + second);
+    EXPECT_EQ(stored(record1 + "trigger_actions.action1.snmp.name"), "zwei");
+    expectLog("Modifying action out of range");
+    EXPECT_TRUE(submit(second).has(gone)) << "it is another one by now";
 }
 
 } // namespace

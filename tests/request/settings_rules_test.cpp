@@ -253,7 +253,7 @@ TEST_F(SettingsRules, AutoResponses) {
            {".name=rule&.check_type=sms" + apply, "No Check type selected"},
            {".name= &.check_type=cli_login" + apply, "Please give the auto-response a name."},
            {".name=first&.check_type=cli_login" + apply,
-            "There is another auto-response named '<i>first</i>'."},
+            "There is an auto-response 'first' already."},
            {".name=a<b>&.check_type=cli_login" + apply, "<i>Name</i> can not contain markup."},
            {".name=rule&.check_type=net_ping&.net.ping.address=a_b" + apply,
             "<i>Address to Ping</i> must be assigned a <i>Network Address</i>. The value "

@@ -176,7 +176,7 @@ TEST_F(Settings, RulesOfATable) {
 }
 
 constexpr Field record_fields[] = {
-    {.label = "Name", .key = ".name", .type = "alphanum"},
+    {.label = "Name", .key = ".name", .type = "alphanum", .missing = "<i>Name</i> is required."},
     {.label = "Secret", .key = ".secret", .type = "password", .input = Input::password},
     {.label = "Again", .key = ".again", .input = Input::confirmation, .confirms = ".secret"},
     {.label = "Kind", .key = ".kind"},
@@ -207,7 +207,7 @@ TEST_F(Settings, ACommandChangesRecordsUnderTheRulesOfTheirTable) {
     };
     EXPECT_EQ(add({{".name", "ann"}, {".secret", "hush"}}), "");
     EXPECT_EQ(add({{".name", "bea"}, {".kind", "deep"}, {".depth", "5"}}), "");
-    EXPECT_EQ(add({{".name", "ann"}}), "<i>Name</i> '<i>ann</i>' is used already.");
+    EXPECT_EQ(add({{".name", "ann"}}), "There is an item 'ann' already.");
     EXPECT_EQ(add({{".kind", "flat"}}), "<i>Name</i> is required.");
     EXPECT_EQ(add({{".name", "dan"}, {".kind", "deep"}, {".depth", "10"}}),
               "<i>Depth</i> must be 1 to 9.");

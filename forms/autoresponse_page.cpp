@@ -127,7 +127,8 @@ void define(Engine &engine) {
     }
     const settings::Page &page = *ui::settingsPage(engine);
     const bool isApplied =
-        cgi->getRequestMethod() == "POST" && cgi->getVarString("action").raw == "apply";
+        cgi->getRequestMethod() == "POST" &&
+        (engine.formWasSubmitted() || cgi->getVarString("action").raw == "apply");
     if (ui::isRecordRequest(*cgi, page)) {
         ui::defineRecords(engine, page, {.check = checkDevices, .store = cancel});
     } else if (isApplied) {

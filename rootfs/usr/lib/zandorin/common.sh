@@ -33,3 +33,10 @@ replace() (
     trap 'rm -f "$new"' EXIT
     "$@" >"$new" && chmod "$mode" "$new" && sync "$new" && mv -f "$new" "$file"
 )
+
+# tell_daemons: has the daemons of the page that this configurator is named after take what is stored. Where the
+# daemons are not installed there is nobody to tell.
+tell_daemons() {
+    if [ ! -x "$root/bin/zandorin-services" ]; then return 0; fi
+    "$root/bin/zandorin-services" page "${0##*/}"
+}

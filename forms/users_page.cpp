@@ -21,7 +21,6 @@
 namespace zandorin::users {
 namespace {
 
-using settings::Value;
 using ui::RecordChange;
 
 constexpr const char *root_name = "root";
@@ -38,16 +37,16 @@ bool isRoot(const RecordChange &change) {
 }
 
 bool joins(const std::vector<std::string> &groups, const std::vector<std::string> &before = {}) {
-    const auto names = utilities::split(clear_password_groups, ", ");
-    return std::any_of(names.begin(), names.end(), [&](const std::string &name) {
-        return std::count(groups.begin(), groups.end(), name) >
-               std::count(before.begin(), before.end(), name);
-    });
+    for (const std::string &name : utilities::split(clear_password_groups, ", "))
+        if (std::count(groups.begin(), groups.end(), name) >
+            std::count(before.begin(), before.end(), name))
+            return true;
+    return false;
 }
 
 /// The submitted password when it is a new one; "" when the account is to have none.
 std::optional<std::string> newPassword(const RecordChange &change) {
-    const Value *password = change.values->find(".password");
+    const auto *password = change.values->find(".password");
     if (password == nullptr)
         return std::nullopt;
     if (password->text != settings::password_placeholder)
@@ -62,7 +61,7 @@ std::optional<std::string> newPassword(const RecordChange &change) {
 void checkPassword(Engine &engine, Cgi &cgi, const RecordChange &change) {
     const std::string name = change.nameToBe();
     const auto password = newPassword(change);
-    const Value &groups = *change.values->find(".groups");
+    const auto &groups = *change.values->find(".groups");
     if (change.values->text(".password") != change.values->text(".confirm"))
         cgi.addError("Password mismatch for user: " + quoted(name));
     if (!password) {
@@ -138,7 +137,7 @@ bool applyAccount(Engine &engine, const RecordChange &change) {
 
 /// The keys as they will be, where the file follows them: from their first change here on.
 bool applyKeys(Engine &engine, const RecordChange &change) {
-    const Value &stored = *change.values->find(".ssh_auth_keys");
+    const auto &stored = *change.values->find(".ssh_auth_keys");
     const std::string keys = ui::textToBe(engine, stored);
     if (keys == stored.stored &&
         !engine.config().getBoolean(change.key + ".ssh_auth_keys_modified"))
@@ -150,7 +149,7 @@ bool applyKeys(Engine &engine, const RecordChange &change) {
 const char *saveUser(Engine &engine, const RecordChange &change) {
     if (!applyAccount(engine, change) || !applyKeys(engine, change))
         return "The user's login account could not be changed.";
-    const Value *disabled = change.values->find(".disabled");
+    const auto *disabled = change.values->find(".disabled");
     const bool ends = newPassword(change) || change.nameToBe() != change.name ||
                       (disabled != nullptr && !ui::textToBe(engine, *disabled).empty());
     if (!change.name.empty() && ends)
@@ -200,7 +199,7 @@ void store(Engine &engine, const RecordChange &change) {
         config.setElement(change.key + ".password", "x");
         config.delElement(change.key + ".plaintext_password");
     }
-    const Value &keys = *change.values->find(".ssh_auth_keys");
+    const auto &keys = *change.values->find(".ssh_auth_keys");
     if (config.getElement(keys.key) != keys.stored)
         config.setElement(change.key + ".ssh_auth_keys_modified", true);
 }

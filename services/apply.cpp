@@ -228,7 +228,7 @@ Result apply(const Service &service, const ConfigManager &config, Daemons daemon
     const UniqueFd lock = lockFile(lockPath);
     if (!lock)
         return {.outcome = Outcome::failed, .words = "Another change of it does not end."};
-    const Result result = change(service, config, daemons);
+    Result result = change(service, config, daemons);
     keep(service.name, result);
     if (result.outcome == Outcome::refused || result.outcome == Outcome::failed)
         logRecord(Priority::error, "Service '%s' did not take its settings: %s", service.name,

@@ -109,6 +109,7 @@ std::vector<File> files(const ConfigManager &config) {
             "default * { master localhost; }\n";
     const auto names = knownUsers(config);
     std::vector<PortAccess> access;
+    access.reserve(names.size());
     for (const std::string &name : names)
         access.emplace_back(config, name);
     for (unsigned number = 1; number <= portCount(config); ++number) {

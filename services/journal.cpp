@@ -27,7 +27,7 @@ bool keep(const std::string &path) {
 
 } // namespace
 
-Journal::Journal(std::string service)
+Journal::Journal(const std::string &service)
     : path_(appliancePath("/etc/service/.journal-" + service)), closedPath_(path_ + "-closed") {}
 
 bool Journal::swap(const std::vector<File> &files) {

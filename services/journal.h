@@ -13,7 +13,7 @@ namespace zandorin::services {
 /// files are gone.
 class Journal {
   public:
-    explicit Journal(std::string service);
+    explicit Journal(const std::string &service);
 
     /// Puts the candidates of these files (see candidatePath) in their places. False, with all as
     /// it was, when that failed.

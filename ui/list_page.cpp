@@ -59,7 +59,7 @@ void sayMissing(Cgi &cgi, const ConfigManager &config, const ListRequest &reques
 
 /// What the request is about; none, with an error, when that is not there.
 std::optional<Part> findPart(Cgi &cgi, const ConfigManager &config, const ListRequest &request) {
-    const auto record = requestedRecord(config, request);
+    auto record = requestedRecord(config, request);
     if (!record)
         sayMissing(cgi, config, request);
     if (!record || !request.isAboutEntry())

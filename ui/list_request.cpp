@@ -209,15 +209,14 @@ std::vector<Part> listedRecords(const ConfigManager &config, const List &list, c
 void closeRecordForm(const ConfigManager &config, Form &form, const ListRequest &request,
                      const Part &record, const Part *entry) {
     // A submission that was refused goes on being about what it was opened as.
-    const auto shown = [&](const Part &part, const Meant &meant) {
+    const auto shown = [&](const List &list, const Part &part, const Meant &meant) {
         const bool isAgain = request.submitted && meant.index != 0;
         const bool isNext = part.isNew() && !isNested(*request.list);
-        return At{*part.list, isAgain  ? meant.index
-                              : isNext ? part.records().next(config)
-                                       : part.number};
+        return At{list, isAgain ? meant.index : isNext ? part.records().next(config) : part.number};
     };
-    const At shownRecord = shown(record, request.record);
-    const At shownEntry = entry == nullptr ? shownRecord : shown(*entry, request.entry);
+    const At shownRecord = shown(*request.list, record, request.record);
+    const At shownEntry =
+        entry == nullptr ? shownRecord : shown(*request.inner, *entry, request.entry);
     for (const auto &[name, value] :
          commandFields(request.action, shownRecord, entry == nullptr ? nullptr : &shownEntry, true))
         form.hiddenInput(name, value);

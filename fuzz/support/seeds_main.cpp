@@ -86,7 +86,7 @@ int main(int argc, char **argv) {
     for (const std::string &seed : seeds)
         run(seed);
     Mutator mutator(std::move(seeds));
-    for (int left = std::atoi(argv[2]); left > 0; --left)
+    for (long left = std::strtol(argv[2], nullptr, 10); left > 0; --left)
         run(mutator.next());
     return EXIT_SUCCESS;
 }

@@ -17,6 +17,7 @@ template <typename Value> struct Word {
     std::string_view word;
     Value value;
 };
+template <typename Value> Word(const char *, Value) -> Word<Value>;
 
 constexpr std::array modes = {
     Word{"off", PortMode::off},         Word{"console", PortMode::console},

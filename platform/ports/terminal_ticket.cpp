@@ -64,7 +64,7 @@ void sweep() {
 
 std::string takeLine(std::string_view &text) {
     const auto end = text.find('\n');
-    const std::string line(text.substr(0, end));
+    std::string line(text.substr(0, end));
     text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
     return line;
 }

@@ -41,7 +41,7 @@ std::string lineOf(const PortSettings &port) {
 std::string accepterOf(const PortSettings &port) {
     // Who may connect is asked of tcp_wrappers by the port's name, see hosts_access(5).
     std::string tcp = "tcp(nodelay=true,tcpd=on,tcpdname=" + portName(port.number) + ")," +
-                            std::to_string(port.tcpPort);
+                      std::to_string(port.tcpPort);
     switch (port.protocol) {
     case PortProtocol::telnet:
         return "telnet(rfc2217=true)," + tcp;

@@ -34,11 +34,14 @@ class Several : public RequestTest {
         return sent;
     }
 
-    std::string answerTo(const Fields &sent) { return post(sent).part("Changes to configuration ", "</p>"); }
+    std::string answerTo(const Fields &sent) {
+        return post(sent).part("Changes to configuration ", "</p>");
+    }
 };
 
 TEST_F(Several, WhatIsLeftAloneStaysAtEach) {
-    EXPECT_EQ(answerTo(form("3-4, 6", {{"charsize", "7"}})), "Changes to configuration succeeded.</p>");
+    EXPECT_EQ(answerTo(form("3-4, 6", {{"charsize", "7"}})),
+              "Changes to configuration succeeded.</p>");
     for (const unsigned port : {3, 4, 6})
         EXPECT_EQ(stored(of(port, "charsize")), "7") << port;
     EXPECT_EQ(stored(of(5, "charsize")), "");

@@ -87,6 +87,10 @@ bool Engine::formWasSubmitted() const {
     return (cgi_ && !cgi_->getVarString("apply").raw.empty()) || forceSubmit_;
 }
 
+std::string Engine::attempt() const {
+    return cgi_ && !formWasSubmitted() ? cgi_->getVarString("try").raw : "";
+}
+
 bool Engine::isFile(const std::string &path) {
     struct stat status = {};
     return ::stat(appliancePath(path).c_str(), &status) == 0 && S_ISREG(status.st_mode);

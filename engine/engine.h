@@ -75,6 +75,15 @@ class Engine : public ConfigManagerListener {
     void setForceSubmit(bool force) { forceSubmit_ = force; }
     bool formWasSubmitted() const;
 
+    /// Which of the page's attempts was asked for (see settings/page.h); "" for none. Such a
+    /// request is checked as a submission is, and changes nothing.
+    std::string attempt() const;
+    /// What the request would store if it were a submission: keys with new values, "" for what it
+    /// would delete. Known once an attempt was checked; with passwords.
+    const std::vector<std::pair<std::string, std::string>> &typedChanges() const {
+        return typedChanges_;
+    }
+
     /// True when the appliance's file `path` is there and is a regular file, or a link that leads
     /// to one.
     static bool isFile(const std::string &path);
@@ -176,6 +185,7 @@ class Engine : public ConfigManagerListener {
     std::vector<std::function<void()>> effects_;
     std::vector<std::function<void()>> derived_;
     std::vector<std::function<void(bool)>> written_;
+    std::vector<std::pair<std::string, std::string>> typedChanges_;
     std::optional<settings::LoadedPage> pageTable_;
     std::optional<settings::Values> pageValues_;
     UniqueFd settingsLock_; ///< held from lockSettings until the form is saved

@@ -85,8 +85,11 @@ void Engine::validateForm() {
     }
     for (const settings::Problem &problem : check.problems().all())
         request->addError(problem.message);
-    if (!formWasSubmitted())
+    if (!formWasSubmitted()) {
+        if (!attempt().empty())
+            typedChanges_ = check.changes();
         return;
+    }
     for (const auto &effect : effects_)
         if (!request->hasErrors())
             effect();

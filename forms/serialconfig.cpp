@@ -218,6 +218,7 @@ constexpr Page page = {
                 .unknown = "No such port: ",
                 .columns = columns,
                 .title = "Serial Ports"},
+    .services = "conserver ser2net",
 };
 
 const AutoRegisterPage registration("serialconfig", packed<page>());

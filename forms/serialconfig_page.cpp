@@ -1,15 +1,12 @@
 #include "cgi/cgi.h"
 #include "engine/engine.h"
 #include "engine/formlet.h"
-#include "platform/libzandorin/service_history.h"
 #include "platform/ports/port_settings.h"
 #include "platform/ports/port_status.h"
-#include "ui/page.h"
 #include "ui/port_words.h"
 #include "ui/settings_page.h"
 #include "util/escape.h"
 #include "util/strings.h"
-#include "util/times.h"
 
 #include <optional>
 
@@ -33,18 +30,7 @@ class States {
     std::optional<std::vector<PortState>> states_;
 };
 
-/// What the daemons of the ports said to what was stored last.
-void showRefusals(Cgi &cgi) {
-    for (const char *service : {"conserver", "ser2net"})
-        if (const ServiceHistory history = serviceHistory(service); !history.words.empty())
-            cgi << ui::getError("The settings of " + localTime(history.refused) +
-                                " were not taken; those before them go on. " +
-                                encodeSafe(history.words));
-}
-
 void render(Engine &engine) {
-    if (Cgi *cgi = engine.requireCgi())
-        showRefusals(*cgi);
     States states;
     ui::renderSettings(engine, [&](const settings::Option &place, const settings::Column &column) {
         const auto number = static_cast<unsigned>(leadingNumber(place.value));

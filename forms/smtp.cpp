@@ -21,7 +21,8 @@ constexpr Field server[] = {
               "1 to 65535. Empty: 25, with STARTTLS 587, with TLS from the start 465.",
               "25, 587 or 465"),
     menuField("Secure Connection", "config.system.smtp.security", securities,
-              "How the connection to the server is encrypted."),
+              "How the connection to the server is encrypted. Without encryption only logins that "
+              "hide the password are tried."),
 };
 
 constexpr Field mail[] = {
@@ -52,7 +53,19 @@ constexpr Section sections[] = {
     {"Server Login", login},
 };
 
-constexpr Page page = {.sections = sections};
+constexpr Field recipient[] = {
+    {.label = "Recipient",
+     .key = "config.try.to",
+     .type = "email",
+     .help = "Who gets the test mail."},
+};
+constexpr Attempt attempts[] = {{.service = "smtp",
+                                 .name = "mail",
+                                 .title = "Test Mail",
+                                 .button = "Send a Test Mail",
+                                 .fields = recipient}};
+
+constexpr Page page = {.sections = sections, .attempts = attempts, .services = "smtp"};
 
 const AutoRegisterPage registration("smtp", packed<page>());
 

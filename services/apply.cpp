@@ -1,7 +1,7 @@
 #include "services/apply.h"
 
 #include "platform/libzandorin/config_manager.h"
-#include "platform/libzandorin/service_history.h"
+#include "platform/libzandorin/service_state.h"
 #include "services/journal.h"
 #include "services/supervisor.h"
 #include "util/files.h"
@@ -45,6 +45,8 @@ bool makeFolders(const std::string &path) {
 /// Where the daemon's script and its output are. runit's logger keeps a few small files.
 std::vector<File> supervisionFiles(const Service &service, const ConfigManager &config) {
     constexpr mode_t executable = 0755;
+    if (service.run == nullptr)
+        return {};
     const std::string folder = std::string("/etc/service/") + service.name;
     const std::string log = appliancePath(std::string("/var/log/services/") + service.name);
     return {{.path = folder + "/run",
@@ -105,15 +107,20 @@ bool takeFiles(const Service &service, const ConfigManager &config, bool isNewSc
 }
 
 bool take(const Service &service, const ConfigManager &config, bool isNewScript) {
-    const bool isTaken = takeFiles(service, config, isNewScript);
+    const bool isTaken = service.run == nullptr || takeFiles(service, config, isNewScript);
     if (isTaken && service.settle != nullptr)
         service.settle(config);
     return isTaken;
 }
 
+bool isElsewhere(const Service &service) {
+    return service.isMachines && !applianceRoot().empty();
+}
+
 /// Has the supervisor know a service that is off: it takes its time to find a new one.
 void prepareFolder(const Service &service, const ConfigManager &config) {
-    if (::access(serviceFolder(service.name).c_str(), F_OK) == 0)
+    if (service.run == nullptr || isElsewhere(service) ||
+        ::access(serviceFolder(service.name).c_str(), F_OK) == 0)
         return;
     for (const File &file : supervisionFiles(service, config))
         if (makeFolders(appliancePath(file.path)))
@@ -173,7 +180,7 @@ Result change(const Service &service, const ConfigManager &config, Daemons daemo
     const std::vector<File> scripts = changedFiles(supervisionFiles(service, config));
     std::vector<File> files = changedFiles(own);
     files.insert(files.end(), scripts.begin(), scripts.end());
-    const bool runs = processOf(service.name) > 0;
+    const bool runs = service.run == nullptr || isElsewhere(service) || processOf(service.name) > 0;
     if (files.empty() && runs && !wasBroken)
         return {.outcome = Outcome::unchanged};
     // A checker may want all of them, also those that stay as they are.
@@ -187,6 +194,14 @@ Result change(const Service &service, const ConfigManager &config, Daemons daemo
         return result;
     if (!isSwapped)
         return {.outcome = Outcome::failed, .words = "Its files could not be replaced."};
+    if (isElsewhere(service)) {
+        journal.close();
+        return {.outcome = Outcome::elsewhere};
+    }
+    if (service.run == nullptr && take(service, config, false)) {
+        journal.close();
+        return {.outcome = Outcome::applied};
+    }
     if (daemons == Daemons::later || ::access(appliancePath("/var/service").c_str(), W_OK) != 0) {
         enable(service.name); // without a supervisor the files are all there is
         journal.close();
@@ -210,8 +225,10 @@ void keep(const std::string &name, const Result &result) {
     const bool isRefused = result.outcome == Outcome::refused || result.outcome == Outcome::failed;
     if (isRefused)
         history.refused = now;
-    else if (result.outcome == Outcome::applied)
+    else if (result.outcome == Outcome::applied || result.outcome == Outcome::elsewhere) {
         history.changed = now;
+        history.isElsewhere = result.outcome == Outcome::elsewhere;
+    }
     history.words = isRefused ? result.words : "";
     keepServiceHistory(name, history);
 }

@@ -16,9 +16,10 @@ namespace zandorin::services {
 enum class Outcome : std::uint8_t {
     unchanged, ///< the files say what is stored already; the daemon was left alone
     applied,
-    off,     ///< the daemon is not needed and does not run
-    refused, ///< by its checker, or it did not come up: all is as it was before
-    failed,  ///< files could not be written: all is as it was before
+    elsewhere, ///< its files are in place; it is the machine's own, and this is another root
+    off,       ///< the daemon is not needed and does not run
+    refused,   ///< by its checker, or it did not come up: all is as it was before
+    failed,    ///< files could not be written: all is as it was before
 };
 
 struct Result {
@@ -31,7 +32,7 @@ enum class Daemons : std::uint8_t { now, later };
 
 /// Brings one service in line with the configuration; waits until its daemon answers, ten seconds
 /// at most. Only one at a time for each service: others wait. Keeps the result for the pages, see
-/// platform/libzandorin/service_history.h.
+/// platform/libzandorin/service_state.h.
 Result apply(const Service &service, const ConfigManager &config, Daemons daemons = Daemons::now);
 
 } // namespace zandorin::services

@@ -1,7 +1,8 @@
 #include "platform/libzandorin/config_manager.h"
-#include "platform/libzandorin/service_history.h"
+#include "platform/libzandorin/service_state.h"
 #include "services/apply.h"
 #include "services/supervisor.h"
+#include "util/files.h"
 #include "util/json.h"
 #include "util/log.h"
 #include "util/split.h"
@@ -23,6 +24,8 @@
 //     zandorin-services write            only the files, before the supervisor is started
 //     zandorin-services page PAGE        those of a page, as its configurator calls it
 //     zandorin-services status [--json]  a line for each
+//     zandorin-services try NAME ATTEMPT [FILE]  such as a test mail, with values that are not
+//                                        stored: keys and values in turn, each ended by a NUL
 //
 
 namespace zandorin::services {
@@ -32,9 +35,11 @@ extern const Service login;
 extern const Service ser2net;
 extern const Service sshd;
 extern const Service port_service;
+extern const Service smtp;
 
 std::span<const Service *const> all() {
-    static constexpr std::array services = {&conserver, &port_service, &ser2net, &sshd, &login};
+    static constexpr std::array services = {&conserver, &port_service, &ser2net,
+                                            &sshd,      &login,        &smtp};
     return services;
 }
 
@@ -78,6 +83,9 @@ int showStatus(bool isJson) {
     for (const Service *service : all()) {
         const ServiceHistory history = serviceHistory(service->name);
         const long seconds = secondsUp(service->name);
+        const std::string state = history.isElsewhere ? "not applied here"
+                                  : seconds < 0       ? "off"
+                                                      : "up " + std::to_string(seconds) + " s";
         if (isJson)
             std::printf("{\"service\":%s,\"seconds\":%ld,\"changed\":%lld,\"refused\":%lld,"
                         "\"words\":%s}\n",
@@ -86,15 +94,47 @@ int showStatus(bool isJson) {
                         static_cast<long long>(history.refused), jsonString(history.words).c_str());
         else
             std::printf("%s: %s%s%s\n", service->name,
-                        seconds < 0 ? "off" : ("up " + std::to_string(seconds) + " s").c_str(),
+                        service->run == nullptr && !history.isElsewhere ? "files" : state.c_str(),
                         history.words.empty() ? "" : ", refused: ", history.words.c_str());
     }
     return 0;
 }
 
+/// The values of the file take the places of those that are stored, in memory alone.
+bool layOver(ConfigManager &config, const std::string &path) {
+    constexpr std::size_t limit = std::size_t{1024} * 1024;
+    const auto text = readFile(path, limit);
+    for (std::size_t at = 0; text && at < text->size();) {
+        const std::string key = text->c_str() + at;
+        at += key.size() + 1;
+        const std::string value = at < text->size() ? text->c_str() + at : "";
+        at += value.size() + 1;
+        if (value.empty())
+            config.delElement(key);
+        else
+            config.setElement(key, value);
+    }
+    return text.has_value();
+}
+
+int attempt(const std::string &service, const std::string &name, const std::string &path) {
+    ConfigManager config("/etc/config/config.xml", ".");
+    if (!config.readCommitted() || (!path.empty() && !layOver(config, path)))
+        return 1;
+    for (const Service *one : all())
+        for (const Attempt &known : one->attempts)
+            if (service == one->name && name == known.name) {
+                const Tried tried = known.run(config);
+                std::puts(tried.words.c_str());
+                return tried.isGood ? 0 : 1;
+            }
+    std::fprintf(stderr, "There is no such attempt.\n");
+    return 2;
+}
+
 int usage() {
     std::fputs("usage: zandorin-services apply [NAME...] | write [NAME...] | page PAGE | status "
-               "[--json]\n",
+               "[--json] | try NAME ATTEMPT [FILE]\n",
                stderr);
     return 2;
 }
@@ -106,6 +146,8 @@ int run(const std::vector<std::string> &arguments) {
         return arguments.size() == 3 ? applyAll(ofPage(arguments[2])) : usage();
     if (arguments[1] == "status")
         return showStatus(arguments.size() > 2 && arguments[2] == "--json");
+    if (arguments[1] == "try" && (arguments.size() == 4 || arguments.size() == 5))
+        return attempt(arguments[2], arguments[3], arguments.size() == 5 ? arguments[4] : "");
     const Daemons daemons = arguments[1] == "write" ? Daemons::later : Daemons::now;
     if (arguments[1] != "apply" && arguments[1] != "write")
         return usage();

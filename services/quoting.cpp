@@ -42,4 +42,12 @@ std::string ser2netText(std::string_view text) {
     return quoted + '"';
 }
 
+std::string msmtpText(std::string_view text) {
+    std::string quoted = "\"";
+    for (const char c : text)
+        if (!isControl(c))
+            quoted += c;
+    return quoted + '"';
+}
+
 } // namespace zandorin::services

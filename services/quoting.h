@@ -15,4 +15,7 @@ std::string conserverWord(std::string_view text);
 /// are doubled.
 std::string ser2netText(std::string_view text);
 
+/// A value of msmtprc(5), in double quotes: only the first and the last one of a line are quotes.
+std::string msmtpText(std::string_view text);
+
 } // namespace zandorin::services

@@ -25,6 +25,19 @@ struct File {
 /// Where a new file is while it is being judged: a path of this machine.
 std::string candidatePath(const File &file);
 
+/// What came of an attempt.
+struct Tried {
+    bool isGood = false;
+    std::string words; ///< what the other side said; raw
+};
+
+/// Something that is tried with a page's settings, which need not be stored yet: a test mail.
+struct Attempt {
+    const char *name;
+    /// What the page asked for besides is below "config.try". Answers within ten seconds.
+    Tried (*run)(const ConfigManager &config);
+};
+
 struct Service {
     const char *name; ///< of its folder below /etc/service, and in messages
     /// Configurators, by page ids, that run it, separated by blanks.
@@ -34,7 +47,7 @@ struct Service {
     /// Everything that it reads, its run script excepted. Throws nothing; an empty list is fine.
     std::vector<File> (*files)(const ConfigManager &config);
     /// Commands for a shell, each on a line, that the supervisor runs as the daemon: in the
-    /// foreground, with its output on standard output.
+    /// foreground, with its output on standard output. Null: files alone, that others read.
     std::string (*run)(const ConfigManager &config);
     /// The daemon's own check of the new files; {} when it has none. Exit status 0 is yes, what it
     /// prints otherwise is the refusal.
@@ -47,6 +60,10 @@ struct Service {
     void (*settle)(const ConfigManager &config) = nullptr;
     /// Done before anything else, such as making keys.
     bool (*prepare)(const ConfigManager &config) = nullptr;
+    /// It is the machine's own, as addresses are: below another appliance root its files are made
+    /// and judged, and nothing else is done.
+    bool isMachines = false;
+    std::span<const Attempt> attempts = {};
 };
 
 /// All of them, in the order in which they are started.

@@ -3,14 +3,11 @@
 #include "util/fd.h"
 #include "util/files.h"
 #include "util/paths.h"
-#include "util/strings.h"
 
 #include <cerrno>
 #include <csignal>
-#include <ctime>
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace zandorin::services {
@@ -29,33 +26,6 @@ bool command(const std::string &name, char letter) {
 }
 
 } // namespace
-
-std::string serviceFolder(const std::string &name) {
-    return appliancePath("/etc/service/" + name);
-}
-
-bool isSupervised(const std::string &name) {
-    // The other end is open as long as runsv lives.
-    const UniqueFd alive(
-        ::open((serviceFolder(name) + "/supervise/ok").c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
-    return static_cast<bool>(alive);
-}
-
-pid_t processOf(const std::string &name) {
-    if (!isSupervised(name))
-        return 0;
-    const auto text = readFile(serviceFolder(name) + "/supervise/pid", 64).value_or("");
-    const auto pid = parseWhole(trim(text)).value_or(0);
-    return pid > 1 ? static_cast<pid_t>(pid) : 0;
-}
-
-long secondsUp(const std::string &name) {
-    struct stat status = {};
-    if (processOf(name) == 0 ||
-        ::stat((serviceFolder(name) + "/supervise/pid").c_str(), &status) != 0)
-        return -1;
-    return static_cast<long>(std::time(nullptr) - status.st_mtime);
-}
 
 bool introduce(const std::string &name) {
     return ::symlink(("../../etc/service/" + name).c_str(), linkOf(name).c_str()) == 0 ||

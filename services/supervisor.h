@@ -1,24 +1,13 @@
 #pragma once
 
-#include <string>
+#include "platform/libzandorin/service_state.h"
 
-#include <sys/types.h>
+#include <string>
 
 // runit, the supervisor of the services: runsvdir(8) watches /var/service, where each service that
 // is on has a link to its folder /etc/service/<name>; runsv(8) keeps its script `run` running.
 
 namespace zandorin::services {
-
-/// The folder of the service, on this machine.
-std::string serviceFolder(const std::string &name);
-
-/// True when the supervisor has the service; false, too, when no supervisor runs.
-bool isSupervised(const std::string &name);
-
-/// The process of the service; 0 when it does not run.
-pid_t processOf(const std::string &name);
-/// Seconds since it was started; -1 when it does not run.
-long secondsUp(const std::string &name);
 
 /// Has the supervisor know it, whether it is to run or not. It looks for new ones every five
 /// seconds. False when the link could not be made.

@@ -152,6 +152,14 @@ void FormCheck::notePassword(const std::string &password) {
         sets_[system_password] = hash;
 }
 
+std::vector<std::pair<std::string, std::string>> FormCheck::changes() const {
+    std::vector<std::pair<std::string, std::string>> changes;
+    for (const std::string &key : deletes_)
+        changes.emplace_back(key, "");
+    changes.insert(changes.end(), sets_.begin(), sets_.end());
+    return changes;
+}
+
 void FormCheck::save(ConfigManager &config) const {
     for (const std::string &key : deletes_)
         config.delElement(key);

@@ -8,6 +8,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace zandorin {
@@ -47,6 +48,8 @@ class FormCheck {
 
     const Problems &problems() const { return problems_; }
 
+    /// What save() would change: keys with their new values, "" for those that it deletes.
+    std::vector<std::pair<std::string, std::string>> changes() const;
     /// Puts what was noted into the store's memory: first what is deleted, then what is set.
     void save(ConfigManager &config) const;
 

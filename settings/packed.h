@@ -97,8 +97,11 @@ constexpr void members(Like<Chooser> auto &chooser, auto &use) {
     use(chooser.variable, chooser.label, chooser.help, chooser.prefix, chooser.options,
         chooser.unknown, chooser.columns, chooser.title);
 }
+constexpr void members(Like<Attempt> auto &attempt, auto &use) {
+    use(attempt.service, attempt.name, attempt.title, attempt.button, attempt.fields);
+}
 constexpr void members(Like<Page> auto &page, auto &use) {
-    use(page.sections, page.rule, page.lists, page.chooser);
+    use(page.sections, page.rule, page.lists, page.chooser, page.attempts, page.services);
 }
 
 /// Writes a table, or only counts what it would write where it is given no memory.

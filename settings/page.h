@@ -214,11 +214,24 @@ struct Chooser {
     const char *title = ""; ///< of that table
 };
 
+/// Something that can be tried with what is typed in, before it is stored: a test mail.
+struct Attempt {
+    const char *service; ///< of services/
+    const char *name;    ///< of the service's attempt
+    const char *title;   ///< above its fields
+    const char *button;
+    /// What it asks for besides, never stored; keys below "config.try".
+    std::span<const Field> fields = {};
+};
+
 struct Page {
     std::span<const Section> sections = {};
     Rule rule = nullptr;
     std::span<const List> lists = {};
     Chooser chooser = {};
+    std::span<const Attempt> attempts = {};
+    /// Names of services whose last refusal the page shows, separated by blanks.
+    const char *services = "";
 };
 
 } // namespace zandorin::settings

@@ -8,11 +8,13 @@
 #include "settings/registry.h"
 #include "settings/rules.h"
 #include "settings/several.h"
+#include "ui/attempts.h"
 #include "ui/chooser.h"
 #include "ui/form.h"
 #include "ui/form_values.h"
 #include "ui/lines_input.h"
 #include "ui/list_page.h"
+#include "ui/service_words.h"
 #include "ui/setting_input.h"
 #include "ui/several_page.h"
 #include "ui/table.h"
@@ -223,7 +225,7 @@ void sectionRows(Engine &engine, Table &table, std::span<const settings::Section
 
 void settingsForm(Engine &engine, const std::string &name, const Chosen &chosen,
                   std::span<const settings::Section> sections, const Values &values,
-                  const std::string &button) {
+                  const std::string &button, std::span<const settings::Attempt> attempts) {
     Form form(*engine.cgi(), engine.formId());
     form.openForm("post", name);
     Table table(*engine.cgi());
@@ -231,6 +233,7 @@ void settingsForm(Engine &engine, const std::string &name, const Chosen &chosen,
     chosen.row(engine, table);
     sectionRows(engine, table, sections, values);
     table.applyButtonRow(button);
+    attemptRows(engine, table, attempts);
     table.close();
     fingerprintInput(engine, form, values);
     form.closeForm();
@@ -271,8 +274,9 @@ void defineSettings(Engine &engine) {
         changeSeveral(engine, *page, chosen);
         return;
     }
-    const bool isSubmitted = engine.formWasSubmitted();
-    if (isSubmitted && !lockPage(engine, *page))
+    const bool isAttempt = defineAttempt(engine, *page);
+    const bool isSubmitted = engine.formWasSubmitted() || isAttempt;
+    if (isSubmitted && !isAttempt && !lockPage(engine, *page))
         return;
     Values values(engine.config(), isSubmitted ? &submission : nullptr, chosen.place());
     values.add(page->sections);
@@ -294,11 +298,14 @@ void renderSettings(Engine &engine, const Chosen::Cell &cell) {
         showSeveral(engine, *page, chosen, cell);
         return;
     }
+    showRefusals(*cgi, page->services);
+    showAttempt(engine, *page);
     if (!page->sections.empty()) {
         auto &opened = engine.pageValues();
         const Values values =
             opened ? std::move(*opened) : shownValues(engine, page->sections, chosen.place());
-        settingsForm(engine, engine.formId(), chosen, page->sections, values);
+        settingsForm(engine, engine.formId(), chosen, page->sections, values, "Apply",
+                     page->attempts);
     }
     showLists(engine, *page);
 }

@@ -59,7 +59,8 @@ void sectionRows(Engine &engine, Table &table, std::span<const settings::Section
 /// The form of these sections, with the name that a page knows it by.
 void settingsForm(Engine &engine, const std::string &name, const Chosen &chosen,
                   std::span<const settings::Section> sections, const settings::Values &values,
-                  const std::string &button = "Apply");
+                  const std::string &button = "Apply",
+                  std::span<const settings::Attempt> attempts = {});
 /// What will be stored of a value that is one text and declared: the submitted one, or what is
 /// stored by now where its user left it as the page showed it.
 std::string textToBe(Engine &engine, const settings::Value &value);

@@ -5,7 +5,7 @@ import stat
 
 import pytest
 
-from conftest import PROGRAMS, PROJECT, Appliance
+from conftest import Appliance
 
 # What conserver reads, and its script: the change below is about three of them.
 FILES = ("etc/conserver/conserver.cf", "etc/conserver/console.cf", "etc/conserver/passwd", "etc/service/conserver/run",
@@ -16,16 +16,10 @@ CHANGE = {"config.ports.port2.speed": "57600", "config.slaves.accept": "192.0.2.
 @pytest.fixture
 def files_alone(tmp_path):
     """An appliance without a supervisor, and a folder of programs that come before the system's."""
-    root = tmp_path / "root"
-    for folder in ("bin", "etc", "dev", "var/run", "usr/lib", "tmp"):
-        (root / folder).mkdir(parents=True)
-    shutil.copytree(PROJECT / "rootfs/etc/config", root / "etc/config")
-    for program in ("zandorin-config", "zandorin-services", "port-line"):
-        os.symlink(PROGRAMS / program, root / "bin" / program)
-    (root / "etc/ports.listen").write_text("conserver 1782\nnetwork-base 4000\nssh 1022\n")
+    appliance = Appliance.empty(tmp_path / "root", "zandorin-config", "zandorin-services", "port-line")
+    (appliance.root / "etc/ports.listen").write_text("conserver 1782\nnetwork-base 4000\nssh 1022\n")
     first = tmp_path / "first"
     first.mkdir()
-    appliance = Appliance(root)
     appliance.environment["PATH"] = f"{first}:{os.environ['PATH']}:/usr/sbin"
     appliance.first = first
     appliance.apply("conserver")

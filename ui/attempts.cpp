@@ -1,0 +1,100 @@
+#include "ui/attempts.h"
+
+#include "cgi/cgi.h"
+#include "engine/cgi_submission.h"
+#include "engine/engine.h"
+#include "settings/values.h"
+#include "ui/inputs.h"
+#include "ui/page.h"
+#include "ui/settings_page.h"
+#include "ui/table.h"
+#include "util/escape.h"
+#include "util/files.h"
+#include "util/paths.h"
+#include "util/process_pipe.h"
+#include "util/strings.h"
+
+#include <iterator>
+
+#include <unistd.h>
+
+namespace zandorin::ui {
+
+namespace {
+
+using settings::Attempt;
+using settings::Values;
+
+const Attempt *askedFor(Engine &engine, const settings::Page &page) {
+    const std::string name = engine.attempt();
+    for (const Attempt &attempt : page.attempts)
+        if (name == attempt.button)
+            return &attempt;
+    return nullptr;
+}
+
+/// With passwords: for the service alone, see `zandorin-services try`.
+std::string typedValues(Engine &engine, const Attempt &attempt) {
+    std::string text;
+    const auto add = [&](const std::string &key, const std::string &value) {
+        text.append(key).append(1, '\0').append(value).append(1, '\0');
+    };
+    for (const auto &[key, value] : engine.typedChanges())
+        add(key, value);
+    const CgiSubmission submission(*engine.cgi());
+    Values values(engine.config(), &submission);
+    values.add(attempt.fields);
+    for (const settings::Value &value : values.all())
+        add(value.key, value.text);
+    return text;
+}
+
+} // namespace
+
+bool defineAttempt(Engine &engine, const settings::Page &page) {
+    const Attempt *attempt = askedFor(engine, page);
+    if (attempt == nullptr)
+        return false;
+    const CgiSubmission submission(*engine.cgi());
+    Values values(engine.config(), &submission);
+    values.add(attempt->fields);
+    defineValues(engine, values, nullptr);
+    return true;
+}
+
+void showAttempt(Engine &engine, const settings::Page &page) {
+    constexpr mode_t own = 0600;
+    constexpr int patience = 15000; // milliseconds
+    const Attempt *attempt = askedFor(engine, page);
+    if (attempt == nullptr || engine.cgi()->hasErrors())
+        return;
+    const std::string path =
+        appliancePath("/var/run/.try-" + std::to_string(static_cast<long long>(::getpid())));
+    if (!replaceFile(path, typedValues(engine, *attempt), own, Durable::no)) {
+        *engine.cgi() << getError("Nothing was tried: there is no room for what was typed in.");
+        return;
+    }
+    ipipestream service("exec " + shellQuote(appliancePath("/bin/zandorin-services")) + " try " +
+                            attempt->service + " " + attempt->name + " " + shellQuote(path),
+                        patience);
+    const std::string words(std::istreambuf_iterator<char>(service), {});
+    const bool isGood = service.success();
+    ::unlink(path.c_str());
+    const std::string shown = "<b>" + encodeSafe(attempt->title) + ":</b> " +
+                              encodeSafe(words.empty() ? "There was no answer in time." : words);
+    *engine.cgi() << (isGood ? getInfo(shown) : getError(shown));
+}
+
+void attemptRows(Engine &engine, Table &table, std::span<const Attempt> attempts) {
+    for (const Attempt &attempt : attempts) {
+        Values values(engine.config(), nullptr);
+        values.add(attempt.fields);
+        table.titleRow(attempt.title);
+        for (const settings::Value &value : values.all())
+            valueRow(engine, table, value);
+        table.inputRow("", getApplyButton("try", attempt.button),
+                       "With the values above as they are typed in; nothing is saved.");
+    }
+}
+
+} // namespace zandorin::ui

@@ -27,6 +27,7 @@
 
 namespace zandorin::services {
 
+extern const Service auto_response;
 extern const Service conserver;
 extern const Service login;
 extern const Service ser2net;
@@ -34,7 +35,8 @@ extern const Service sshd;
 extern const Service port_service;
 
 std::span<const Service *const> all() {
-    static constexpr std::array services = {&conserver, &port_service, &ser2net, &sshd, &login};
+    static constexpr std::array services = {&conserver, &port_service, &ser2net,
+                                            &sshd,      &login,        &auto_response};
     return services;
 }
 

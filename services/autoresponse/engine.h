@@ -62,8 +62,8 @@ enum class List { trigger, resolve };
 
 /// A rule without what it watches and does.
 struct Rule {
-    std::string name;
-    std::string check; ///< type
+    std::string name = "";
+    std::string check = ""; ///< type
     std::chrono::seconds reset{0};
     bool repeats = false;
     std::chrono::seconds repeat{0};  ///< above 0 where it repeats

@@ -7,6 +7,7 @@
 #include "util/paths.h"
 #include "util/strings.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -32,6 +33,12 @@ int say(const std::string &words, bool isDone) {
     return isDone ? 0 : 1;
 }
 
+/// Somebody waits for the answer.
+Ended runNow(Command command) {
+    command.limit = std::min(command.limit, std::chrono::seconds(20));
+    return Child(command).wait();
+}
+
 /// From 1 on; 0 for what is no such number.
 std::size_t numberOf(const std::string &text) {
     const auto number = parseWhole(text);
@@ -47,8 +54,7 @@ int read(Sources &sources, std::size_t rule) {
         memory != memories.end())
         check->recall(memory->second);
     const Command command = check->command();
-    const Readings readings =
-        command.words.empty() ? check->look() : check->judge(Child(command).wait());
+    const Readings readings = command.words.empty() ? check->look() : check->judge(runNow(command));
     std::string words;
     for (const Reading &reading : readings)
         words += (words.empty() ? "" : " ") + sentence(reading);
@@ -65,7 +71,7 @@ int tryAction(Sources &sources, std::size_t rule, List list, std::size_t action)
             eventSentence(sources.settings.get(ruleKey(rule) + ".name"), "is being tried", {}));
     std::string problem = started.failure;
     if (!started.command.words.empty())
-        problem = problemOf(Child(started.command).wait());
+        problem = problemOf(runNow(started.command));
     logRecord(Priority::info, "Auto-response: a try of %s: %s", key.c_str(),
               problem.empty() ? "carried out" : problem.c_str());
     return say(name + (problem.empty() ? "was carried out." : "failed: " + problem + "."),

@@ -24,6 +24,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
+using Paths = std::vector<std::string>;
+
 constexpr const char *socket_path = "/var/run/infod.sock";
 constexpr const char *state_path = "/var/lib/auto-response/state";
 constexpr const char *status_path = "/var/run/autoresponse.status";
@@ -136,6 +138,7 @@ void Responder::load() {
     isLogging_ = settings.isOn("config.autoresponse.logging.enabled");
     std::vector<Rule> rules = readRules(settings);
     remember();
+    files_.reset();
     watches_.clear();
     watches_.resize(rules.size());
     // What is due already is about the rules as they were.
@@ -172,8 +175,10 @@ void Responder::activate() {
             watch.check->recall(memory->second);
         watch.next = now_.steady;
     }
-    if (hasChanged)
-        watchFiles();
+    if (!hasChanged)
+        return;
+    files_.reset(); // with what is watched no more
+    watchFiles();
 }
 
 void Responder::remember() {
@@ -184,27 +189,24 @@ void Responder::remember() {
 }
 
 void Responder::watchFiles() {
-    std::vector<std::string> paths;
     for (const Watch &watch : watches_)
-        if (watch.check)
-            for (std::string &path : watch.check->watched())
-                paths.push_back(std::move(path));
-    if (paths.empty()) {
-        files_.reset();
-        return;
-    }
-    files_.reset(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-    for (const std::string &path : paths)
-        ::inotify_add_watch(files_.get(), path.c_str(),
-                            path.ends_with('/')
-                                ? IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ONLYDIR
-                                : IN_MODIFY);
+        for (const std::string &path : watch.check ? watch.check->watched() : Paths()) {
+            if (!files_)
+                files_.reset(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+            ::inotify_add_watch(files_.get(), path.c_str(),
+                                path.ends_with('/') ? IN_CREATE | IN_DELETE | IN_MOVED_FROM |
+                                                          IN_MOVED_TO | IN_ONLYDIR
+                                                    : IN_MODIFY);
+        }
 }
 
 void Responder::lookAtAll() {
     const bool haveFilesChanged = filesDue_ && now_.steady >= *filesDue_;
     if (haveFilesChanged) {
         filesDue_.reset();
+        std::array<char, 4096> events;
+        while (::read(files_.get(), events.data(), events.size()) > 0) {
+        }
         watchFiles(); // also those that were not there before
     }
     for (std::size_t rule = 0; rule < watches_.size(); ++rule) {
@@ -310,6 +312,7 @@ void Responder::readTexts() {
 void Responder::keep() {
     constexpr mode_t own = 0600;
     constexpr mode_t folder = 0700;
+    constexpr mode_t readableFolder = 0755;
     remember();
     const bool isOld = !memories_.empty() && now_.steady - kept_ >= memory_interval;
     if (!engine_.takeChange() && !isOld)
@@ -319,6 +322,7 @@ void Responder::keep() {
     for (const auto &[name, memory] : memories_)
         text += writeLine({"memory", name, memory});
     const std::string path = appliancePath(state_path);
+    makeFolder(appliancePath("/var/lib"), readableFolder);
     makeFolder(path.substr(0, path.rfind('/')), folder);
     if (!replaceFile(path, text, own))
         logRecord(Priority::error, "The state of auto-responses could not be kept: %s",

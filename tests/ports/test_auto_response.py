@@ -23,7 +23,7 @@ RULE = "config.autoresponse.autoresponse"
 def appliance(tmp_path):
     root = tmp_path / "root"
     for folder in ("bin", "etc/lighttpd", "etc/auto-response", "dev", "var/run", "var/log/ports", "tmp",
-                   "var/spool/sms/incoming", "var/lib", "usr/sbin"):
+                   "var/spool/sms/incoming", "usr/sbin"):
         (root / folder).mkdir(parents=True)
     shutil.copytree(PROJECT / "rootfs/etc/config", root / "etc/config")
     for program in ("zandorin-config", "zandorin-services", "auto-response"):

@@ -78,7 +78,7 @@ void probe(Engine &engine, const ui::RecordChange &change) {
                                "first.");
         return;
     }
-    // "config.autoresponse.autoresponse3.trigger_actions.action2"
+    // An action's is config.autoresponse.autoresponse<N>.trigger_actions.action<M>.
     const auto words = utilities::split(change.key, ".");
     std::string command = "exec " + shellQuote(appliancePath("/bin/auto-response"));
     if (words.size() == 5)

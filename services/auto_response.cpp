@@ -29,8 +29,8 @@ void addAll(const ConfigManager &config, const std::string &key, std::string &te
     if (const std::string value = config.getElement(key); !value.empty())
         text += responder::writeLine({key, value});
     for (const std::string &name : config.getSubElements(key))
-        if (key + "." + name != command_key)
-            addAll(config, key + "." + name, text);
+        if (const std::string below = concat({key, ".", name}); below != command_key)
+            addAll(config, below, text);
 }
 
 /// The network device of an interface, where the configuration does not say another.

@@ -199,7 +199,7 @@ Act act(const Settings &settings, const std::string &key, const std::string &eve
     const std::string &name = settings.get(key + ".type");
     for (const ActionType &type : types)
         if (type.name == name)
-            return type.start({settings, key + "." + name, event});
+            return type.start({settings, concat({key, ".", name}), event});
     return failedAct("there is no such action");
 }
 

@@ -195,6 +195,7 @@ std::vector<Due> Engine::advance(const Moment &now) {
     std::stable_sort(due.begin(), due.end(),
                      [](const auto &a, const auto &b) { return a.first < b.first; });
     std::vector<Due> actions;
+    actions.reserve(due.size());
     for (auto &[when, action] : due)
         actions.push_back(std::move(action));
     return actions;

@@ -52,11 +52,10 @@ Command sendMail(const Mail &mail) {
         command.input += recipient;
         command.words.push_back(recipient);
     }
-    append(command.input, {"\nSubject: ", headerText(mail.subject),
-                           "\nAuto-Submitted: auto-generated\nMIME-Version: 1.0\n"
-                           "Content-Type: text/plain; charset=ISO-8859-1\n"
-                           "Content-Transfer-Encoding: 8bit\n\n",
-                           mail.body, "\n"});
+    constexpr const char *form = "\nAuto-Submitted: auto-generated\nMIME-Version: 1.0\n"
+                                 "Content-Type: text/plain; charset=ISO-8859-1\n"
+                                 "Content-Transfer-Encoding: 8bit\n\n";
+    append(command.input, {"\nSubject: ", headerText(mail.subject), form, mail.body, "\n"});
     std::erase(command.input, '\r');
     return command;
 }

@@ -39,7 +39,8 @@ constexpr Field general[] = {
                 "After a trigger, the time until the check can trigger again."),
     boxField("Repeat Trigger Actions", ".repeat_trigger",
              "Run the trigger actions again and again until the check resolves."),
-    numberField("Repeat Trigger Delay (seconds)", ".repeat_timeout", "Between two such runs."),
+    numberField("Repeat Trigger Delay (seconds)", ".repeat_timeout",
+                "Between two such runs. Empty or 0: 60."),
     boxField("Ignore Active Times", ".disable_time_period",
              "Active at all times; the times below are kept for later."),
 };
@@ -145,7 +146,8 @@ constexpr List actionList(const char *key, const char *typeField, const char *ti
             .variantWord = "action",
             .unchosen = "Select an action type from the left menu",
             .noVariant = "Unknown Action Type",
-            .variants = actions::types};
+            .variants = actions::types,
+            .probe = "Try this action"};
 }
 constexpr List actions_of_record[] = {
     actionList(".trigger_actions", "trigger_action_type", "Trigger Actions", "Trigger Action"),
@@ -179,7 +181,8 @@ constexpr List records[] = {
      .command = "cancel",
      .commandTitle = "Cancel",
      .commandQuestion = "Cancel what '{}' is doing? Actions that wait are not run, and its status "
-                        "returns to normal."},
+                        "returns to normal.",
+     .probe = "What does this check read now?"},
 };
 
 constexpr Field global[] = {

@@ -13,9 +13,14 @@
 #include "ui/table.h"
 #include "util/escape.h"
 #include "util/log.h"
+#include "util/paths.h"
+#include "util/process_pipe.h"
+#include "util/split.h"
 #include "util/strings.h"
 
 #include <algorithm>
+#include <istream>
+#include <iterator>
 
 // What the page has besides its table: the status of the rules, the form of their times, the
 // command to the service.
@@ -58,6 +63,36 @@ void cancel(Engine &engine, const ui::RecordChange &change) {
     engine.config().setElement("config.autoresponse.command", "cancel " + change.name);
     engine.cgi()->addMessage("The auto-response service is told to cancel '<i>" +
                              encodeSafe(change.name) + "</i>'.");
+}
+
+/// The number at the end of a word of a key: "3" of "autoresponse3".
+std::string numberOf(const std::string &word) {
+    return word.substr(word.find_last_not_of("0123456789") + 1);
+}
+
+/// What the check reads now, or how the action went, in the words of the service's program. It
+/// works from what was committed last.
+void probe(Engine &engine, const ui::RecordChange &change) {
+    if (!engine.config().getConfigurators().empty()) {
+        engine.cgi()->addError("The service does not know the queued changes yet. Commit them "
+                               "first.");
+        return;
+    }
+    // An action's is config.autoresponse.autoresponse<N>.trigger_actions.action<M>.
+    const auto words = utilities::split(change.key, ".");
+    std::string command = "exec " + shellQuote(appliancePath("/bin/auto-response"));
+    if (words.size() == 5)
+        append(command, {" try ", numberOf(words[2]), " ", words[3].substr(0, words[3].find('_')),
+                         " ", numberOf(words[4])});
+    else
+        append(command, {" read ", numberOf(change.key)});
+    constexpr int patience = 30000; // milliseconds; the program has less
+    ipipestream program(command, patience);
+    const std::string answer(std::istreambuf_iterator<char>(program), {});
+    if (trim(answer).empty())
+        engine.cgi()->addError("The service of auto-responses did not answer.");
+    else
+        engine.cgi()->addMessage(encodeSafe(std::string(trim(answer))));
 }
 
 /// One row for all days, each from and to, hours and minutes.
@@ -130,7 +165,7 @@ void define(Engine &engine) {
         cgi->getRequestMethod() == "POST" &&
         (engine.formWasSubmitted() || cgi->getVarString("action").raw == "apply");
     if (ui::isRecordRequest(*cgi, page)) {
-        ui::defineRecords(engine, page, {.check = checkDevices, .store = cancel});
+        ui::defineRecords(engine, page, {.check = checkDevices, .store = cancel, .probe = probe});
     } else if (isApplied) {
         engine.setForceSubmit(true);
         ui::defineSettings(engine);

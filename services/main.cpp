@@ -30,6 +30,7 @@
 
 namespace zandorin::services {
 
+extern const Service auto_response;
 extern const Service conserver;
 extern const Service login;
 extern const Service ser2net;
@@ -38,8 +39,8 @@ extern const Service port_service;
 extern const Service smtp;
 
 std::span<const Service *const> all() {
-    static constexpr std::array services = {&conserver, &port_service, &ser2net,
-                                            &sshd,      &login,        &smtp};
+    static constexpr std::array services = {&conserver, &port_service, &ser2net,      &sshd,
+                                            &login,     &smtp,         &auto_response};
     return services;
 }
 

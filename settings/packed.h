@@ -91,7 +91,8 @@ constexpr void members(Like<List> auto &list, auto &use) {
         list.sections, list.question, list.toggle, list.toggled, list.fixed, list.refusal,
         list.mentions, list.moves, list.copies, list.rule, list.variantKey, list.variantField,
         list.variantWord, list.unchosen, list.noVariant, list.variants, list.lists, list.text,
-        list.offered, list.derive, list.command, list.commandTitle, list.commandQuestion);
+        list.offered, list.derive, list.command, list.commandTitle, list.commandQuestion,
+        list.probe);
 }
 constexpr void members(Like<Chooser> auto &chooser, auto &use) {
     use(chooser.variable, chooser.label, chooser.help, chooser.prefix, chooser.options,

@@ -198,6 +198,9 @@ struct List {
     const char *command = "";
     const char *commandTitle = "";    ///< of its links
     const char *commandQuestion = ""; ///< raw, "{}" in it is the name
+    /// Of a button on the page of a stored record, for a question that changes nothing; the page's
+    /// own code answers it.
+    const char *probe = "";
 };
 
 /// A page that is about one of several places, which the request names in the field `variable`.

@@ -3,6 +3,7 @@
 #include "cgi/cgi.h"
 #include "engine/cgi_submission.h"
 #include "engine/engine.h"
+#include "settings/form_check.h"
 #include "settings/values.h"
 #include "ui/inputs.h"
 #include "ui/page.h"
@@ -58,7 +59,8 @@ bool defineAttempt(Engine &engine, const settings::Page &page) {
     const CgiSubmission submission(*engine.cgi());
     Values values(engine.config(), &submission);
     values.add(attempt->fields);
-    defineValues(engine, values, nullptr);
+    for (const settings::Value &value : values.all())
+        engine.addElement(value.name, settings::elementOf(value, value.field->label, false));
     return true;
 }
 
@@ -87,7 +89,8 @@ void showAttempt(Engine &engine, const settings::Page &page) {
 
 void attemptRows(Engine &engine, Table &table, std::span<const Attempt> attempts) {
     for (const Attempt &attempt : attempts) {
-        Values values(engine.config(), nullptr);
+        const CgiSubmission submission(*engine.cgi());
+        Values values(engine.config(), engine.attempt().empty() ? nullptr : &submission);
         values.add(attempt.fields);
         table.titleRow(attempt.title);
         for (const settings::Value &value : values.all())

@@ -235,6 +235,14 @@ void defineRecords(Engine &engine, const settings::Page &page, const ListHooks &
     if ((moves && !list.moves) || (request.action == "copy" && !list.copies))
         return;
     const auto part = findPart(*cgi, engine.config(), request);
+    if (request.probes) {
+        if (part && hooks.probe != nullptr)
+            hooks.probe(engine, {.list = list,
+                                 .action = request.action,
+                                 .key = part->place.keys,
+                                 .name = settings::nameOf(engine.config(), *part)});
+        return;
+    }
     // A record's page is sent by POST: a link with the name of its button saves nothing. A page of
     // many panels has its elements declared when it is sent.
     if (!part ||

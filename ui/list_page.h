@@ -17,7 +17,8 @@
 // (a new record, or the one at "index"), modify, apply, delete, List::command, <word> (an entry of
 // a list inside the record), <word>_new and <word>_save, where <word> is the first word of that
 // list's key; "modify_index" is the entry's number, "modify_opened" what it was opened with, "list"
-// the word where an entry is deleted. There every submission by POST acts.
+// the word where an entry is deleted. There every submission by POST acts, unless it has the field
+// "select" (another variant is to be shown) or "probe" (List::probe).
 
 namespace zandorin {
 class Cgi;
@@ -46,6 +47,7 @@ struct ListHooks {
     Step check = nullptr; ///< refuses; nothing is changed yet
     Step apply = nullptr; ///< all checks have passed: changes what is kept elsewhere
     Step store = nullptr; ///< in the store's memory, the submitted values being there already
+    Step probe = nullptr; ///< answers List::probe by messages; nothing is changed
     /// Said when the configuration could not be written after `apply`.
     const char *halfDone = "";
     /// Markup behind what the table says of a record in a column.

@@ -85,7 +85,9 @@ void readNested(const Cgi &cgi, const List &list, ListRequest &request) {
     }
     request.inner = innerOf(list, request.word);
     request.selects = request.submitted && cgi.varStringExists("select");
-    request.submitted = request.submitted && !request.selects && !isLink && name != request.word;
+    request.probes = request.submitted && cgi.varStringExists("probe");
+    request.submitted =
+        request.submitted && !request.selects && !request.probes && !isLink && name != request.word;
 }
 
 std::optional<Part> requested(const ConfigManager &config, const List &list, const std::string &key,

@@ -27,6 +27,7 @@ struct ListRequest {
     Meant entry = {};
     bool submitted = false; ///< the button of a record's page was pressed
     bool selects = false;   ///< the one that only shows the panel of a variant
+    bool probes = false;    ///< the one that only asks (List::probe)
 
     bool adds() const { return action == "add"; }
     /// The page of the record's fields, or what it sends.

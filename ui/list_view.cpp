@@ -269,6 +269,8 @@ void showFields(Engine &engine, Cgi &cgi, const ListRequest &request, const Part
     table.applyButtonRow(entry != nullptr         ? "Save " + capital(list.word)
                          : isNested(*record.list) ? std::string("Save ") + list.singular
                                                   : "Apply");
+    if (*list.probe != '\0' && !part.isNew())
+        table.inputRow("", getApplyButton("probe", list.probe), "As it is saved.");
     table.close();
     fingerprintInput(engine, form, values);
     closeRecordForm(config, form, request, record, entry);
@@ -279,7 +281,7 @@ void showFields(Engine &engine, Cgi &cgi, const ListRequest &request, const Part
 void showNested(Engine &engine, Cgi &cgi, const ListRequest &request, const Part &record,
                 const Part *entry, const ListHooks &hooks) {
     const List &list = *record.list;
-    const bool isSent = request.submitted || request.selects;
+    const bool isSent = request.submitted || request.selects || request.probes;
     cgi << concat({"<script type=\"text/javascript\" src=\"", resourcePath("/scripts/variants.js"),
                    "\"></script>"});
     ListRequest own = request;

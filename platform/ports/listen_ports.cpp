@@ -27,6 +27,7 @@ constexpr Listener listeners[] = {
     {"ssh", 22, "config.services.ssh.port", "SSH"},
     {"telnet", 23, "config.services.telnet.port", "Telnet"},
     {"conserver", 782, nullptr, "the service of the serial ports"},
+    {"upsd", 3493, nullptr, "the service of uninterruptible power supplies"},
     {"network-base", 4000, nullptr, nullptr},
 };
 

@@ -8,9 +8,9 @@ namespace zandorin {
 class ConfigManager;
 
 /// The TCP port that the appliance gives to `name` where the configuration names none: "ssh" (22),
-/// "conserver" (782), "network-base" (4000; a serial port in mode network has this plus its
-/// number), "http" (80), "https" (443). In development, where those belong to the machine, the
-/// file /etc/ports.listen has others, a line each: the name, a blank and the number. 0 for any
+/// "conserver" (782), "upsd" (3493), "network-base" (4000; a serial port in mode network has this
+/// plus its number), "http" (80), "https" (443). In development, where those belong to the machine,
+/// the file /etc/ports.listen has others, a line each: the name, a blank and the number. 0 for any
 /// other name.
 unsigned listenPort(std::string_view name);
 

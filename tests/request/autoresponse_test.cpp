@@ -135,6 +135,26 @@ TEST_F(AutoResponse, LinksActOnlyAfterAQuestion) {
     EXPECT_EQ(stored("config.autoresponse.total"), "1");
 }
 
+TEST_F(AutoResponse, AsksTheServiceAndSavesNothing) {
+    putProgram("/bin/auto-response", "echo \"asked <$*>\"");
+    makeRecords({"one", "rule"});
+    addAction("snmp", "trap");
+    const Fields typed = {{"probe", "x"}, {record1 + "name", "typed"}};
+    const Response check =
+        submit(typed + Fields{{"action", "apply"}, {"index", "2"}, {"opened", "rule"}});
+    EXPECT_TRUE(check.has("asked &lt;read 2&gt;"));
+    EXPECT_EQ(stored(record1 + "name"), "one");
+    const Response action = submit(typed + Fields{{"action", "trigger_save"},
+                                                  {"index", "2"},
+                                                  {"opened", "rule"},
+                                                  {"modify_index", "1"}});
+    EXPECT_TRUE(action.has("asked &lt;try 2 trigger 1&gt;"));
+    EXPECT_FALSE(open("&action=apply&index=2&opened=rule&probe=x").has("asked"))
+        << "a link asks nothing";
+    EXPECT_TRUE(
+        submit(typed + Fields{{"action", "apply"}, {"index", "3"}}).has("There is no such"));
+}
+
 TEST_F(AutoResponse, PagesThatWereOpenedEarlierHitTheirRecordAndNoOther) {
     makeRecords({"one", "rule", "three"});
     const std::string rule = "&action=modify&index=2";

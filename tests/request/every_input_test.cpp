@@ -83,10 +83,12 @@ std::string newValue(const PageField &field, const std::string &type, std::size_
     return digits;
 }
 
-/// Inputs that act at once and keep no value: the clock's, and those of the page "reboot".
+/// Inputs that act at once and keep no value: the clock's, those of the page "reboot", and what is
+/// only tried.
 bool isAction(const std::string &name) {
-    return name.starts_with("time.") || name == "config.system.reboot" ||
-           name == "config.system.erase" || name == "config.system.fips";
+    return name.starts_with("time.") || name.starts_with("config.try.") ||
+           name == "config.system.reboot" || name == "config.system.erase" ||
+           name == "config.system.fips";
 }
 
 class EveryInput : public RequestTest, public ::testing::WithParamInterface<Page> {

@@ -28,11 +28,13 @@ const std::string piped = "fd 0 /dev/null\nfd 1 pipe\nfd 2 /dev/null\n";
 /// Sources that start programs. One that is new here belongs into the table below as well.
 const Set starting_sources = {
     "cgi/session.cpp",                         // pam-client
+    "forms/autoresponse_page.cpp",             // auto-response
     "forms/lldpstatus_page.cpp",               // lldpcli
     "platform/libzandorin/configurator.cpp",   // configurators
     "platform/libzdsupport/clock.cpp",         // hwclock, never with an appliance root
     "platform/libzdsupport/process.cpp",       // the one that does it
     "platform/libzandorin/snmp_engine_id.cpp", // initsnmpappconf
+    "ui/attempts.cpp",                         // zandorin-services
     "util/process_pipe.cpp",                   // the one that does it through a shell
 };
 
@@ -49,6 +51,9 @@ const struct Row {
          "arg -f\narg keyvalue\narg show\narg neighbor\narg details\n" + piped},
     {"/etc/scripts/initsnmpappconf", formData("form=snmp&config.system.snmp.engineid=-x;id"),
      piped + piped}, // each of the two managers asks
+    {"/bin/auto-response",
+     formData("form=autoresponse&action=apply&index=1&opened=-x;id&probe=-x;id"),
+     "arg read\narg 1\n" + piped},
     {"/usr/lib/zandorin/configurators/systemsettings",
      formData("form=systemsettings&apply=1&config.system.name=--help"),
      "arg %R/etc/config/config.xml\n" + closed},
@@ -58,7 +63,9 @@ class StartedPrograms : public RequestTest {};
 
 TEST_F(StartedPrograms, GetAnAllowListOfWhatTheRequestHas) {
     expectLog("can not contain markup");
-    configure("config.auth.extendedsessionids", "off");
+    configure({{"config.auth.extendedsessionids", "off"},
+               {"config.autoresponse.autoresponse1.name", "-x;id"},
+               {"config.autoresponse.total", "1"}});
     for (const auto &row : rows) {
         put("/tmp/started", "");
         putProgram(row.program, recorder);

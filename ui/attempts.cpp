@@ -15,6 +15,7 @@
 #include "util/process_pipe.h"
 #include "util/strings.h"
 
+#include <algorithm>
 #include <iterator>
 
 #include <unistd.h>
@@ -82,8 +83,15 @@ void showAttempt(Engine &engine, const settings::Page &page) {
     const std::string words(std::istreambuf_iterator<char>(service), {});
     const bool isGood = service.success();
     ::unlink(path.c_str());
-    const std::string shown = "<b>" + encodeSafe(attempt->title) + ":</b> " +
-                              encodeSafe(words.empty() ? "There was no answer in time." : words);
+    std::string shown = "<b>" + encodeSafe(attempt->title) + ":</b> " +
+                        encodeSafe(words.empty() ? "There was no answer in time." : words);
+    const auto isSecret = [&](const auto &change) {
+        const auto found = engine.elements().find(change.first);
+        return found != engine.elements().end() && found->second.isSecret(change.first);
+    };
+    // No page shows one.
+    if (std::any_of(engine.typedChanges().begin(), engine.typedChanges().end(), isSecret))
+        shown += " Type the password again to save it.";
     *engine.cgi() << (isGood ? getInfo(shown) : getError(shown));
 }
 

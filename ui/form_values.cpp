@@ -23,8 +23,8 @@ bool showsSubmitted(Engine &engine, const std::string &name) {
 } // namespace
 
 bool showsSubmission(Engine &engine) {
-    return engine.cgi() != nullptr && ((engine.formWasSubmitted() && engine.cgi()->hasErrors()) ||
-                                       !engine.attempt().empty());
+    return engine.cgi() != nullptr &&
+           ((engine.formWasSubmitted() && engine.cgi()->hasErrors()) || !engine.attempt().empty());
 }
 
 std::string storedValue(Engine &engine, const std::string &name) {

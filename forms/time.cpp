@@ -116,7 +116,7 @@ constexpr Section sections[] = {
     {"Network Time Protocol", ntp},
 };
 
-constexpr Page page = {.sections = sections, .lists = lists};
+constexpr Page page = {.sections = sections, .lists = lists, .services = "chrony timezone"};
 
 const AutoRegisterPage registration("time", packed<page>());
 

@@ -9,7 +9,12 @@
 #include "ui/settings_page.h"
 #include "ui/table.h"
 #include "ui/template_functions.h"
+#include "util/escape.h"
 #include "util/log.h"
+#include "util/paths.h"
+#include "util/process_pipe.h"
+#include "util/split.h"
+#include "util/strings.h"
 
 #include <algorithm>
 #include <array>
@@ -17,6 +22,10 @@
 #include <cstring>
 #include <ctime>
 #include <span>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
 
 // The clock, in a form of its own beside the settings that it is kept by: neither has to be sent
 // with the other.
@@ -142,11 +151,46 @@ void renderClock(Engine &engine, Cgi &cgi) {
     form.closeForm();
 }
 
+/// What chronyc(1) has in a line of `sources`: its values are separated by commas there.
+std::string sourceWords(const std::vector<std::string> &values) {
+    constexpr std::size_t state = 1;
+    constexpr std::size_t reach = 5; // the last eight answers as bits, in octal
+    constexpr std::size_t offset = 7;
+    std::string words = values[state] == "*"   ? "the clock follows it"
+                        : values[state] == "?" ? "not reached"
+                        : values[state] == "+" ? "good"
+                                               : "not used";
+    words += ", reach " + encodeSafe(values[reach]);
+    if (values[state] != "?")
+        words += ", offset " + encodeSafe(values[offset]) + " s";
+    return words;
+}
+
+/// What the time servers say, where the service that asks them runs.
+void renderSources(Cgi &cgi) {
+    constexpr int patience = 2000; // milliseconds
+    const std::string socket = appliancePath("/var/run/chrony/chronyd.sock");
+    if (::access(socket.c_str(), F_OK) != 0)
+        return;
+    ipipestream chronyc("exec chronyc -c -n -h " + shellQuote(socket) + " sources 2>/dev/null",
+                        patience);
+    ui::Table table(cgi);
+    table.open();
+    table.titleRow("Time Servers Now");
+    for (std::string line; std::getline(chronyc, line);) {
+        const auto values = utilities::split(line, ",");
+        if (values.size() > 7)
+            table.labelledTextRow(encodeSafe(values[2]), sourceWords(values));
+    }
+    table.close();
+}
+
 void render(Engine &engine) {
     Cgi *cgi = engine.requireCgi();
     if (cgi == nullptr || ui::showRecord(engine, *ui::settingsPage(engine)))
         return;
     renderClock(engine, *cgi);
+    renderSources(*cgi);
     ui::renderSettings(engine);
 }
 

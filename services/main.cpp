@@ -31,16 +31,18 @@
 namespace zandorin::services {
 
 extern const Service auto_response;
+extern const Service chrony;
 extern const Service conserver;
 extern const Service login;
 extern const Service ser2net;
 extern const Service sshd;
 extern const Service port_service;
 extern const Service smtp;
+extern const Service timezone;
 
 std::span<const Service *const> all() {
-    static constexpr std::array services = {&conserver, &port_service, &ser2net,      &sshd,
-                                            &login,     &smtp,         &auto_response};
+    static constexpr std::array services = {&conserver, &port_service,  &ser2net, &sshd,    &login,
+                                            &smtp,      &auto_response, &chrony,  &timezone};
     return services;
 }
 

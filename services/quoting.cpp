@@ -50,4 +50,12 @@ std::string msmtpText(std::string_view text) {
     return quoted + '"';
 }
 
+std::string chronyWord(std::string_view text) {
+    std::string word;
+    for (const char c : text)
+        if (isAlphanumeric(c) || c == '.' || c == ':' || c == '-' || c == '_')
+            word += c;
+    return word;
+}
+
 } // namespace zandorin::services

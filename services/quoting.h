@@ -18,4 +18,7 @@ std::string ser2netText(std::string_view text);
 /// A value of msmtprc(5), in double quotes: only the first and the last one of a line are quotes.
 std::string msmtpText(std::string_view text);
 
+/// A host name or address for chrony.conf(5), which has no quotes: other characters are left out.
+std::string chronyWord(std::string_view text);
+
 } // namespace zandorin::services

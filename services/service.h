@@ -48,7 +48,7 @@ struct Service {
     std::vector<File> (*files)(const ConfigManager &config);
     /// Commands for a shell, each on a line, that the supervisor runs as the daemon: in the
     /// foreground, with its output on standard output. Null: files alone, that others read.
-    std::string (*run)(const ConfigManager &config);
+    std::string (*run)(const ConfigManager &config) = nullptr;
     /// The daemon's own check of the new files; {} when it has none. Exit status 0 is yes, what it
     /// prints otherwise is the refusal.
     std::vector<std::string> (*checker)(const std::vector<File> &files) = nullptr;

@@ -30,6 +30,7 @@ const Set starting_sources = {
     "cgi/session.cpp",                         // pam-client
     "forms/autoresponse_page.cpp",             // auto-response
     "forms/lldpstatus_page.cpp",               // lldpcli
+    "forms/time_page.cpp",                     // chronyc
     "platform/libzandorin/configurator.cpp",   // configurators
     "platform/libzdsupport/clock.cpp",         // hwclock, never with an appliance root
     "platform/libzdsupport/process.cpp",       // the one that does it

@@ -14,7 +14,8 @@ namespace {
 
 /// Fields that make a page act: the forms' buttons, the "action" of forms and links, the reply to a
 /// login's challenge.
-constexpr std::string_view command_fields[] = {"apply", "action", "cancel", "reply", "select"};
+constexpr std::string_view command_fields[] = {"apply", "action", "cancel",
+                                               "reply", "select", "try"};
 /// Values of the configuration, and the boxes that clear them. Some pages take them without a
 /// button.
 constexpr std::string_view setting_prefix = "config.";

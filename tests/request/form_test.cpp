@@ -135,5 +135,40 @@ TEST_F(FormPage, TheSystemPasswordIsStoredHashed) {
     EXPECT_EQ(set("new secret"), "new secret");
 }
 
+class Attempts : public RequestTest {
+  protected:
+    Attempts() {
+        putProgram("/bin/zandorin-services", R"(tr '\0' ' ' <"$4"; echo "<$1 $2 $3>"
+! grep -aq refused "$4")");
+        configure("config.system.smtp.password", "old-secret");
+    }
+    Response tried(const Fields &fields) {
+        return post(Fields{{"form", "smtp"}, {"try", "Send a Test Mail"}} + fields);
+    }
+};
+
+TEST_F(Attempts, HandOnWhatIsTypedAndChangeNothing) {
+    const std::string before = configuration();
+    const Response good = tried({{"config.system.smtp.server", "mail.example"},
+                                 {"config.system.smtp.password", "********"},
+                                 {"config.system.smtp.confirm", "********"},
+                                 {"config.try.to", "anna@example.net"}});
+    EXPECT_EQ(good.lacks({"config.system.smtp.server mail.example",
+                          "config.try.to anna@example.net", "&lt;try smtp mail&gt;",
+                          "value=\"mail.example\"", "value=\"anna@example.net\""}),
+              "");
+    EXPECT_EQ(good.holds({"old-secret"}), "");
+
+    const Response refused = tried({{"config.try.to", "refused@example.net"}});
+    EXPECT_NE(refused.boxes(), "") << "the service's own refusal";
+    // What the page refuses never gets there.
+    const Response wrong = tried({{"config.system.smtp.port", "none"}});
+    EXPECT_FALSE(wrong.has("&lt;try"));
+    EXPECT_TRUE(wrong.has("value=\"none\""));
+    EXPECT_EQ(configuration(), before);
+    for (const auto &[path, contents] : files())
+        EXPECT_EQ(path.find("/.try-"), std::string::npos) << path;
+}
+
 } // namespace
 } // namespace zandorin::test

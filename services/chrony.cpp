@@ -32,8 +32,9 @@ std::vector<File> files(const ConfigManager &config) {
         const std::string address = chronyWord(config.getElement(key + ".address"));
         if (address.empty())
             continue;
-        text += (config.getElement(key + ".kind") == "pool" ? "pool " : "server ") + address +
-                " iburst" + (config.getBoolean(key + ".preferred") ? " prefer" : "") + "\n";
+        text += config.getElement(key + ".kind") == "pool" ? "pool " : "server ";
+        text += address;
+        text += config.getBoolean(key + ".preferred") ? " iburst prefer\n" : " iburst\n";
     }
     const std::string run = appliancePath(folder);
     // A clock that is far off is set at the start; later it is only slewed.

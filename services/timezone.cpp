@@ -26,8 +26,9 @@ std::string block(unsigned transitions, int timeBytes) {
         text += bigEndian(count, 4);
     for (unsigned i = 0; i < transitions; ++i)
         text += bigEndian(beginning, timeBytes);
-    text.append(transitions, '\0');                             // their type: the first one
-    return text + std::string(6, '\0') + std::string("UTC", 4); // offset, no summer time, name
+    text.append(transitions, '\0'); // their type: the first one
+    text.append(6, '\0');           // offset, no summer time, where its name begins
+    return text + "UTC" + '\0';
 }
 
 bool isOn(const ConfigManager & /*config*/) {

@@ -38,6 +38,8 @@ Engine::Engine()
 
     formId_ = cgi_->getVarString("form").raw;
     formFile_ = formId_;
+    if (!formWasSubmitted())
+        attempt_ = cgi_->getVarString("try").raw;
     ui::registerTemplateFunctions(*cgi_);
 }
 
@@ -85,10 +87,6 @@ void Engine::addElement(const std::string &name, const FormElem &element) {
 
 bool Engine::formWasSubmitted() const {
     return (cgi_ && !cgi_->getVarString("apply").raw.empty()) || forceSubmit_;
-}
-
-std::string Engine::attempt() const {
-    return cgi_ && !formWasSubmitted() ? cgi_->getVarString("try").raw : "";
 }
 
 bool Engine::isFile(const std::string &path) {

@@ -77,7 +77,7 @@ class Engine : public ConfigManagerListener {
 
     /// Which of the page's attempts was asked for (see settings/page.h); "" for none. Such a
     /// request is checked as a submission is, and changes nothing.
-    std::string attempt() const;
+    const std::string &attempt() const { return attempt_; }
     /// What the request would store if it were a submission: keys with new values, "" for what it
     /// would delete. Known once an attempt was checked; with passwords.
     const std::vector<std::pair<std::string, std::string>> &typedChanges() const {
@@ -180,6 +180,7 @@ class Engine : public ConfigManagerListener {
     std::string formId_ = "index";
     std::string formFile_;
     std::string formArgs_;
+    std::string attempt_;
     FormElements elements_;
     std::vector<std::string> extraConfigurators_;
     std::vector<std::function<void()>> effects_;

@@ -65,11 +65,6 @@ void cancel(Engine &engine, const ui::RecordChange &change) {
                              encodeSafe(change.name) + "</i>'.");
 }
 
-/// The number at the end of a word of a key: "3" of "autoresponse3".
-std::string numberOf(const std::string &word) {
-    return word.substr(word.find_last_not_of("0123456789") + 1);
-}
-
 /// What the check reads now, or how the action went, in the words of the service's program. It
 /// works from what was committed last.
 void probe(Engine &engine, const ui::RecordChange &change) {
@@ -82,10 +77,10 @@ void probe(Engine &engine, const ui::RecordChange &change) {
     const auto words = utilities::split(change.key, ".");
     std::string command = "exec " + shellQuote(appliancePath("/bin/auto-response"));
     if (words.size() == 5)
-        append(command, {" try ", numberOf(words[2]), " ", words[3].substr(0, words[3].find('_')),
-                         " ", numberOf(words[4])});
+        append(command, {" try ", trailingDigits(words[2]), " ",
+                         words[3].substr(0, words[3].find('_')), " ", trailingDigits(words[4])});
     else
-        append(command, {" read ", numberOf(change.key)});
+        append(command, {" read ", trailingDigits(change.key)});
     constexpr int patience = 30000; // milliseconds; the program has less
     ipipestream program(command, patience);
     const std::string answer(std::istreambuf_iterator<char>(program), {});

@@ -187,8 +187,7 @@ void requireOwnTcpPort(const Values &values, Problems &problems) {
     if (mode != "network")
         return;
     const std::string place = values.place().keys;
-    const auto number = static_cast<unsigned>(
-        leadingNumber(std::string_view(place).substr(place.find_last_not_of("0123456789") + 1)));
+    const auto number = static_cast<unsigned>(leadingNumber(trailingDigits(place)));
     const std::string key = values.keyOf(".network.port");
     const auto typed = parseWhole(values.text(".network.port"));
     const unsigned tcpPort = typed && *typed > 0 && *typed < 65536

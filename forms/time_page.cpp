@@ -169,7 +169,7 @@ std::string sourceWords(const std::vector<std::string> &values) {
 /// What the time servers say, where the service that asks them runs.
 void renderSources(Cgi &cgi) {
     constexpr int patience = 2000; // milliseconds
-    const std::string socket = appliancePath("/var/run/chrony/chronyd.sock");
+    const std::string socket = appliancePath(utilities::chrony_socket);
     if (::access(socket.c_str(), F_OK) != 0)
         return;
     ipipestream chronyc("exec chronyc -c -n -h " + shellQuote(socket) + " sources 2>/dev/null",

@@ -107,7 +107,7 @@ bool takeFiles(const Service &service, const ConfigManager &config, bool isNewSc
 }
 
 bool take(const Service &service, const ConfigManager &config, bool isNewScript) {
-    const bool isTaken = service.run == nullptr || takeFiles(service, config, isNewScript);
+    const bool isTaken = takeFiles(service, config, isNewScript);
     if (isTaken && service.settle != nullptr)
         service.settle(config);
     return isTaken;
@@ -117,10 +117,14 @@ bool isElsewhere(const Service &service) {
     return service.isMachines && !applianceRoot().empty();
 }
 
+/// False for files alone, and for what another machine than this appliance has to do.
+bool hasDaemon(const Service &service) {
+    return service.run != nullptr && !isElsewhere(service);
+}
+
 /// Has the supervisor know a service that is off: it takes its time to find a new one.
 void prepareFolder(const Service &service, const ConfigManager &config) {
-    if (service.run == nullptr || isElsewhere(service) ||
-        ::access(serviceFolder(service.name).c_str(), F_OK) == 0)
+    if (!hasDaemon(service) || ::access(serviceFolder(service.name).c_str(), F_OK) == 0)
         return;
     for (const File &file : supervisionFiles(service, config))
         if (makeFolders(appliancePath(file.path)))
@@ -171,7 +175,7 @@ Result change(const Service &service, const ConfigManager &config, Daemons daemo
     const bool wasBroken = journal.undo();
     if (service.prepare != nullptr && !service.prepare(config))
         return {.outcome = Outcome::failed, .words = "Its keys could not be made."};
-    if (!service.isOn(config)) {
+    if (service.isOn != nullptr && !service.isOn(config)) {
         prepareFolder(service, config);
         end(service);
         return {.outcome = Outcome::off};
@@ -180,7 +184,7 @@ Result change(const Service &service, const ConfigManager &config, Daemons daemo
     const std::vector<File> scripts = changedFiles(supervisionFiles(service, config));
     std::vector<File> files = changedFiles(own);
     files.insert(files.end(), scripts.begin(), scripts.end());
-    const bool runs = service.run == nullptr || isElsewhere(service) || processOf(service.name) > 0;
+    const bool runs = !hasDaemon(service) || processOf(service.name) > 0;
     if (files.empty() && runs && !wasBroken)
         return {.outcome = Outcome::unchanged};
     // A checker may want all of them, also those that stay as they are.
@@ -194,13 +198,11 @@ Result change(const Service &service, const ConfigManager &config, Daemons daemo
         return result;
     if (!isSwapped)
         return {.outcome = Outcome::failed, .words = "Its files could not be replaced."};
-    if (isElsewhere(service)) {
+    if (!hasDaemon(service)) {
+        if (!isElsewhere(service) && service.settle != nullptr)
+            service.settle(config);
         journal.close();
-        return {.outcome = Outcome::elsewhere};
-    }
-    if (service.run == nullptr && take(service, config, false)) {
-        journal.close();
-        return {.outcome = Outcome::applied};
+        return {.outcome = isElsewhere(service) ? Outcome::elsewhere : Outcome::applied};
     }
     if (daemons == Daemons::later || ::access(appliancePath("/var/service").c_str(), W_OK) != 0) {
         enable(service.name); // without a supervisor the files are all there is

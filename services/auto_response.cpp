@@ -20,10 +20,6 @@ namespace {
 
 constexpr const char *command_key = "config.autoresponse.command";
 
-bool isOn(const ConfigManager & /*config*/) {
-    return true;
-}
-
 /// All below a key but commands, which are not kept.
 void addAll(const ConfigManager &config, const std::string &key, std::string &text) {
     if (const std::string value = config.getElement(key); !value.empty())
@@ -69,7 +65,7 @@ std::string run(const ConfigManager & /*config*/) {
 }
 
 bool isHealthy(const ConfigManager & /*config*/) {
-    return ::access(appliancePath("/var/run/infod.sock").c_str(), F_OK) == 0;
+    return ::access(appliancePath(infod_socket).c_str(), F_OK) == 0;
 }
 
 /// A command waits in the configuration for whoever runs this: it is taken out and handed over.
@@ -94,7 +90,6 @@ bool handOver(const ConfigManager &config) {
 extern const Service auto_response = {
     .name = "auto-response",
     .pages = "autoresponse serialconfig systemsettings time smtp nagios ipconfig",
-    .isOn = isOn,
     .files = files,
     .run = run,
     .reload = SIGHUP,

@@ -1,4 +1,5 @@
 #include "platform/libzandorin/config_manager.h"
+#include "platform/libzdsupport/clock.h"
 #include "services/quoting.h"
 #include "services/service.h"
 #include "settings/records.h"
@@ -38,8 +39,9 @@ std::vector<File> files(const ConfigManager &config) {
     }
     const std::string run = appliancePath(folder);
     // A clock that is far off is set at the start; later it is only slewed.
-    text += "makestep 1 3\nrtcsync\nport 0\ncmdport 0\nbindcmdaddress " + run +
-            "/chronyd.sock\npidfile " + run + "/chronyd.pid\ndriftfile " + run + "/drift\n";
+    text += "makestep 1 3\nrtcsync\nport 0\ncmdport 0\nbindcmdaddress " +
+            appliancePath(utilities::chrony_socket) + "\npidfile " + run +
+            "/chronyd.pid\ndriftfile " + run + "/drift\n";
     return {{.path = settings_path, .text = text, .mode = 0644}};
 }
 
@@ -62,7 +64,7 @@ std::vector<std::string> checker(const std::vector<File> &files) {
 }
 
 bool isHealthy(const ConfigManager & /*config*/) {
-    return ::access(appliancePath(std::string(folder) + "/chronyd.sock").c_str(), F_OK) == 0;
+    return ::access(appliancePath(utilities::chrony_socket).c_str(), F_OK) == 0;
 }
 
 } // namespace

@@ -82,13 +82,18 @@ int applyAll(const Services &services, Daemons daemons = Daemons::now) {
     return status;
 }
 
+std::string stateWords(const Service &service, const ServiceHistory &history, long seconds) {
+    if (history.isElsewhere)
+        return "not applied here";
+    if (service.run == nullptr)
+        return "files";
+    return seconds < 0 ? "off" : "up " + std::to_string(seconds) + " s";
+}
+
 int showStatus(bool isJson) {
     for (const Service *service : all()) {
         const ServiceHistory history = serviceHistory(service->name);
         const long seconds = secondsUp(service->name);
-        const std::string state = history.isElsewhere ? "not applied here"
-                                  : seconds < 0       ? "off"
-                                                      : "up " + std::to_string(seconds) + " s";
         if (isJson)
             std::printf("{\"service\":%s,\"seconds\":%ld,\"changed\":%lld,\"refused\":%lld,"
                         "\"words\":%s}\n",
@@ -97,7 +102,7 @@ int showStatus(bool isJson) {
                         static_cast<long long>(history.refused), jsonString(history.words).c_str());
         else
             std::printf("%s: %s%s%s\n", service->name,
-                        service->run == nullptr && !history.isElsewhere ? "files" : state.c_str(),
+                        stateWords(*service, history, seconds).c_str(),
                         history.words.empty() ? "" : ", refused: ", history.words.c_str());
     }
     return 0;

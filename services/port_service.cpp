@@ -11,10 +11,6 @@
 namespace zandorin::services {
 namespace {
 
-bool isOn(const ConfigManager & /*config*/) {
-    return true;
-}
-
 std::vector<File> files(const ConfigManager & /*config*/) {
     return {};
 }
@@ -31,7 +27,6 @@ bool isHealthy(const ConfigManager & /*config*/) {
 
 extern const Service port_service = {.name = "port-service",
                                      .pages = "serialconfig",
-                                     .isOn = isOn,
                                      .files = files,
                                      .run = run,
                                      .isHealthy = isHealthy};

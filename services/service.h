@@ -42,8 +42,8 @@ struct Service {
     const char *name; ///< of its folder below /etc/service, and in messages
     /// Configurators, by page ids, that run it, separated by blanks.
     const char *pages;
-    /// False while nothing needs the daemon: it is ended then.
-    bool (*isOn)(const ConfigManager &config);
+    /// False while nothing needs the daemon: it is ended then. Null: it is always needed.
+    bool (*isOn)(const ConfigManager &config) = nullptr;
     /// Everything that it reads, its run script excepted. Throws nothing; an empty list is fine.
     std::vector<File> (*files)(const ConfigManager &config);
     /// Commands for a shell, each on a line, that the supervisor runs as the daemon: in the

@@ -31,10 +31,6 @@ std::string block(unsigned transitions, int timeBytes) {
     return text + "UTC" + '\0';
 }
 
-bool isOn(const ConfigManager & /*config*/) {
-    return true;
-}
-
 std::vector<File> files(const ConfigManager &config) {
     constexpr mode_t readable = 0644;
     const std::string rule = config.getElement("config.system.timezone");
@@ -47,6 +43,6 @@ std::vector<File> files(const ConfigManager &config) {
 } // namespace
 
 extern const Service timezone = {
-    .name = "timezone", .pages = "time", .isOn = isOn, .files = files, .isMachines = true};
+    .name = "timezone", .pages = "time", .files = files, .isMachines = true};
 
 } // namespace zandorin::services

@@ -28,11 +28,18 @@ using settings::Attempt;
 using settings::Values;
 
 const Attempt *askedFor(Engine &engine, const settings::Page &page) {
-    const std::string name = engine.attempt();
     for (const Attempt &attempt : page.attempts)
-        if (name == attempt.button)
+        if (engine.attempt() == attempt.button)
             return &attempt;
     return nullptr;
+}
+
+/// What the attempt asks for besides.
+Values valuesOf(Engine &engine, const Attempt &attempt) {
+    const CgiSubmission submission(*engine.cgi());
+    Values values(engine.config(), engine.attempt().empty() ? nullptr : &submission);
+    values.add(attempt.fields);
+    return values;
 }
 
 /// With passwords: for the service alone, see `zandorin-services try`.
@@ -43,9 +50,7 @@ std::string typedValues(Engine &engine, const Attempt &attempt) {
     };
     for (const auto &[key, value] : engine.typedChanges())
         add(key, value);
-    const CgiSubmission submission(*engine.cgi());
-    Values values(engine.config(), &submission);
-    values.add(attempt.fields);
+    const Values values = valuesOf(engine, attempt);
     for (const settings::Value &value : values.all())
         add(value.key, value.text);
     return text;
@@ -57,9 +62,7 @@ bool defineAttempt(Engine &engine, const settings::Page &page) {
     const Attempt *attempt = askedFor(engine, page);
     if (attempt == nullptr)
         return false;
-    const CgiSubmission submission(*engine.cgi());
-    Values values(engine.config(), &submission);
-    values.add(attempt->fields);
+    const Values values = valuesOf(engine, *attempt);
     for (const settings::Value &value : values.all())
         engine.addElement(value.name, settings::elementOf(value, value.field->label, false));
     return true;
@@ -97,9 +100,7 @@ void showAttempt(Engine &engine, const settings::Page &page) {
 
 void attemptRows(Engine &engine, Table &table, std::span<const Attempt> attempts) {
     for (const Attempt &attempt : attempts) {
-        const CgiSubmission submission(*engine.cgi());
-        Values values(engine.config(), engine.attempt().empty() ? nullptr : &submission);
-        values.add(attempt.fields);
+        const Values values = valuesOf(engine, attempt);
         table.titleRow(attempt.title);
         for (const settings::Value &value : values.all())
             valueRow(engine, table, value);

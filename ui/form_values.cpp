@@ -24,7 +24,7 @@ bool showsSubmitted(Engine &engine, const std::string &name) {
 
 bool showsSubmission(Engine &engine) {
     return engine.cgi() != nullptr &&
-           ((engine.formWasSubmitted() && engine.cgi()->hasErrors()) || !engine.attempt().empty());
+           (!engine.attempt().empty() || (engine.formWasSubmitted() && engine.cgi()->hasErrors()));
 }
 
 std::string storedValue(Engine &engine, const std::string &name) {

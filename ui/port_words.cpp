@@ -2,18 +2,6 @@
 
 #include <algorithm>
 
-namespace zandorin {
-
-const PortState *stateOf(const std::optional<std::vector<PortState>> &states, unsigned number) {
-    if (!states)
-        return nullptr;
-    const auto found = std::find_if(states->begin(), states->end(),
-                                    [&](const PortState &state) { return state.number == number; });
-    return found == states->end() ? nullptr : &*found;
-}
-
-} // namespace zandorin
-
 namespace zandorin::ui {
 
 std::string stateWords(const PortSettings &port, const PortState *state) {

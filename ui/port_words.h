@@ -9,13 +9,6 @@
 
 // What pages say of a serial port, raw text.
 
-namespace zandorin {
-
-/// The state of that port; null when there is none, or none at all is known. Points into `states`.
-const PortState *stateOf(const std::optional<std::vector<PortState>> &states, unsigned number);
-
-} // namespace zandorin
-
 namespace zandorin::ui {
 
 /// Said where nothing is known of the ports' states.

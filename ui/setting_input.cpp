@@ -77,9 +77,9 @@ std::string portBoxes(const Value &value) {
             continue;
         }
         const std::string name = boxName(value, option);
-        const auto digits = name.find_last_not_of("0123456789") + 1;
-        prefix = name.substr(0, digits);
-        ports.push_back({.number = static_cast<unsigned>(leadingNumber(name.substr(digits))),
+        const auto digits = trailingDigits(name);
+        prefix = name.substr(0, name.size() - digits.size());
+        ports.push_back({.number = static_cast<unsigned>(leadingNumber(digits)),
                          .label = option.label,
                          .checked = contains(value.list, option.value)});
     }

@@ -275,9 +275,9 @@ void defineSettings(Engine &engine) {
         return;
     }
     const bool isAttempt = defineAttempt(engine, *page);
-    const bool isSubmitted = engine.formWasSubmitted() || isAttempt;
-    if (isSubmitted && !isAttempt && !lockPage(engine, *page))
+    if (engine.formWasSubmitted() && !lockPage(engine, *page))
         return;
+    const bool isSubmitted = engine.formWasSubmitted() || isAttempt;
     Values values(engine.config(), isSubmitted ? &submission : nullptr, chosen.place());
     values.add(page->sections);
     defineValues(engine, values, page->rule);

@@ -85,6 +85,10 @@ std::string shellQuote(std::string_view text) {
     return word + "'";
 }
 
+std::string_view trailingDigits(std::string_view text) {
+    return text.substr(text.find_last_not_of("0123456789") + 1);
+}
+
 std::int64_t leadingNumber(std::string_view text) {
     text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
     if (text.starts_with('+') && !text.starts_with("+-"))

@@ -48,6 +48,9 @@ constexpr bool isAlphanumeric(char c) {
 /// optional sign. 0 when it begins with none, the nearest number of 64 bits when it does not fit.
 std::int64_t leadingNumber(std::string_view text);
 
+/// The decimal digits that `text` ends with: "3" of "port3". Lies in `text`.
+std::string_view trailingDigits(std::string_view text);
+
 /// The whole of `text` as a decimal number, an optional "-" first; nothing else may stand in it
 /// (no blanks, no "+"). None when it is no such number or outside 64 bits.
 std::optional<std::int64_t> parseWhole(std::string_view text);

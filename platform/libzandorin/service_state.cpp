@@ -5,9 +5,7 @@
 #include "util/paths.h"
 #include "util/strings.h"
 
-#include <algorithm>
 #include <ctime>
-#include <filesystem>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -26,12 +24,9 @@ constexpr char elsewhere = '*'; // after the time of the last change
 } // namespace
 
 std::vector<std::string> serviceNames() {
-    std::vector<std::string> names;
-    std::error_code none;
-    for (const auto &entry : std::filesystem::directory_iterator(pathOf(""), none))
-        if (const std::string name = entry.path().filename(); name.find('.') == std::string::npos)
-            names.push_back(name);
-    std::sort(names.begin(), names.end());
+    std::vector<std::string> names = namesIn(pathOf(""), "");
+    std::erase_if(names,
+                  [](const std::string &name) { return name.find('.') != std::string::npos; });
     return names;
 }
 
@@ -43,7 +38,7 @@ ServiceHistory serviceHistory(const std::string &name) {
     if (second == std::string::npos)
         return {};
     return {.changed = leadingNumber(text),
-            .isElsewhere = text[first - (first > 0 ? 1 : 0)] == elsewhere,
+            .isElsewhere = std::string_view(text).substr(0, first).ends_with(elsewhere),
             .refused = leadingNumber(std::string_view(text).substr(first + 1)),
             .words = text.substr(second + 1)};
 }

@@ -4,15 +4,14 @@
 #include "util/fd.h"
 #include "util/paths.h"
 #include "util/strings.h"
+#include "util/unix_address.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
 
 #include <sys/socket.h>
 #include <sys/time.h>
-#include <sys/un.h>
 
 namespace zandorin {
 
@@ -49,13 +48,10 @@ std::optional<std::uint64_t> countIn(const std::string &text) {
 
 UniqueFd connectToPortService() {
     UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    const std::string path = appliancePath("/var/run/ports.sock");
-    if (!socket || path.size() >= sizeof address.sun_path)
-        return {};
-    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-    if (::connect(socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
+    const auto address = unixAddress(appliancePath("/var/run/ports.sock"));
+    if (!socket || !address ||
+        ::connect(socket.get(), reinterpret_cast<const sockaddr *>(&*address), sizeof *address) !=
+            0)
         return {};
     return socket;
 }
@@ -130,6 +126,14 @@ std::vector<PortState> readPortStates(std::string_view text) {
         }
     }
     return states;
+}
+
+const PortState *stateOf(const std::optional<std::vector<PortState>> &states, unsigned number) {
+    if (!states)
+        return nullptr;
+    const auto found = std::find_if(states->begin(), states->end(),
+                                    [&](const PortState &state) { return state.number == number; });
+    return found == states->end() ? nullptr : &*found;
 }
 
 std::optional<std::vector<PortState>> portStates() {

@@ -39,6 +39,8 @@ struct PortState {
 
 /// All ports; none when the service does not answer within a second.
 std::optional<std::vector<PortState>> portStates();
+/// The state of that port; null when there is none, or none at all is known. Points into `states`.
+const PortState *stateOf(const std::optional<std::vector<PortState>> &states, unsigned number);
 
 /// Ends what the user has open on the port. False when the service could not.
 bool disconnectPortUser(const std::string &user, unsigned port);

@@ -114,11 +114,7 @@ Act nagios(const Started &action) {
 }
 
 Act connection(const Started &action) {
-    constexpr std::string_view before = "config.interfaces.";
-    const std::string &reference = action.get(".ref");
-    const std::string device = reference.starts_with(before)
-                                   ? networkDevice(action.settings, reference.substr(before.size()))
-                                   : "";
+    const std::string device = networkDevice(action.settings, interfaceRole(action.get(".ref")));
     const std::string &word = action.get(".action");
     if (device.empty())
         return failedAct("no network device is known of the interface");

@@ -1,18 +1,21 @@
 #include "services/autoresponse/check.h"
 
+#include "platform/libzandorin/serial_ports.h"
 #include "util/files.h"
 #include "util/paths.h"
 #include "util/strings.h"
 
+#include <algorithm>
+
 namespace zandorin::responder {
 
-const std::vector<PortState> *Sources::portStates() {
+const std::optional<std::vector<PortState>> &Sources::portStates() {
     const auto now = std::chrono::steady_clock::now();
     if (now - asked >= std::chrono::seconds(1)) {
         ports = zandorin::portStates();
         asked = now;
     }
-    return ports ? &*ports : nullptr;
+    return ports;
 }
 
 std::unique_ptr<Check> makeCheck(Sources &sources, const std::string &key) {
@@ -39,6 +42,23 @@ std::string sentence(const Reading &reading) {
     default:
         return text + ".";
     }
+}
+
+unsigned portNumber(std::string_view key) {
+    constexpr std::string_view before = "config.ports.port";
+    return key.starts_with(before) ? static_cast<unsigned>(std::max<std::int64_t>(
+                                         leadingNumber(key.substr(before.size())), 0))
+                                   : 0;
+}
+
+std::string portLabel(const Settings &settings, unsigned port) {
+    const std::string &label = settings.get(portReference(port) + ".label");
+    return label.empty() ? "Port " + std::to_string(port) : label;
+}
+
+std::string interfaceRole(const std::string &reference) {
+    constexpr std::string_view before = "config.interfaces.";
+    return reference.starts_with(before) ? reference.substr(before.size()) : "";
 }
 
 std::string networkDevice(const Settings &settings, const std::string &role) {

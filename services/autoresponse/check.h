@@ -50,7 +50,7 @@ struct Sources {
 
     /// The states of all serial ports, asked for at most once a second; none when the port service
     /// does not answer.
-    const std::vector<PortState> *portStates();
+    const std::optional<std::vector<PortState>> &portStates();
 };
 
 /// The check of the rule at `key`, "config.autoresponse.autoresponse<N>"; null for a type that
@@ -84,6 +84,14 @@ inline Reading eventIf(bool isSo, Occasion what) {
     return {.kind = isSo ? Reading::Kind::event : Reading::Kind::nothing, .what = std::move(what)};
 }
 
+/// The number of the serial port that a key of its settings, or a reference to it, is about; 0 when
+/// it is about none.
+unsigned portNumber(std::string_view key);
+/// What people call the port.
+std::string portLabel(const Settings &settings, unsigned port);
+
+/// The role of the interface that a text refers to, "config.interfaces.<role>"; "" for another one.
+std::string interfaceRole(const std::string &reference);
 /// The network device of an interface's role; "" for "any" and for none.
 std::string networkDevice(const Settings &settings, const std::string &role);
 /// The first line of a file below the appliance root, trimmed; none when it cannot be read.

@@ -1,3 +1,4 @@
+#include "platform/libzandorin/serial_ports.h"
 #include "platform/ports/port_settings.h"
 #include "services/autoresponse/check.h"
 #include "services/autoresponse/ups.h"
@@ -21,18 +22,14 @@ constexpr auto ups_interval = 5s;
 
 /// What the key of a port, or one below it, is about.
 struct PortKey {
-    PortKey(const Sources &sources, const std::string &key) {
-        constexpr std::string_view before = "config.ports.port";
-        if (!key.starts_with(before))
+    PortKey(const Sources &sources, const std::string &key) : number(portNumber(key)) {
+        if (number == 0)
             return;
-        const auto end = key.find('.', before.size());
-        number = static_cast<unsigned>(leadingNumber(key.substr(before.size())));
+        const auto end = key.find('.', portReference(number).size());
         rest = end == std::string::npos ? "" : key.substr(end);
-        label = sources.settings.get(key.substr(0, end) + ".label");
-        if (label.empty())
-            label = "Port " + std::to_string(number);
+        label = portLabel(sources.settings, number);
     }
-    unsigned number = 0;
+    unsigned number;
     std::string rest = "";
     std::string label = "";
 };

@@ -17,12 +17,15 @@
 
 // The service of the auto-responses, run by the supervisor. docs/autoresponse.md has what it does.
 //
-//     auto-response                        the daemon
-//     auto-response read RULE              prints what the check of a rule, by its number, reads
-//     now auto-response try RULE LIST ACTION   carries out an action, by its number, of the list
-//                                          "trigger" or "resolve", and prints how that went
+//     auto-response
+//         the daemon
+//     auto-response read RULE
+//         prints what the check of a rule, by its number, reads now
+//     auto-response try RULE LIST ACTION
+//         carries out an action, by its number, of the list "trigger" or "resolve", and prints how
+//         that went
 //     auto-response trigger|resolve|cancel NAME
-//                                          a command to the daemon about the rule of that name
+//         a command to the daemon about the rule of that name
 
 namespace zandorin::responder {
 

@@ -62,12 +62,9 @@ class Ping : public Check {
 /// The state of an interface, by what the kernel says of its link.
 class Connection : public Check {
   public:
-    Connection(Sources &sources, const std::string &key) {
-        constexpr std::string_view before = "config.interfaces.";
-        const std::string &reference = sources.settings.get(key + ".conman.ref");
-        if (reference.starts_with(before))
-            role_ = reference.substr(before.size());
-        device_ = networkDevice(sources.settings, role_);
+    Connection(Sources &sources, const std::string &key)
+        : role_(interfaceRole(sources.settings.get(key + ".conman.ref"))),
+          device_(networkDevice(sources.settings, role_)) {
         for (const char *event : {"starting", "up", "stopping", "down", "failed"})
             if (sources.settings.isOn(key + ".conman.input_event_" + event))
                 events_.emplace_back(event);
@@ -225,7 +222,7 @@ class RoutedData : public DataUsage {
         : DataUsage(sources.settings.number(key + ".routeddata.data_kb"),
                     60LL * sources.settings.number(key + ".routeddata.period_m"),
                     60LL * sources.settings.number(key + ".routeddata.resolve_m")),
-          table_("inet auto_response_" + key.substr(key.find_last_not_of("0123456789") + 1)),
+          table_("inet auto_response_" + std::string(trailingDigits(key))),
           role_(sources.settings.get(key + ".routeddata.interface")), isOwner_(sources.isDaemon),
           isCounting_(!sources.isDaemon) {
         const auto add = [&](std::string_view words, const std::string &value) {

@@ -31,27 +31,17 @@ class PortCheck : public Check {
   public:
     PortCheck(Sources &sources, const std::string &key, const std::string &list)
         : sources_(sources) {
-        constexpr std::string_view before = "config.ports.port";
         for (const std::string &reference :
              sources.settings.list(key + list + ".dev_refs", "dev_ref"))
-            if (reference.starts_with(before))
-                if (const auto number = leadingNumber(reference.substr(before.size())); number > 0)
-                    ports_.push_back(static_cast<unsigned>(number));
+            if (const unsigned number = portNumber(reference); number > 0)
+                ports_.push_back(number);
     }
 
   protected:
-    std::string labelOf(unsigned port) const {
-        const std::string &label =
-            sources_.settings.get("config.ports.port" + std::to_string(port) + ".label");
-        return label.empty() ? "Port " + std::to_string(port) : label;
-    }
+    std::string labelOf(unsigned port) const { return portLabel(sources_.settings, port); }
     /// Null where the port service does not answer for that port.
     const PortState *stateOf(unsigned port) {
-        if (const auto *states = sources_.portStates())
-            for (const PortState &state : *states)
-                if (state.number == port)
-                    return &state;
-        return nullptr;
+        return zandorin::stateOf(sources_.portStates(), port);
     }
     const std::vector<unsigned> &ports() const { return ports_; }
 
@@ -233,13 +223,12 @@ class SerialPattern : public PortCheck {
     }
     static void disconnect(unsigned port) {
         const auto states = zandorin::portStates();
-        if (!states)
+        const PortState *state = zandorin::stateOf(states, port);
+        if (state == nullptr)
             return;
-        for (const PortState &state : *states)
-            if (state.number == port)
-                for (const PortUser &user : state.users)
-                    if (!user.user.empty())
-                        disconnectPortUser(user.user, port);
+        for (const PortUser &user : state->users)
+            if (!user.user.empty())
+                disconnectPortUser(user.user, port);
     }
 
     LineMatch pattern_;

@@ -1,10 +1,12 @@
 #include "services/autoresponse/responder.h"
 
+#include "platform/libzdsupport/infod.h"
 #include "services/autoresponse/rules.h"
 #include "util/files.h"
 #include "util/log.h"
 #include "util/paths.h"
 #include "util/strings.h"
+#include "util/unix_address.h"
 
 #include <algorithm>
 #include <array>
@@ -15,7 +17,6 @@
 #include <sys/inotify.h>
 #include <sys/socket.h>
 #include <sys/timerfd.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace zandorin::responder {
@@ -26,7 +27,6 @@ using namespace std::chrono_literals;
 
 using Paths = std::vector<std::string>;
 
-constexpr const char *socket_path = "/var/run/infod.sock";
 constexpr const char *state_path = "/var/lib/auto-response/state";
 constexpr const char *status_path = "/var/run/autoresponse.status";
 constexpr std::string_view command_key = "config.autoresponse.command";
@@ -47,18 +47,14 @@ UniqueFd clockWatch() {
 }
 
 UniqueFd textSocket() {
-    const std::string path = appliancePath(socket_path);
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path) {
-        errno = ENAMETOOLONG;
+    const std::string path = appliancePath(infod_socket);
+    const auto address = unixAddress(path);
+    if (!address)
         return {};
-    }
-    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
     UniqueFd socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     ::unlink(path.c_str());
-    return socket && ::bind(socket.get(), reinterpret_cast<const sockaddr *>(&address),
-                            sizeof address) == 0
+    return socket && ::bind(socket.get(), reinterpret_cast<const sockaddr *>(&*address),
+                            sizeof *address) == 0
                ? std::move(socket)
                : UniqueFd();
 }

@@ -1,34 +1,17 @@
 #include "services/autoresponse/ups.h"
 
 #include "platform/ports/listen_ports.h"
-#include "util/fd.h"
+#include "services/sockets.h"
 #include "util/strings.h"
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 
-#include <arpa/inet.h>
 #include <sys/socket.h>
-#include <sys/time.h>
 
 namespace zandorin::responder {
 
 namespace {
-
-UniqueFd connectToUpsd() {
-    UniqueFd socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    const timeval patience = {.tv_sec = 1, .tv_usec = 0};
-    for (const int direction : {SO_RCVTIMEO, SO_SNDTIMEO})
-        ::setsockopt(socket.get(), SOL_SOCKET, direction, &patience, sizeof patience);
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(listenPort("upsd")));
-    if (::inet_pton(AF_INET, localAddress().c_str(), &address.sin_addr) != 1 ||
-        ::connect(socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
-        return {};
-    return socket;
-}
 
 /// The text between the first and the last quote, without its escapes.
 std::string unquoted(std::string_view line) {
@@ -46,7 +29,8 @@ std::string unquoted(std::string_view line) {
 } // namespace
 
 UpsAnswer askUps(std::string_view ups, std::string_view variable) {
-    const UniqueFd socket = connectToUpsd();
+    const UniqueFd socket =
+        services::connectTcp(localAddress(), listenPort("upsd"), std::chrono::seconds(1));
     if (!socket)
         return {.problem = "upsd does not answer"};
     const std::string request = concat({"GET VAR ", ups, " ", variable, "\n"});

@@ -6,6 +6,7 @@
 #include "util/log.h"
 #include "util/paths.h"
 #include "util/strings.h"
+#include "util/unix_address.h"
 
 #include <algorithm>
 #include <array>
@@ -15,7 +16,6 @@
 
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 
 namespace zandorin::ports {
 
@@ -35,18 +35,14 @@ volatile std::sig_atomic_t is_stopping = 0;
 UniqueFd listenAt(const char *path, mode_t mode) {
     const std::string file = appliancePath(path);
     UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    if (file.size() >= sizeof address.sun_path) {
-        errno = ENAMETOOLONG;
+    const auto address = unixAddress(file);
+    if (!address)
         return {};
-    }
-    std::memcpy(address.sun_path, file.c_str(), file.size() + 1);
     ::unlink(file.c_str());
     const mode_t before = ::umask(0777 & ~mode);
     const bool isBound =
         socket &&
-        ::bind(socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
+        ::bind(socket.get(), reinterpret_cast<const sockaddr *>(&*address), sizeof *address) == 0;
     ::umask(before);
     return isBound && ::listen(socket.get(), 64) == 0 ? std::move(socket) : UniqueFd();
 }
